@@ -1,0 +1,576 @@
+/*
+ * vxjson.h -- the exported interface of libvxjson, the JSON engine of the
+ * vx relational database server.
+ *
+ * The server's SQL layer calls these plain C functions for the JSON type
+ * and the SQL/JSON functions.  Every call receives a parse context
+ * (jlpca_ctx) that the caller owns; it carries the caller's environment
+ * handle, memory heap and pluggable allocator.  Nodes, members, literals and
+ * result texts come from that heap or allocator and live until the caller
+ * releases them; nothing is freed piecemeal.
+ *
+ * Conventions: every operation returns a signed 32-bit status, 0 (or a
+ * token kind, or 100) on success and a negative code on failure; results
+ * travel through out-arguments; predicates return 1 or 0.  A failure passed
+ * up from a callee is reported to the server's error hook with a fixed
+ * source and line, so one failure leaves a trail innermost first.
+ *
+ * Banners follow the order of the sources: limits and switches, type codes
+ * and token kinds, error codes, records, then the functions by family.
+ */
+#ifndef VXJSON_H
+#define VXJSON_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "vx_types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(__GNUC__) || defined(__clang__)
+#define VXJSON_API __attribute__((visibility("default")))
+#define VXJSON_CHECK __attribute__((warn_unused_result))
+#else
+#define VXJSON_API
+#define VXJSON_CHECK
+#endif
+
+#define VXJSON_VERSION_MAJOR 0
+#define VXJSON_VERSION_MINOR 1
+#define VXJSON_VERSION_PATCH 0
+#define VXJSON_VERSION_STRING "0.1.0"
+
+/* ================================================================== */
+/* Limits and switches                                                 */
+/* ================================================================== */
+
+/* Inline literal buffer: most strings and names never touch the heap. */
+#define JLPCA_LIT_INLINE_SIZE 32768
+/* Inline token-text buffer; longer texts get one from the system allocator. */
+#define JLPCA_SCAN_INLINE_SIZE 2048
+/* Room for a lexical error message, terminator included. */
+#define JLPCA_ERR_MSG_SIZE 1024
+/* Grammar stacks start small and double up to a hard bound, so that a
+ * hostile nesting depth ends in an error rather than unbounded memory:
+ * about 5,000 levels of arrays or 2,500 levels of objects. */
+#define JSON_PARSE_STACK_INITIAL 200
+#define JSON_PARSE_STACK_MAX 10000
+
+/* escape_mode: how string literals are kept (and the caller's function kind). */
+#define JLPCA_ESCAPE_DECODE 0  /* escapes decoded to the characters they stand for */
+#define JLPCA_ESCAPE_KEEP 1    /* escape sequences kept in JSON form */
+#define JLPCA_ESCAPE_SORTED 2  /* at init only: decode, sorted keys, last duplicate wins */
+
+/* compat: the dialect. */
+#define JLPCA_COMPAT_STANDARD 0
+#define JLPCA_COMPAT_PG 1
+#define JLPCA_COMPAT_MYSQL 2
+
+/* Serialisation format flags. */
+#define JSON_FMT_COMPACT 0
+#define JSON_FMT_ASCII 1     /* non-ASCII text written as \uXXXX */
+#define JSON_FMT_PRETTY_A 2  /* " : " separator, nested containers on new lines */
+#define JSON_FMT_PRETTY_B 4  /* ": " separator, only when the whole word is 4 */
+
+/* Conversion requests for string text. */
+#define JSON_CONV_NONE 0     /* written as stored */
+#define JSON_CONV_PLAIN 1    /* no quotes, escapes removed */
+#define JSON_CONV_JSON 2     /* quoted, standard escapes */
+#define JSON_CONV_MYSQL 3    /* quoted, MySQL escapes */
+
+/* json_cmp modes. */
+#define JSON_CMP_CONTAINS_PG 1
+#define JSON_CMP_OVERLAPS_MYSQL 2
+#define JSON_CMP_EQUAL 3
+
+/* json_array_add_one_node modes and positions. */
+#define JSON_ARRAY_INSERT 0
+#define JSON_ARRAY_REPLACE 1
+#define JSON_ARRAY_END (-1)
+
+/* ================================================================== */
+/* Type codes and token kinds                                          */
+/* ================================================================== */
+
+#define JSON_OBJECT 0
+#define JSON_ARRAY 1
+#define JSON_INTEGER 2
+#define JSON_DECIMAL 3   /* a number kept as its text */
+#define JSON_STRING 4
+#define JSON_BOOLEAN 5
+#define JSON_NULL 6
+#define JSON_DATE 7      /* printed with datetime format 8192 */
+#define JSON_DATETIME 8  /* printed with datetime format 6 */
+
+/* Token kinds of the JSON scanner; single characters are their own byte. */
+#define JT_INT 258       /* integer fitting signed 32 bits, value in tok_val */
+#define JT_BIGINT 259    /* integer needing signed 64 bits, value in tok_val */
+#define JT_DECIMAL 260   /* number kept as text in tok_str, length in tok_val */
+#define JT_DQSTRING 261  /* double-quoted string */
+#define JT_SQSTRING 262  /* single-quoted string (lax) */
+#define JT_NAME 263      /* unquoted word that is no keyword (lax) */
+#define JT_TRUE 264
+#define JT_FALSE 265
+#define JT_NULL 266
+
+/* ================================================================== */
+/* Error and status codes                                              */
+/* ================================================================== */
+
+#define VXJSON_OK 0
+#define VXJSON_NO_VALUE 100            /* no value: caller substitutes NULL or DEFAULT */
+#define VXJSON_ERR_UNTERMINATED_SQ (-4) /* 'abc */
+#define VXJSON_ERR_LEX (-5)            /* "abc  or  a raw tab inside a string */
+#define VXJSON_ERR_NOMEM (-503)        /* any allocation failed */
+#define VXJSON_ERR_SYNTAX (-2007)      /* [1 2]  (inside a grammar) */
+#define VXJSON_ERR_LONE_BACKSLASH (-2206) /* MySQL escaping of  abc\  */
+#define VXJSON_ERR_PATH (-3102)        /* $.a[  */
+#define VXJSON_ERR_QUERY_SCALAR (-3103) /* JSON_QUERY without wrapper on 1 */
+#define VXJSON_ERR_PATH_NO_MATCH (-3104) /* strict $.b on {"a":1} */
+#define VXJSON_ERR_INVALID_JSON (-3105) /* [1,  or  {"a":1,"a":2} with unique keys */
+#define VXJSON_ERR_VALUE_NOT_SCALAR (-3106) /* JSON_VALUE on [1] */
+#define VXJSON_ERR_VALUE_MANY (-3107)  /* JSON_VALUE on $[*] of [1,2] */
+#define VXJSON_ERR_RETURN_TYPE (-3111) /* RETURNING a type the value does not fit */
+#define VXJSON_ERR_MULTI_STEP (-3113)  /* removal of $ */
+#define VXJSON_ERR_TEXT_PATH_SCALAR (-3114) /* {a} applied to 1 */
+#define VXJSON_ERR_TEXT_PATH_INDEX (-3115)  /* {x} applied to [1] */
+#define VXJSON_ERR_REMOVE_SUBSCRIPT (-3118) /* removal of $[0] from {} */
+#define VXJSON_ERR_CONCAT_SCALAR (-3119)    /* {"a":1} || 1 */
+#define VXJSON_ERR_DOUBLE_OVERFLOW (-6102)  /* [1e400] in the MySQL dialect */
+#define VXJSON_ERR_NOT_DATETIME (-6118)     /* "abc" cast to a date */
+#define VXJSON_ERR_NOT_NUMBER (-6128)       /* "abc" cast to a number */
+#define VXJSON_ERR_CAST (-6149)             /* true cast to a number */
+
+/* ================================================================== */
+/* Records                                                             */
+/* ================================================================== */
+
+typedef struct json_node json_node;
+typedef struct json_keyval json_keyval;
+struct xdec; /* the server's exact decimal (platform/xdec.h) */
+
+/* One JSON value.  The payload overlays share storage; `type` says which
+ * one is valid.  The count of an array and of an object share one place. */
+struct json_node {
+    json_node *parent;       /* containing object or array; NULL for a root */
+    uint32_t type;           /* JSON_OBJECT .. JSON_DATETIME */
+    union {
+        int64_t ival;        /* JSON_INTEGER */
+        uint32_t bval;       /* JSON_BOOLEAN: 0 false, else true */
+        vxtime dt;           /* JSON_DATE, JSON_DATETIME: opaque here */
+        struct {             /* JSON_STRING, JSON_DECIMAL */
+            uint32_t str_len;    /* bytes of text, terminator excluded */
+            char *str;           /* NUL-terminated text, NULL when empty */
+            uint32_t str_flags;  /* 1 when the literal held an escape */
+        };
+        struct {             /* JSON_ARRAY, JSON_OBJECT */
+            uint32_t count;      /* elements or members */
+            union {
+                json_node **items;        /* array: element pointers */
+                json_keyval *first_member; /* object: member list head */
+            };
+            union {
+                struct {
+                    uint32_t capacity;   /* array: room in items */
+                    uint32_t is_virtual; /* array: 1 for gathered path matches */
+                };
+                json_keyval *last_member; /* object: member list tail */
+            };
+        };
+    };
+    uint32_t lst_count;      /* element list while an array is built */
+    json_node *lst_first;    /* first element of that list */
+    json_node *lst_last;     /* last element of that list */
+    json_node *chain_next;   /* next node in creation order */
+    json_node *prev_sibling; /* links inside the parent's element list */
+    json_node *next_sibling;
+};
+
+/* One object member; the name bytes follow the record in one allocation. */
+struct json_keyval {
+    char *name;              /* name bytes, not NUL-terminated */
+    uint32_t name_len;       /* bytes of the name */
+    uint32_t flags;          /* lit_escaped of the name literal */
+    json_node *value;        /* the member's value */
+    json_keyval *prev;       /* links in the object's member list */
+    json_keyval *next;
+};
+
+/* The parse context: everything one parse needs, owned by the caller. */
+typedef struct jlpca_ctx {
+    void *env;               /* caller's environment, passed to every allocation */
+    /* token value */
+    uint32_t tok;            /* kind of the token just returned, 0 when rejected */
+    char *tok_str;           /* text of a string, name or decimal token */
+    int64_t tok_val;         /* integer value, or byte length of tok_str */
+    /* error block */
+    int32_t err_code;        /* 0, or the negative code of the lexical error */
+    char err_msg[JLPCA_ERR_MSG_SIZE]; /* NUL-terminated message */
+    uint32_t err_line;       /* line (from 1) where the error was detected */
+    uint32_t err_aux;        /* second position word */
+    /* multibyte tracking */
+    int32_t mb_track;        /* 1 while inside a quoted string */
+    uint32_t mb_pending;     /* bytes of the last character beyond the piece */
+    int32_t mb_split;        /* previous piece ended on a double-byte lead */
+    int32_t mb_charset;      /* character-set code: 10, 1, 6 (or 0) */
+    void *heap;              /* memory heap for nodes, members and copies */
+    vx_allocator *allocator; /* pluggable allocator for element arrays */
+    /* tree under construction */
+    json_node *first_node;   /* first node created; the root after success */
+    json_node *cur_node;     /* node to which the next one is attached */
+    json_node *last_node;    /* most recent node of the creation chain */
+    /* input */
+    const char *text;        /* input text, not NUL-terminated, not owned */
+    uint32_t text_len;       /* its length in bytes */
+    int32_t blank;           /* caller's text held only blanks */
+    void *scanner;           /* scanner instance of this parse */
+    /* literal buffer */
+    char lit_inline[JLPCA_LIT_INLINE_SIZE]; /* inline first buffer */
+    char *lit_buf;           /* current buffer: inline or from heap */
+    int32_t lit_len;         /* bytes collected, NUL at lit_len */
+    uint32_t lit_cap;        /* usable capacity, 32,767 inline */
+    void *scan_handle;       /* scanner's input buffer */
+    int32_t lit_escaped;     /* 1 once an escape was processed */
+    /* token text buffer */
+    char scan_inline[JLPCA_SCAN_INLINE_SIZE]; /* inline buffer */
+    char *scan_buf;          /* inline, or from the system allocator */
+    uint32_t scan_cap;       /* its capacity */
+    /* switches */
+    int32_t escape_mode;     /* JLPCA_ESCAPE_*; also the function kind */
+    int32_t strict;          /* 1 strict reading, 0 lax */
+    int32_t unique_keys;     /* 1 = a repeated member name is an error */
+    uint8_t number_mode;     /* 2 = integral reals become integers */
+    int32_t path_last_key;   /* read only by path evaluation */
+    int32_t dup_key_replace; /* 1 = the last of repeated names wins */
+    int32_t scalar_top;      /* 1 = a scalar may be the whole document */
+    int32_t compat;          /* JLPCA_COMPAT_* */
+    int32_t set_mode;        /* set by path: 1 replace, 2 replace or add, 3 add */
+    int32_t sorted_keys;     /* 1 = members kept sorted by name */
+    uint32_t array_spare;    /* spare slots added to every array built from a list */
+} jlpca_ctx;
+
+/* ================================================================== */
+/* Parse context (source unit json/jlpca)                              */
+/* ================================================================== */
+
+/* Set up a context: jlpca_init_simple, then store strict and unique_keys. */
+VXJSON_API int32_t jlpca_init(void *env, jlpca_ctx *ctx, void *heap,
+                              vx_allocator *allocator, int32_t escape_mode,
+                              int32_t strict, int32_t unique_keys,
+                              int32_t compat);
+/* Zero the context and set the switches for escape_mode and dialect.
+ * escape_mode 2 means: decode, sorted keys, last duplicate wins.  A nonzero
+ * compat selects strict reading with scalars allowed at top level. */
+VXJSON_API int32_t jlpca_init_simple(void *env, jlpca_ctx *ctx, void *heap,
+                                     vx_allocator *allocator,
+                                     int32_t escape_mode, int32_t compat);
+/* Clear the multibyte tracking and read the character set (value 635). */
+VXJSON_API int32_t jlpca_mblen_init(jlpca_ctx *ctx);
+/* Give the context a text (not copied, not owned); clears tree and error.
+ * -503 only when a larger token-text buffer cannot be had. */
+VXJSON_API int32_t jlpca_reinit(jlpca_ctx *ctx, const char *text, uint32_t len);
+/* jlpca_reinit, then record whether the caller's text held only blanks. */
+VXJSON_API int32_t jlpca_reinit_with_blank(jlpca_ctx *ctx, const char *text,
+                                           uint32_t len, int32_t blank);
+/* Clear err_code, err_msg, err_line and err_aux. */
+VXJSON_API int32_t jlpca_lex_error_reinit(jlpca_ctx *ctx);
+/* Return the token-text buffer to the inline one; clear the tree fields. */
+VXJSON_API void jlpca_clear(jlpca_ctx *ctx);
+/* Release what the context took from the system allocator. */
+VXJSON_API void jlpca_deinit(jlpca_ctx *ctx);
+/* cur_node := node. */
+VXJSON_API void jlpa_set_top_json(jlpca_ctx *ctx, json_node *node);
+/* Begin a new literal in the inline buffer; returns the buffer. */
+VXJSON_API char *jlpca_startlit(jlpca_ctx *ctx);
+/* Append n bytes to the literal; -503 when a larger buffer cannot be had. */
+VXJSON_API int32_t jlpca_addlit(const char *bytes, int32_t n, jlpca_ctx *ctx);
+/* Bytes of the last character of a piece that lie beyond its end. */
+VXJSON_API uint32_t jlpca_encoding_mblen(jlpca_ctx *ctx, const char *bytes,
+                                         int32_t n);
+/* Decode (or keep) the escape at the front of text, then append the rest. */
+VXJSON_API int32_t jlpca_addlit_escape(const char *text, int32_t n,
+                                       jlpca_ctx *ctx);
+/* Read four hex digits into a code unit and append it. */
+VXJSON_API int32_t jlpca_uchar(const char *hex4, int32_t n, jlpca_ctx *ctx);
+/* Append one UTF-16 code unit in the server character set. */
+VXJSON_API int32_t jlpca_addlit_uchar(jlpca_ctx *ctx, const char *hex4,
+                                      int32_t n, uint32_t code);
+/* Normalise a number's sign and leading zeros; 0 with err_code set when it
+ * is invalid, else 1 with the text to classify in *out and *out_len. */
+VXJSON_API int32_t jlpca_number_prefix(const char *text, int32_t n,
+                                       jlpca_ctx *ctx, const char **out,
+                                       int32_t *out_len);
+/* JT_DECIMAL when the number fits a double (stored to *out when given),
+ * else 0, with -6102 raised in the MySQL dialect or number_mode 2. */
+VXJSON_API int32_t jlpca_check_decimal_overflow(const char *text, int32_t len,
+                                                jlpca_ctx *ctx, double *out);
+/* Classify a number token; the kind, or 0 with err_code set. */
+VXJSON_API int32_t jlpca_ret_integer(const char *text, int32_t n, jlpca_ctx *ctx);
+VXJSON_API int32_t jlpca_ret_decimal(const char *text, int32_t n, jlpca_ctx *ctx);
+VXJSON_API int32_t jlpca_ret_real(const char *text, int32_t n, jlpca_ctx *ctx);
+/* JT_TRUE, JT_FALSE, JT_NULL for a NUL-terminated word; -1 (lax) or -2
+ * (strict) when it is no keyword. */
+VXJSON_API int32_t jkeyword_lookup(const char *word, jlpca_ctx *ctx);
+
+/* ================================================================== */
+/* Value tree (source unit json/json)                                  */
+/* ================================================================== */
+
+/* A new zeroed node of `type` from the context's heap, or NULL. */
+VXJSON_API json_node *json_mem_create(jlpca_ctx *ctx, uint32_t type);
+/* Create a node while parsing and link it into the creation chain; -3105
+ * for a forbidden top-level scalar, -503 when memory is exhausted. */
+VXJSON_API VXJSON_CHECK int32_t json_create(jlpca_ctx *ctx, uint32_t type);
+/* A member record with its name copied inline; value and links NULL. */
+VXJSON_API VXJSON_CHECK int32_t json_object_keyval_mem_create(
+    jlpca_ctx *ctx, const char *name, uint32_t name_len, uint32_t flags,
+    json_keyval **out);
+/* Add (or, by the duplicate policy, find) the member `name`; the caller
+ * stores the value.  -3105 for a duplicate with unique_keys, -503. */
+VXJSON_API VXJSON_CHECK int32_t json_object_add_keyval(
+    jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
+    json_keyval **out);
+/* Add a member with its value; replace 1 gives an existing one the value. */
+VXJSON_API VXJSON_CHECK int32_t json_object_add_one_node(
+    jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
+    json_node *value, int32_t replace);
+/* The first member named `name`, or NULL. */
+VXJSON_API json_keyval *json_object_find_keyval_by_name(const json_node *object,
+                                                        const char *name,
+                                                        uint32_t name_len);
+/* 1 when both names have the same length and bytes, else 0. */
+VXJSON_API int32_t json_object_keyval_name_equal(const char *a, uint32_t a_len,
+                                                 const char *b, uint32_t b_len);
+/* The member before which `name` belongs in sorted order (shorter names
+ * first, then bytewise), or NULL for the end. */
+VXJSON_API json_keyval *jsonb_object_add_keyval_sort_by_name(
+    const json_node *object, const char *name, uint32_t name_len);
+/* count := 0, capacity := capacity, items from the heap when nonzero. */
+VXJSON_API VXJSON_CHECK int32_t json_array_mem_alloc_arr(jlpca_ctx *ctx,
+                                                         uint32_t capacity,
+                                                         json_node *array);
+/* Insert element at position of an array that has room (no check). */
+VXJSON_API VXJSON_CHECK int32_t json_array_append_with_nth(
+    jlpca_ctx *ctx, json_node *element, json_node *array, uint32_t capacity,
+    uint32_t position);
+/* Insert (mode 0) or replace (mode 1) at position, -1 meaning the end;
+ * insert grows a full array by 5 through the pluggable allocator. */
+VXJSON_API VXJSON_CHECK int32_t json_array_add_one_node(jlpca_ctx *ctx,
+                                                        json_node *array,
+                                                        int32_t position,
+                                                        json_node *element,
+                                                        int32_t mode);
+/* Turn an element list into the pointer array (capacity count + spare). */
+VXJSON_API VXJSON_CHECK int32_t json_lst_to_arr(jlpca_ctx *ctx,
+                                                json_node *array,
+                                                uint32_t lst_count,
+                                                json_node *lst_first,
+                                                json_node *lst_last);
+/* Store a copy of text plus `pad` blanks in a string or decimal node. */
+VXJSON_API VXJSON_CHECK int32_t json_string_set_value_low(
+    void *env, void *heap, json_node *node, const char *text, uint32_t len,
+    uint32_t pad, uint32_t flags);
+/* Store the current literal (tok_str, tok_val, lit_escaped) in cur_node. */
+VXJSON_API VXJSON_CHECK int32_t json_string_set_value(jlpca_ctx *ctx);
+VXJSON_API VXJSON_CHECK int32_t json_decimal_set_value(jlpca_ctx *ctx);
+/* A deep copy of the tree below node from the heap, or NULL. */
+VXJSON_API json_node *json_mem_copy(jlpca_ctx *ctx, const json_node *node);
+/* Members of an object, elements of an array, 1 for every other value. */
+VXJSON_API uint32_t json_length(const json_node *node);
+/* Nesting depth: 1 for scalars and empty containers. */
+VXJSON_API uint32_t json_depth(const json_node *node);
+
+/* ================================================================== */
+/* JSON scanner (source unit json_flex)                                */
+/* ================================================================== */
+
+/* Create a scanner over the context's text; stored in ctx->scanner. */
+VXJSON_API VXJSON_CHECK int32_t json_flex_scanner_init(jlpca_ctx *ctx,
+                                                       void **scanner);
+VXJSON_API void json_flex_scanner_deinit(jlpca_ctx *ctx, void *scanner);
+/* The next token kind; its value is in the context, not in `value`. */
+VXJSON_API int32_t json_lex(void *value, void *scanner);
+/* The next token, for callers outside the grammars. */
+VXJSON_API int32_t json_flex_next_token(void *scanner);
+
+/* ================================================================== */
+/* JSON grammar and check grammar                                      */
+/* ================================================================== */
+
+/* Read the context's text into a tree: 0 with *root (NULL only for an
+ * empty text in the standard dialect), -6102 for a number overflow, -3105
+ * for every other failure.  The tree lives in the context's heap. */
+VXJSON_API VXJSON_CHECK int32_t json_flex(jlpca_ctx *ctx, json_node **root);
+/* The tree grammar: 0 accepted, 1 syntax error, 2 stack exhausted, or a
+ * negative action code. */
+VXJSON_API int32_t json_parse(void *scanner, jlpca_ctx *ctx);
+/* Turn the element lists of every array on the creation chain into
+ * pointer arrays. */
+VXJSON_API int32_t json_adjust_array(jlpca_ctx *ctx);
+/* Grammar error hooks: record nothing; -1 and the code respectively. */
+VXJSON_API int32_t json_error(jlpca_ctx *ctx, const char *msg);
+VXJSON_API int32_t json_error_ex(jlpca_ctx *ctx, int32_t code);
+/* Is the context's text well-formed?  0 or -3105. */
+VXJSON_API VXJSON_CHECK int32_t jcheck_flex(jlpca_ctx *ctx);
+VXJSON_API int32_t jcheck_parse(void *scanner, jlpca_ctx *ctx);
+VXJSON_API int32_t jcheck_error(jlpca_ctx *ctx, const char *msg);
+VXJSON_API int32_t jcheck_error_ex(jlpca_ctx *ctx, int32_t code);
+
+/* ================================================================== */
+/* Serialisation                                                       */
+/* ================================================================== */
+
+/* Append the text of node to string.  flags: JSON_FMT_*; level: indent
+ * level; newline_first: start a pretty value on a new line; conv:
+ * JSON_CONV_*.  0 or a negative code; the text so far stays in string. */
+VXJSON_API VXJSON_CHECK int32_t json_to_string(jlpca_ctx *ctx,
+                                               vx_allocator *allocator,
+                                               vxstr *string,
+                                               const json_node *node,
+                                               uint32_t flags, uint32_t level,
+                                               uint32_t newline_first,
+                                               uint8_t conv);
+VXJSON_API VXJSON_CHECK int32_t json_object_to_string(jlpca_ctx *ctx,
+                                                      vx_allocator *allocator,
+                                                      vxstr *string,
+                                                      const json_node *node,
+                                                      uint32_t flags,
+                                                      uint32_t level);
+VXJSON_API VXJSON_CHECK int32_t json_array_to_string(jlpca_ctx *ctx,
+                                                     vx_allocator *allocator,
+                                                     vxstr *string,
+                                                     const json_node *node,
+                                                     uint32_t flags,
+                                                     uint32_t level);
+/* The elements separated by ",", without brackets. */
+VXJSON_API VXJSON_CHECK int32_t json_array_items_to_string(
+    jlpca_ctx *ctx, vx_allocator *allocator, vxstr *string,
+    const json_node *node, uint32_t flags, uint32_t level,
+    uint32_t newline_first, uint8_t conv);
+VXJSON_API VXJSON_CHECK int32_t json_scalar_to_string(void *env,
+                                                      vx_allocator *allocator,
+                                                      vxstr *string,
+                                                      const json_node *node,
+                                                      uint32_t flags);
+
+/* ================================================================== */
+/* String escaping                                                     */
+/* ================================================================== */
+
+/* Append text, quoted when quote is 1, converted by conv (JSON_CONV_*),
+ * through json_string_convert_ascii when bit 0 of flags is set. */
+VXJSON_API VXJSON_CHECK int32_t json_string_convert(
+    void *env, vx_allocator *allocator, vxstr *string, uint32_t flags,
+    const char *text, uint32_t len, int32_t quote, uint8_t conv);
+/* Escape by the standard table; *out from allocator (NULL when len is 0). */
+VXJSON_API VXJSON_CHECK int32_t json_string_from_value_add_escape(
+    void *env, vx_allocator *allocator, const char *text, uint32_t len,
+    char **out, uint32_t *out_len);
+/* Escape by the MySQL table, keeping escapes already present; -2206 for a
+ * trailing lone backslash (the output is returned all the same). */
+VXJSON_API VXJSON_CHECK int32_t json_string_from_value_add_escape_for_mysql(
+    void *env, vx_allocator *allocator, const char *text, uint32_t len,
+    char **out, uint32_t *out_len);
+/* Decode the escapes of a JSON string body by reading it as JSON. */
+VXJSON_API VXJSON_CHECK int32_t json_string_to_value_remove_escape(
+    void *env, vx_allocator *allocator, const char *text, uint32_t len,
+    char **out, uint32_t *out_len);
+/* Append text with every multibyte character written as \uXXXX. */
+VXJSON_API VXJSON_CHECK int32_t json_string_convert_ascii(
+    void *env, vx_allocator *allocator, vxstr *string, uint32_t flags,
+    const char *text, uint32_t len);
+/* Escape letter for a byte, or 0. */
+VXJSON_API int32_t json_get_lit_escape(uint8_t byte);
+VXJSON_API int32_t json_get_lit_escape_for_mysql(uint8_t byte);
+/* Check and simplify the escapes of a MySQL SQL literal; -3105 on error. */
+VXJSON_API VXJSON_CHECK int32_t json_org_str_escape_solve_for_mysql(
+    void *env, vx_allocator *allocator, const char *text, uint32_t len,
+    char **out, uint32_t *out_len);
+/* Turn a column default's stored text into its value in dst. */
+VXJSON_API VXJSON_CHECK int32_t json_default_value_remove_escape_for_mysql(
+    void *env, vx_allocator *allocator, const vx_nstr *src, vx_nstr *dst);
+
+/* ================================================================== */
+/* Comparison and containment                                          */
+/* ================================================================== */
+
+/* 1 when the types are equal or both are numbers. */
+VXJSON_API int32_t json_type_is_same(const json_node *a, const json_node *b);
+VXJSON_API int32_t json_scalar_value_equal(const json_node *a, const json_node *b);
+/* A number text as a double; -6102 when it overflows. */
+VXJSON_API VXJSON_CHECK int32_t json_decimal_string_to_double(const json_node *node,
+                                                              double *out);
+/* Order of two number texts: *order -1, 0 or 1; 0 or -6102. */
+VXJSON_API VXJSON_CHECK int32_t json_decimal_string_cmp(const json_node *a,
+                                                        const json_node *b,
+                                                        int32_t *order);
+/* A number text as the server's exact decimal. */
+VXJSON_API VXJSON_CHECK int32_t json_decimal_string_to_xdec(const json_node *node,
+                                                            struct xdec *out);
+/* Compare in mode JSON_CMP_*: 1 or 0. */
+VXJSON_API int32_t json_cmp(const json_node *a, const json_node *b, uint32_t mode);
+VXJSON_API int32_t json_array_equal(const json_node *a, const json_node *b);
+VXJSON_API int32_t jsonb_object_equal(const json_node *a, const json_node *b);
+/* a @> b (PostgreSQL). */
+VXJSON_API int32_t json_contains_pg(const json_node *a, const json_node *b);
+VXJSON_API int32_t json_contains_pg_object(const json_node *a, const json_node *b);
+VXJSON_API int32_t json_contains_pg_array(const json_node *a, const json_node *b);
+VXJSON_API int32_t json_contains_pg_array_simple(const json_node *a, const json_node *b);
+/* JSON_CONTAINS(target a, candidate b) (MySQL). */
+VXJSON_API int32_t json_contains_mysql(const json_node *a, const json_node *b);
+VXJSON_API int32_t json_contains_mysql_object(const json_node *a, const json_node *b);
+VXJSON_API int32_t json_contains_mysql_array(const json_node *a, const json_node *b);
+/* JSON_OVERLAPS(a, b) (MySQL). */
+VXJSON_API int32_t json_overlaps_mysql(const json_node *a, const json_node *b);
+VXJSON_API int32_t json_overlaps_mysql_object(const json_node *a, const json_node *b);
+VXJSON_API int32_t json_overlaps_mysql_array(const json_node *a, const json_node *b);
+VXJSON_API int32_t json_overlaps_mysql_array_simple(const json_node *a, const json_node *b);
+
+/* ================================================================== */
+/* Merge, concatenation and null stripping                             */
+/* ================================================================== */
+
+/* JSON_MERGE_PATCH (patch 1) / JSON_MERGE_PRESERVE (patch 0) of b into a,
+ * written compactly with MySQL escapes; text from ctx's allocator. */
+VXJSON_API VXJSON_CHECK int32_t json_merge_mysql(json_node *a, json_node *b,
+                                                 int32_t patch, jlpca_ctx *ctx,
+                                                 char **out, uint32_t *out_len);
+VXJSON_API VXJSON_CHECK int32_t json_merge_preserve_mysql(json_node *a,
+                                                          json_node *b,
+                                                          jlpca_ctx *ctx,
+                                                          json_node **out);
+VXJSON_API VXJSON_CHECK int32_t json_merge_patch_mysql(json_node *a,
+                                                       json_node *b,
+                                                       jlpca_ctx *ctx,
+                                                       json_node **out);
+VXJSON_API VXJSON_CHECK int32_t json_object_merge_mysql(json_node *a,
+                                                        json_node *b,
+                                                        jlpca_ctx *ctx,
+                                                        int32_t patch,
+                                                        json_node **out);
+/* a || b (PostgreSQL); -3119 for an object with a scalar. */
+VXJSON_API VXJSON_CHECK int32_t jsonb_concat(json_node *a, json_node *b,
+                                             jlpca_ctx *ctx, char **out,
+                                             uint32_t *out_len);
+VXJSON_API VXJSON_CHECK int32_t jsonb_concat_to_object(json_node *a,
+                                                       json_node *b,
+                                                       jlpca_ctx *ctx,
+                                                       char **out,
+                                                       uint32_t *out_len);
+VXJSON_API VXJSON_CHECK int32_t jsonb_concat_to_array(json_node *a,
+                                                      json_node *b,
+                                                      jlpca_ctx *ctx,
+                                                      char **out,
+                                                      uint32_t *out_len);
+/* jsonb_strip_nulls: drop null-valued members, in place. */
+VXJSON_API VXJSON_CHECK int32_t jsonb_strip_nulls_object(json_node *node);
+VXJSON_API VXJSON_CHECK int32_t jsonb_strip_nulls_array(json_node *node);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* VXJSON_H */

@@ -1,0 +1,233 @@
+// Heap, allocator, growable string, error trail, configuration and number
+// helpers of the stand-alone platform layer.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "vx_alloc.h"
+#include "vx_elog.h"
+#include "vx_heap.h"
+#include "vx_ini.h"
+#include "vx_number.h"
+#include "vxstr.h"
+
+namespace {
+
+void *heap_alloc(vx_heap *h, size_t n) { return mem_heap_alloc_low(nullptr, h, n, 0, "t", 1); }
+
+TEST(Heap, AllocationsAreAlignedDistinctAndSurviveGrowth) {
+    vx_heap *h = mem_heap_create(64);
+    std::vector<std::pair<unsigned char *, size_t>> blocks;
+    for (size_t n : {1, 7, 8, 9, 63, 64, 65, 1000, 5000, 1, 100000, 3}) {
+        auto *p = static_cast<unsigned char *>(heap_alloc(h, n));
+        ASSERT_NE(p, nullptr);
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(p) % 8, 0u) << n;
+        std::memset(p, int(blocks.size()), n);
+        blocks.emplace_back(p, n);
+    }
+    // Every block still holds its own fill: no overlap after new blocks.
+    for (size_t i = 0; i < blocks.size(); i++)
+        for (size_t k = 0; k < blocks[i].second; k++)
+            ASSERT_EQ(blocks[i].first[k], static_cast<unsigned char>(i)) << i;
+    EXPECT_EQ(mem_heap_alloc_count(h), blocks.size());
+    mem_heap_reset(h);
+    EXPECT_EQ(mem_heap_alloc_count(h), 0u);
+    EXPECT_NE(heap_alloc(h, 10), nullptr);
+    mem_heap_free(h);
+}
+
+TEST(Heap, CallLimitFailsEveryLaterCall) {
+    vx_heap *h = mem_heap_create(0);
+    ASSERT_NE(heap_alloc(h, 8), nullptr);
+    mem_heap_set_call_limit(h, 2);
+    EXPECT_NE(heap_alloc(h, 8), nullptr);
+    EXPECT_NE(heap_alloc(h, 8), nullptr);
+    EXPECT_EQ(heap_alloc(h, 8), nullptr);
+    EXPECT_EQ(mem_heap_strdup(nullptr, h, "x"), nullptr);
+    mem_heap_set_call_limit(h, UINT64_MAX);
+    char *s = mem_heap_strdup(nullptr, h, "abc");
+    ASSERT_NE(s, nullptr);
+    EXPECT_STREQ(s, "abc");
+    mem_heap_free(h);
+}
+
+TEST(Heap, ByteLimitFailsOversizedRequests) {
+    vx_heap *h = mem_heap_create(0);
+    mem_heap_set_byte_limit(h, 64);
+    EXPECT_NE(heap_alloc(h, 40), nullptr);
+    EXPECT_EQ(heap_alloc(h, 40), nullptr);
+    EXPECT_NE(heap_alloc(h, 24), nullptr);
+    EXPECT_EQ(heap_alloc(h, 1), nullptr);
+    mem_heap_free(h);
+}
+
+TEST(Allocator, CountsOutstandingBlocksAndFailsOnLimit) {
+    vx_alloc_state st;
+    vx_allocator a;
+    vx_allocator_init(&a, &st);
+    void *p = vx_alloc(nullptr, &a, 10, "t", 1);
+    void *q = vx_alloc(nullptr, &a, 20, "t", 2);
+    ASSERT_TRUE(p && q);
+    EXPECT_EQ(st.outstanding, 2u);
+    EXPECT_EQ(st.bytes_out, 30u);
+    vx_allocator_set_call_limit(&st, 0);
+    EXPECT_EQ(vx_alloc(nullptr, &a, 1, "t", 3), nullptr);
+    vx_free(nullptr, &a, p);
+    vx_free(nullptr, &a, q);
+    EXPECT_EQ(st.outstanding, 0u);
+    EXPECT_EQ(st.bytes_out, 0u);
+}
+
+TEST(Allocator, FreeWithoutHandleDoesNothing) {
+    vx_alloc_state st;
+    vx_allocator a;
+    vx_allocator_init(&a, &st);
+    void *p = vx_alloc(nullptr, &a, 10, "t", 1);
+    vx_allocator no_handle = a;
+    no_handle.handle = nullptr;
+    vx_free(nullptr, &no_handle, p);
+    EXPECT_EQ(st.outstanding, 1u);
+    vx_free(nullptr, &a, p);
+    EXPECT_EQ(st.outstanding, 0u);
+}
+
+TEST(Vxstr, AppendsGrowAndKeepTheTerminator) {
+    vx_alloc_state st;
+    vx_allocator a;
+    vx_allocator_init(&a, &st);
+    vxstr *s = vxstr_create(nullptr, &a, 0);
+    ASSERT_NE(s, nullptr);
+    EXPECT_EQ(s->cap, uint32_t(VXSTR_INITIAL_SIZE));
+    std::string expect;
+    for (int i = 0; i < 300; i++) {
+        ASSERT_EQ(vxstr_append(nullptr, &a, s, "ab"), 0);
+        ASSERT_EQ(vxstr_append_with_length(nullptr, &a, s, "c\0d", 3), 0);
+        ASSERT_EQ(vxstr_append_n_const_char(nullptr, &a, s, ' ', 2), 0);
+        expect += std::string("abc\0d  ", 7);
+    }
+    // The length is the record's first 32-bit field, as callers read it.
+    uint32_t first_field;
+    std::memcpy(&first_field, s, sizeof first_field);
+    EXPECT_EQ(first_field, expect.size());
+    EXPECT_EQ(std::string(vxstr_getstr(s), s->len), expect);
+    EXPECT_EQ(vxstr_getstr(s)[s->len], '\0');
+    vxstr_init(s);
+    EXPECT_EQ(s->len, 0u);
+    EXPECT_STREQ(vxstr_getstr(s), "");
+    vxstr_free(nullptr, &a, s);
+    EXPECT_EQ(st.outstanding, 0u);
+}
+
+TEST(Vxstr, FirstGrowthFailureIsSticky) {
+    vx_alloc_state st;
+    vx_allocator a;
+    vx_allocator_init(&a, &st);
+    vxstr *s = vxstr_create(nullptr, &a, 4);
+    ASSERT_NE(s, nullptr);
+    vx_allocator_set_call_limit(&st, 0);
+    EXPECT_EQ(vxstr_append(nullptr, &a, s, "ab"), 0);  // fits, no growth
+    EXPECT_EQ(vxstr_append(nullptr, &a, s, "cdef"), VXSTR_NOMEM);
+    vx_allocator_set_call_limit(&st, UINT64_MAX);
+    EXPECT_EQ(vxstr_append(nullptr, &a, s, "x"), VXSTR_NOMEM);
+    EXPECT_STREQ(vxstr_getstr(s), "ab");
+    vxstr_free(nullptr, &a, s);
+    EXPECT_EQ(st.outstanding, 0u);
+}
+
+TEST(Vxstr, CreateFailsCleanly) {
+    vx_alloc_state st;
+    vx_allocator a;
+    vx_allocator_init(&a, &st);
+    for (uint64_t limit : {0u, 1u}) {
+        vx_allocator_set_call_limit(&st, limit);
+        EXPECT_EQ(vxstr_create(nullptr, &a, 0), nullptr) << limit;
+        EXPECT_EQ(st.outstanding, 0u) << limit;
+    }
+}
+
+TEST(Vxstr, RecordReleasedAloneLeavesTheText) {
+    vx_alloc_state st;
+    vx_allocator a;
+    vx_allocator_init(&a, &st);
+    vxstr *s = vxstr_create(nullptr, &a, 0);
+    ASSERT_EQ(vxstr_append(nullptr, &a, s, "kept"), 0);
+    char *text = vxstr_getstr(s);
+    vxstr_free_record(nullptr, &a, s);
+    EXPECT_STREQ(text, "kept");
+    EXPECT_EQ(st.outstanding, 1u);
+    vx_free(nullptr, &a, text);
+}
+
+TEST(Elog, TrailKeepsReportsInOrderPerThread) {
+    elog_trail_clear();
+    EXPECT_EQ(elog_try_report_vxerr(-503, "json/json", 86), -503);
+    EXPECT_EQ(elog_try_report_vxerr(-3105, "json/jlpca", 774), -3105);
+    ASSERT_EQ(elog_trail_count(), 2u);
+    vx_elog_entry e;
+    ASSERT_EQ(elog_trail_get(0, &e), 0);
+    EXPECT_EQ(e.code, -503);
+    EXPECT_STREQ(e.src, "json/json");
+    EXPECT_EQ(e.line, 86);
+    ASSERT_EQ(elog_trail_get(1, &e), 0);
+    EXPECT_EQ(e.line, 774);
+    EXPECT_EQ(elog_trail_get(2, &e), -1);
+    uint32_t other = 99;
+    std::thread([&] { other = elog_trail_count(); }).join();
+    EXPECT_EQ(other, 0u);
+    for (int i = 0; i < VX_ELOG_TRAIL_MAX + 10; i++) elog_try_report_vxerr(-1, "x", i);
+    EXPECT_EQ(elog_trail_count(), uint32_t(VX_ELOG_TRAIL_MAX + 12));
+    EXPECT_EQ(elog_trail_get(VX_ELOG_TRAIL_MAX, &e), -1);
+    elog_trail_clear();
+    EXPECT_EQ(elog_trail_count(), 0u);
+}
+
+TEST(Ini, CharsetOverrideAndUnknownValues) {
+    ini_set_value(0, VX_INI_CHARSET, 2);
+    EXPECT_EQ(ini_get_value(0, VX_INI_CHARSET), 2);
+    ini_set_value(0, VX_INI_CHARSET, 0);
+    EXPECT_EQ(ini_get_value(0, VX_INI_CHARSET), 0);
+    ini_reset_value(0, VX_INI_CHARSET);
+    const char *env = std::getenv("VXJSON_CHARSET");
+    int expected = env && std::strlen(env) == 1 && env[0] >= '0' && env[0] <= '2' ? env[0] - '0' : 1;
+    EXPECT_EQ(ini_get_value(0, VX_INI_CHARSET), expected);
+    EXPECT_EQ(ini_get_value(0, 1), 0);
+}
+
+struct Int64Row {
+    const char *text;
+    int32_t rc;
+    int64_t value;
+};
+
+class Str2Int64 : public ::testing::TestWithParam<Int64Row> {};
+
+TEST_P(Str2Int64, Reads) {
+    const Int64Row &r = GetParam();
+    int64_t v = 12345;
+    EXPECT_EQ(str2int64(r.text, uint32_t(std::strlen(r.text)), &v), r.rc) << r.text;
+    if (r.rc == 0) {
+        EXPECT_EQ(v, r.value) << r.text;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Edges, Str2Int64,
+    ::testing::Values(Int64Row{"0", 0, 0}, Int64Row{"-0", 0, 0}, Int64Row{"+17", 0, 17},
+                      Int64Row{"9223372036854775807", 0, INT64_MAX},
+                      Int64Row{"-9223372036854775808", 0, INT64_MIN},
+                      Int64Row{"9223372036854775808", -2, 0},
+                      Int64Row{"-9223372036854775809", -2, 0}, Int64Row{"", -1, 0},
+                      Int64Row{"-", -1, 0}, Int64Row{"+", -1, 0}, Int64Row{"1.5", -1, 0},
+                      Int64Row{"12a", -1, 0}, Int64Row{" 1", -1, 0}, Int64Row{"+-1", -1, 0}));
+
+TEST(Number, DoubleOverflowIsInfinity) {
+    EXPECT_EQ(ntype_is_double_overflow(1e308 * 10), 1);
+    EXPECT_EQ(ntype_is_double_overflow(-1e308 * 10), 1);
+    EXPECT_EQ(ntype_is_double_overflow(1.7976931348623157e308), 0);
+    EXPECT_EQ(ntype_is_double_overflow(0.0), 0);
+}
+
+} // namespace
