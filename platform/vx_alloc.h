@@ -19,6 +19,7 @@ typedef struct vx_alloc_state {
     uint64_t calls;        /* successful allocations so far */
     uint64_t outstanding;  /* blocks allocated and not yet freed */
     uint64_t bytes_out;    /* bytes allocated and not yet freed */
+    void *blocks;          /* outstanding blocks, owned by the state */
 } vx_alloc_state;
 
 /* Fill `a` with the malloc-backed operations over `state`, which is reset
@@ -26,6 +27,13 @@ typedef struct vx_alloc_state {
 void vx_allocator_init(vx_allocator *a, vx_alloc_state *state);
 /* Failure injection: the first `calls` allocations from now on succeed. */
 void vx_allocator_set_call_limit(vx_alloc_state *state, uint64_t calls);
+/* Free every block still outstanding (element arrays are never freed one
+ * by one; this is how their owner releases them). */
+void vx_allocator_release_all(vx_alloc_state *state);
+
+/* An allocator that carves from a vx_heap and frees nothing: the fastest
+ * choice for callers that release a whole parse with its heap. */
+void vx_allocator_init_heap(vx_allocator *a, void *heap);
 
 /* Allocate or free through a pluggable allocator; a NULL allocator means
  * malloc and free.  Free is done only when the allocator has both a handle

@@ -6,7 +6,7 @@ if(NOT VXJSON_SANITIZE AND NOT VXJSON_TSAN)
       -DBUILD_DIR=${PROJECT_BINARY_DIR}
       -DSOURCE_DIR=${CMAKE_CURRENT_SOURCE_DIR}/install_consumer
       -DWORK_DIR=${CMAKE_CURRENT_BINARY_DIR}/install_check
-      -P ${CMAKE_CURRENT_SOURCE_DIR}/install_check.cmake)
+      -P ${CMAKE_CURRENT_SOURCE_DIR}/scripts/install_check.cmake)
   set_tests_properties(install_consumer PROPERTIES LABELS "unit" TIMEOUT 300)
 endif()
 
@@ -18,5 +18,5 @@ target_compile_options(vxjson_header_c_check PRIVATE -std=c11 -pedantic-errors -
 # Only the interface's names leave the shared library.
 add_test(NAME exported_symbols
   COMMAND ${CMAKE_COMMAND} -DLIB=$<TARGET_FILE:vxjson> -DHEADER=${PROJECT_SOURCE_DIR}/include/vxjson.h
-          -P ${CMAKE_CURRENT_SOURCE_DIR}/exported_symbols.cmake)
+          -P ${CMAKE_CURRENT_SOURCE_DIR}/scripts/exported_symbols.cmake)
 set_tests_properties(exported_symbols PROPERTIES LABELS "unit")

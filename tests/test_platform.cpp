@@ -81,6 +81,36 @@ TEST(Allocator, CountsOutstandingBlocksAndFailsOnLimit) {
     EXPECT_EQ(st.bytes_out, 0u);
 }
 
+TEST(Allocator, ReleaseAllFreesWhatIsOutstandingAndIgnoresForeignBlocks) {
+    vx_alloc_state st;
+    vx_allocator a;
+    vx_allocator_init(&a, &st);
+    void *blocks[3];
+    for (void *&b : blocks) b = vx_alloc(nullptr, &a, 24, "t", 1);
+    vx_free(nullptr, &a, blocks[1]);
+    vx_heap *h = mem_heap_create(0);
+    heap_alloc(h, 40);
+    vx_free(nullptr, &a, heap_alloc(h, 16));  // not ours: left alone
+    EXPECT_EQ(st.outstanding, 2u);
+    vx_allocator_release_all(&st);
+    EXPECT_EQ(st.outstanding, 0u);
+    EXPECT_EQ(st.bytes_out, 0u);
+    mem_heap_free(h);
+}
+
+TEST(Allocator, HeapBackedCarvesFromTheHeapAndFreesNothing) {
+    vx_heap *h = mem_heap_create(0);
+    vx_allocator a;
+    vx_allocator_init_heap(&a, h);
+    void *p = vx_alloc(nullptr, &a, 32, "t", 1);
+    ASSERT_NE(p, nullptr);
+    EXPECT_EQ(mem_heap_alloc_count(h), 1u);
+    vx_free(nullptr, &a, p);  // no free operation: nothing happens
+    mem_heap_set_call_limit(h, 0);
+    EXPECT_EQ(vx_alloc(nullptr, &a, 8, "t", 2), nullptr);
+    mem_heap_free(h);
+}
+
 TEST(Allocator, FreeWithoutHandleDoesNothing) {
     vx_alloc_state st;
     vx_allocator a;

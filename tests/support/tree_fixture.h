@@ -25,6 +25,7 @@ struct TreeEnv {
     }
     ~TreeEnv() {
         jlpca_deinit(ctx.get());
+        vx_allocator_release_all(&alloc_state);
         mem_heap_free(heap);
     }
     TreeEnv(const TreeEnv &) = delete;
