@@ -1,0 +1,61 @@
+// Shared by the fuzz targets: a context whose switches and character set
+// come from the first input bytes, so one target covers every mode.
+#ifndef VXJSON_FUZZ_SETUP_H
+#define VXJSON_FUZZ_SETUP_H
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "vx_alloc.h"
+#include "vx_heap.h"
+#include "vx_ini.h"
+#include "vxjson.h"
+#include "vxstr.h"
+
+struct FuzzModes {
+    int32_t compat, strict, unique_keys, dup_key_replace, sorted_keys, scalar_top, escape_mode;
+    int32_t charset_config;  // configuration value 635: 0, 1 or 2
+    uint8_t number_mode;
+    uint32_t array_spare;
+    uint32_t write_flags;    // compact, ascii, or one of the pretty layouts
+};
+
+// Two selector bytes; they are consumed from the front of the input.
+inline FuzzModes take_modes(const uint8_t *&data, size_t &size) {
+    uint8_t a = size > 0 ? data[0] : 0, b = size > 1 ? data[1] : 0;
+    size_t used = size < 2 ? size : 2;
+    data += used;
+    size -= used;
+    static constexpr uint32_t kFlags[4] = {JSON_FMT_COMPACT, JSON_FMT_ASCII, JSON_FMT_PRETTY_A,
+                                           JSON_FMT_PRETTY_B};
+    return FuzzModes{(a & 3) == 3 ? 0 : a & 3, (a >> 2) & 1, (a >> 3) & 1, (a >> 4) & 1,
+                     (a >> 5) & 1, (a >> 6) & 1, (a >> 7) & 1, (b & 3) == 3 ? 1 : b & 3,
+                     uint8_t((b >> 2) & 1 ? 2 : 0), (b >> 3) & 1u, kFlags[(b >> 4) & 3]};
+}
+
+struct FuzzEnv {
+    vx_heap *heap = mem_heap_create(0);
+    vx_alloc_state state{};
+    vx_allocator alloc{};
+    std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
+
+    explicit FuzzEnv(const FuzzModes &m) {
+        vx_allocator_init(&alloc, &state);
+        ini_set_value(0, VX_INI_CHARSET, m.charset_config);
+        jlpca_init(nullptr, ctx.get(), heap, &alloc, m.escape_mode, m.strict, m.unique_keys,
+                   m.compat);
+        ctx->dup_key_replace = m.dup_key_replace;
+        ctx->sorted_keys = m.sorted_keys;
+        ctx->scalar_top = m.scalar_top;
+        ctx->number_mode = m.number_mode;
+        ctx->array_spare = m.array_spare;
+    }
+    ~FuzzEnv() {
+        jlpca_deinit(ctx.get());
+        vx_allocator_release_all(&state);
+        mem_heap_free(heap);
+    }
+};
+
+#endif

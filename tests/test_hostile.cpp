@@ -1,0 +1,119 @@
+// Hostile input: huge strings, absurd nesting, huge objects and numbers,
+// every byte value in and out of strings, and text that stops inside a
+// multibyte character.  Each gets its specified code, quickly, within
+// bounded memory (ASan builds would catch any overread).
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "doc_env.h"
+#include "vx_ini.h"
+
+namespace {
+
+TEST(Hostile, HundredMegabyteString) {
+    constexpr size_t kLen = 100u * 1024 * 1024;
+    std::string doc = "[\"" + std::string(kLen, 'a') + "\"]";
+    DocEnv env;
+    json_node *root = nullptr;
+    ASSERT_EQ(env.read(doc, &root), 0);
+    ASSERT_EQ(root->count, 1u);
+    EXPECT_EQ(root->items[0]->str_len, kLen);
+    // Memory stays a small multiple of the text.
+    EXPECT_LT(mem_heap_bytes_used(env.heap), 4 * kLen);
+}
+
+TEST(Hostile, MillionNestedArraysAreRejected) {
+    for (const char *open : {"[", "{\"a\":"}) {
+        std::string doc;
+        for (int i = 0; i < 1000000; i++) doc += open;
+        DocEnv env;
+        json_node *root = nullptr;
+        EXPECT_EQ(env.read(doc, &root), VXJSON_ERR_INVALID_JSON) << open;
+        EXPECT_EQ(env.check(doc), VXJSON_ERR_INVALID_JSON) << open;
+    }
+}
+
+TEST(Hostile, MillionMemberObject) {
+    std::string doc = "{";
+    for (int i = 0; i < 1000000; i++) doc += (i ? ",\"k" : "\"k") + std::to_string(i) + "\":" + std::to_string(i);
+    doc += "}";
+    DocEnv env;
+    json_node *root = nullptr;
+    ASSERT_EQ(env.read(doc, &root), 0);
+    EXPECT_EQ(root->count, 1000000u);
+    EXPECT_EQ(root->last_member->value->ival, 999999);
+}
+
+TEST(Hostile, HundredThousandDigitNumbers) {
+    std::string digits(100000, '7');
+    struct Row {
+        int32_t compat;
+        std::string doc;
+        int32_t rc;
+    };
+    for (const Row &r : {Row{0, "[" + digits + "]", 0}, Row{2, "[" + digits + "]", VXJSON_ERR_DOUBLE_OVERFLOW},
+                         Row{0, "[0." + digits + "]", 0}, Row{2, "[0." + digits + "]", 0},
+                         Row{0, "[1e" + digits + "]", 0}, Row{2, "[1e" + digits + "]", VXJSON_ERR_DOUBLE_OVERFLOW}}) {
+        DocEnv env(r.compat);
+        json_node *root = nullptr;
+        ASSERT_EQ(env.read(r.doc, &root), r.rc) << r.compat << " " << r.doc.substr(0, 4);
+        if (r.rc == 0) {
+            EXPECT_EQ(root->items[0]->type, uint32_t(JSON_DECIMAL));
+            EXPECT_EQ(root->items[0]->str_len, r.doc.size() - 2) << "the text is kept exactly";
+        }
+    }
+}
+
+bool is_blank(int b) { return b == ' ' || b == '\t' || b == '\n' || b == '\f' || b == '\r'; }
+
+TEST(Hostile, EveryByteInsideAndOutsideStrings) {
+    for (int b = 0; b < 256; b++) {
+        std::string byte(1, char(b));
+        DocEnv env;
+        json_node *root = nullptr;
+        // Inside a string only the bytes that need escaping, the quote and
+        // the backslash are refused; NUL and other control bytes are content.
+        bool inside_ok = !(b == 8 || b == 9 || b == 10 || b == 12 || b == 13 || b == '"' || b == '\\');
+        EXPECT_EQ(env.read("[\"" + byte + "\"]", &root), inside_ok ? 0 : VXJSON_ERR_INVALID_JSON) << b;
+        if (inside_ok) {
+            EXPECT_EQ(root->items[0]->str_len, b == 0 ? 0u : 1u) << "a string's length stops at NUL";
+        }
+        // Between tokens (strict) only a digit or a blank keeps [ ] valid.
+        bool outside_ok = (b >= '0' && b <= '9') || is_blank(b);
+        EXPECT_EQ(env.read("[" + byte + "]", &root), outside_ok ? 0 : VXJSON_ERR_INVALID_JSON) << b;
+        EXPECT_EQ(env.check("[" + byte + "]"), outside_ok ? 0 : VXJSON_ERR_INVALID_JSON) << b;
+    }
+}
+
+struct CutRow {
+    const char *id;
+    int32_t charset_config;
+    std::string lead;    // the first byte(s) of a multibyte character
+    int32_t closed_rc;   // result when the closing quote follows the cut
+};
+
+class CutMultibyte : public ::testing::TestWithParam<CutRow> {};
+
+TEST_P(CutMultibyte, TextEndsInsideACharacter) {
+    const CutRow &r = GetParam();
+    ini_set_value(0, VX_INI_CHARSET, r.charset_config);
+    DocEnv env;
+    json_node *root = nullptr;
+    EXPECT_EQ(env.read("[\"" + r.lead, &root), VXJSON_ERR_INVALID_JSON);
+    EXPECT_EQ(env.read("[\"" + r.lead + "\"]", &root), r.closed_rc);
+    ini_reset_value(0, VX_INI_CHARSET);
+}
+
+// A double-byte lead before the quote makes the quote its trailing byte in
+// GB18030 and EUC-KR, so the string never closes; a malformed UTF-8
+// sequence is one byte of content and the quote closes the string.
+INSTANTIATE_TEST_SUITE_P(
+    Sets, CutMultibyte,
+    ::testing::Values(CutRow{"utf8", 1, "\xE4\xB8", 0},
+                      CutRow{"gb18030_lead", 0, "\x81", VXJSON_ERR_INVALID_JSON},
+                      CutRow{"gb18030_four_byte", 0, "\x81\x30", VXJSON_ERR_INVALID_JSON},
+                      CutRow{"euckr", 2, "\xB0", VXJSON_ERR_INVALID_JSON}),
+    [](const auto &info) { return std::string(info.param.id); });
+
+} // namespace
