@@ -1,0 +1,555 @@
+// String escaping: between the decoded form of string text and its JSON
+// forms (standard and MySQL escapes, \u escapes for non-ASCII), and the
+// single entry json_string_convert that the tree writer uses for every name
+// and string.
+//
+// Every routine steps through the text one character at a time in the
+// server's character set, because a trailing byte of a double-byte
+// character may look like a backslash or a quote; such bytes are copied
+// with their character and never escaped.
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "escape_internal.h"
+#include "report.h"
+#include "vx_alloc.h"
+#include "vx_heap.h"
+#include "vx_nstr.h"
+#include "vxstr.h"
+
+namespace vxjson {
+
+namespace {
+
+// Call sites named in error reports and allocation diagnostics.
+constexpr int32_t LINE_CONVERT_STD = 687;    // standard escaping failed
+constexpr int32_t LINE_CONVERT_MYSQL = 692;  // MySQL escaping failed
+constexpr int32_t LINE_CONVERT_PLAIN = 697;  // removing escapes failed
+constexpr int32_t LINE_CONVERT_ASCII = 717;  // \u conversion failed
+constexpr int32_t LINE_ALLOC_STD = 1727;     // output of the standard escaper
+constexpr int32_t LINE_ALLOC_MYSQL = 1511;   // output of the MySQL escaper
+constexpr int32_t LINE_UNESCAPE_QUOTE = 945; // quoting the text to re-read
+constexpr int32_t LINE_UNESCAPE_READ = 958;  // reading it
+constexpr int32_t LINE_UNESCAPE_WRITE = 965; // writing the decoded value
+constexpr int32_t LINE_ALLOC_ASCII = 594;    // output of the \u conversion
+
+// ------------------------------------------------------------------
+// Plain-run scanning, eight bytes at a time
+// ------------------------------------------------------------------
+
+constexpr uint64_t ONES = 0x0101010101010101ull;
+constexpr uint64_t HIGHS = 0x8080808080808080ull;
+
+inline uint64_t has_zero_byte(uint64_t v) { return (v - ONES) & ~v & HIGHS; }
+
+// A high bit in every byte lane that may need a look: a byte below 14 (the
+// escaped controls, with a few harmless ones), a quote, a backslash or a
+// byte above 127.  The lowest flagged lane is always exact; higher ones may
+// be false alarms, which the byte-wise step sorts out.
+inline uint64_t scan_stop_mask(uint64_t w) {
+    return (w & HIGHS) | has_zero_byte(w ^ (ONES * '"')) | has_zero_byte(w ^ (ONES * '\\')) |
+           ((w - ONES * 14) & ~w & HIGHS);
+}
+
+// Length of a well-formed UTF-8 sequence at p that lies within rem bytes,
+// else 0.  The server's own measure agrees on every well-formed sequence;
+// anything else is left to it.
+inline uint32_t utf8_well_formed(const unsigned char *p, size_t rem) {
+    const unsigned c = p[0];
+    auto cont = [&](size_t i) { return (p[i] & 0xC0) == 0x80; };
+    if (c >= 0xC2 && c <= 0xDF) return rem >= 2 && cont(1) ? 2 : 0;
+    if (c >= 0xE0 && c <= 0xEF) {
+        if (rem < 3 || !cont(1) || !cont(2)) return 0;
+        if ((c == 0xE0 && p[1] < 0xA0) || (c == 0xED && p[1] >= 0xA0)) return 0;
+        return 3;
+    }
+    if (c >= 0xF0 && c <= 0xF4) {
+        if (rem < 4 || !cont(1) || !cont(2) || !cont(3)) return 0;
+        if ((c == 0xF0 && p[1] < 0x90) || (c == 0xF4 && p[1] >= 0x90)) return 0;
+        return 4;
+    }
+    return 0;
+}
+
+} // namespace
+
+// The server measures a character on NUL-terminated text.  Near the end of
+// a text that is not terminated (member names are not), the last bytes are
+// measured from a copy padded with NULs, so that nothing past the text is
+// read and a character cut off by the end is seen as such.
+uint32_t mb_char_len(int32_t charset, const unsigned char *p, size_t rem) {
+    if (charset == VX_CHARSET_UTF8) {
+        if (uint32_t n = utf8_well_formed(p, rem)) return n;
+    }
+    int32_t n;
+    if (rem >= 4) {
+        n = encoding_mblen(charset, p, 0);
+    } else {
+        unsigned char pad[8] = {};
+        std::memcpy(pad, p, rem);
+        n = encoding_mblen(charset, pad, 0);
+    }
+    return n < 1 ? 1u : static_cast<uint32_t>(n);
+}
+
+char *escape_std(const unsigned char *in, size_t n, char *out, charset_cache &cs) {
+    const unsigned char *p = in;
+    const unsigned char *const e = in + n;
+    for (;;) {
+        if constexpr (std::endian::native == std::endian::little) {
+            // Output room is twice the input, so an eight-byte store at the
+            // cursor never passes the end while eight input bytes remain.
+            while (e - p >= 8) {
+                uint64_t w;
+                std::memcpy(&w, p, 8);
+                std::memcpy(out, &w, 8);
+                const uint64_t m = scan_stop_mask(w);
+                if (!m) {
+                    p += 8;
+                    out += 8;
+                    continue;
+                }
+                const unsigned k = static_cast<unsigned>(std::countr_zero(m)) >> 3;
+                p += k;
+                out += k;
+                break;
+            }
+        }
+        if (e - p < 8 || std::endian::native != std::endian::little) {
+            while (p < e && !is_scan_stop(*p)) *out++ = static_cast<char>(*p++);
+            if (p >= e) break;
+        }
+        const unsigned char c = *p;
+        if (c < 0x80) {
+            if (const char l = static_cast<char>(STD_LETTER[c])) {
+                out[0] = '\\';
+                out[1] = l;
+                out += 2;
+            } else {
+                *out++ = static_cast<char>(c);
+            }
+            ++p;
+            continue;
+        }
+        const size_t len = mb_char_len(cs.get(), p, static_cast<size_t>(e - p));
+        if (len > static_cast<size_t>(e - p)) break; // cut off by the end: dropped
+        std::memcpy(out, p, len);
+        out += len;
+        p += len;
+    }
+    return out;
+}
+
+bool out_buf::grow(size_t n) {
+    finish();
+    if (s->failed) return false;
+    // Ask for at least the current capacity again, so that a writer making
+    // many small requests still doubles.
+    const size_t room = UINT32_MAX - 1 - static_cast<size_t>(s->len);
+    size_t want = std::max<size_t>(n, s->cap);
+    if (want > room) want = n;
+    if (want > room || vxstr_reserve(env, alloc, s, static_cast<uint32_t>(want)) < 0) {
+        s->failed = 1;
+        load();
+        return false;
+    }
+    load();
+    return true;
+}
+
+namespace {
+
+void release(void *env, vx_allocator *a, char *text) {
+    if (text) vx_free(env, a, text);
+}
+
+} // namespace
+
+int32_t convert_general(out_buf &o, uint32_t flags, const char *text, uint32_t len, bool quote,
+                        uint8_t conv) {
+    if (quote) {
+        if (!o.ensure(1)) return NOMEM;
+        o.put('"');
+    }
+    char *tmp = nullptr;
+    uint32_t tmp_len = 0;
+    int32_t rc = 0;
+    int32_t line = 0;
+    switch (conv) {
+    case JSON_CONV_JSON:
+        rc = json_string_from_value_add_escape(o.env, o.alloc, text, len, &tmp, &tmp_len);
+        line = LINE_CONVERT_STD;
+        break;
+    case JSON_CONV_MYSQL:
+        rc = json_string_from_value_add_escape_for_mysql(o.env, o.alloc, text, len, &tmp,
+                                                         &tmp_len);
+        line = LINE_CONVERT_MYSQL;
+        break;
+    case JSON_CONV_PLAIN:
+        rc = json_string_to_value_remove_escape(o.env, o.alloc, text, len, &tmp, &tmp_len);
+        line = LINE_CONVERT_PLAIN;
+        break;
+    default:
+        break;
+    }
+    if (rc < 0) {
+        release(o.env, o.alloc, tmp);
+        return report_json(rc, line);
+    }
+    if (line) {
+        text = tmp;
+        len = tmp_len;
+    }
+    if (flags & JSON_FMT_ASCII) {
+        o.finish();
+        rc = json_string_convert_ascii(o.env, o.alloc, o.s, flags, text, len);
+        o.load();
+        if (rc < 0) {
+            release(o.env, o.alloc, tmp);
+            return report_json(rc, LINE_CONVERT_ASCII);
+        }
+    } else if (len) {
+        if (!o.ensure(len)) {
+            release(o.env, o.alloc, tmp);
+            return NOMEM;
+        }
+        o.put(text, len);
+    }
+    release(o.env, o.alloc, tmp);
+    if (quote) {
+        if (!o.ensure(1)) return NOMEM;
+        o.put('"');
+    }
+    return 0;
+}
+
+} // namespace vxjson
+
+using namespace vxjson;
+
+VXJSON_API int32_t json_string_convert(void *env, vx_allocator *allocator, vxstr *string,
+                                       uint32_t flags, const char *text, uint32_t len,
+                                       int32_t quote, uint8_t conv) {
+    if (string->failed) return NOMEM;
+    out_buf o(env, allocator, string);
+    charset_cache cs;
+    const int32_t rc = convert_into(o, cs, flags, text, len, quote, conv);
+    o.finish();
+    return rc;
+}
+
+VXJSON_API int32_t json_get_lit_escape(uint8_t byte) { return STD_LETTER[byte]; }
+
+VXJSON_API int32_t json_get_lit_escape_for_mysql(uint8_t byte) { return MYSQL_LETTER[byte]; }
+
+VXJSON_API int32_t json_string_from_value_add_escape(void *env, vx_allocator *allocator,
+                                                     const char *text, uint32_t len, char **out,
+                                                     uint32_t *out_len) {
+    *out = nullptr;
+    *out_len = 0;
+    if (len == 0) return 0;
+    auto *buf = static_cast<char *>(vx_alloc(env, allocator, 2 * size_t(len), SRC_JSON,
+                                             LINE_ALLOC_STD));
+    if (!buf) return NOMEM;
+    charset_cache cs;
+    char *end = escape_std(reinterpret_cast<const unsigned char *>(text), len, buf, cs);
+    *out = buf;
+    *out_len = static_cast<uint32_t>(end - buf);
+    return 0;
+}
+
+// Escapes already in the text are kept (a backslash before a letter of the
+// MySQL table), the rest is escaped by the standard table; a backslash
+// before anything else is dropped.
+VXJSON_API int32_t json_string_from_value_add_escape_for_mysql(void *env,
+                                                               vx_allocator *allocator,
+                                                               const char *text, uint32_t len,
+                                                               char **out, uint32_t *out_len) {
+    *out = nullptr;
+    *out_len = 0;
+    if (len == 0) return 0;
+    auto *buf = static_cast<char *>(vx_alloc(env, allocator, 2 * size_t(len), SRC_JSON,
+                                             LINE_ALLOC_MYSQL));
+    if (!buf) return NOMEM;
+    charset_cache cs;
+    const auto *p = reinterpret_cast<const unsigned char *>(text);
+    const auto *e = p + len;
+    char *o = buf;
+    bool after_backslash = false;
+    while (p < e) {
+        const size_t n = char_len(cs, p, static_cast<size_t>(e - p));
+        if (n > static_cast<size_t>(e - p)) break;
+        if (n > 1) {
+            std::memcpy(o, p, n);
+            o += n;
+            p += n;
+            after_backslash = false;
+            continue;
+        }
+        const unsigned char c = *p++;
+        if (c == '\\' && !after_backslash) {
+            after_backslash = true;
+            continue;
+        }
+        const uint8_t letter = after_backslash ? MYSQL_LETTER[c] : STD_LETTER[c];
+        after_backslash = false;
+        if (letter) {
+            *o++ = '\\';
+            *o++ = static_cast<char>(letter);
+        } else {
+            *o++ = static_cast<char>(c);
+        }
+    }
+    *out = buf;
+    *out_len = static_cast<uint32_t>(o - buf);
+    return after_backslash ? VXJSON_ERR_LONE_BACKSLASH : 0;
+}
+
+// Decoding is done by the JSON reader itself, so that exactly the escapes
+// it accepts are decoded, with its errors.  The reader's nodes need a heap
+// of their own; it lives only for this call.
+VXJSON_API int32_t json_string_to_value_remove_escape(void *env, vx_allocator *allocator,
+                                                      const char *text, uint32_t len,
+                                                      char **out, uint32_t *out_len) {
+    *out = nullptr;
+    *out_len = 0;
+    if (len == 0) return 0;
+    vxstr *s = vxstr_create(env, allocator, len + 10);
+    if (!s) return report_json(NOMEM, LINE_UNESCAPE_QUOTE);
+    int32_t rc = json_string_convert(env, allocator, s, 0, text, len, 1, JSON_CONV_NONE);
+    if (rc < 0) {
+        vxstr_free(env, allocator, s);
+        return report_json(rc, LINE_UNESCAPE_QUOTE);
+    }
+    vx_heap *heap = mem_heap_create(sizeof(jlpca_ctx) + 2 * size_t(s->len) + 1024);
+    auto *ctx = heap ? static_cast<jlpca_ctx *>(mem_heap_alloc_low(
+                           env, heap, sizeof(jlpca_ctx), 0, SRC_JSON, LINE_UNESCAPE_READ))
+                     : nullptr;
+    if (!ctx) {
+        if (heap) mem_heap_free(heap);
+        vxstr_free(env, allocator, s);
+        return report_json(NOMEM, LINE_UNESCAPE_READ);
+    }
+    json_node *root = nullptr;
+    jlpca_init_simple(env, ctx, heap, allocator, JLPCA_ESCAPE_DECODE, JLPCA_COMPAT_PG);
+    rc = jlpca_reinit(ctx, s->buf, s->len);
+    if (rc >= 0) rc = json_flex(ctx, &root);
+    jlpca_deinit(ctx);
+    if (rc >= 0 && !root) rc = VXJSON_ERR_INVALID_JSON;
+    if (rc < 0) {
+        mem_heap_free(heap);
+        vxstr_free(env, allocator, s);
+        return report_json(rc, LINE_UNESCAPE_READ);
+    }
+    vxstr_init(s);
+    rc = json_scalar_to_string(env, allocator, s, root, 0);
+    mem_heap_free(heap);
+    if (rc < 0) {
+        vxstr_free(env, allocator, s);
+        return report_json(rc, LINE_UNESCAPE_WRITE);
+    }
+    *out = s->buf;
+    *out_len = s->len;
+    vxstr_free_record(env, allocator, s);
+    return 0;
+}
+
+// Each multibyte character becomes \u and the first UTF-16 unit in
+// upper-case hex: a character beyond the Basic Multilingual Plane keeps
+// only its high surrogate, as the server has always written it.
+VXJSON_API int32_t json_string_convert_ascii(void *env, vx_allocator *allocator, vxstr *string,
+                                             uint32_t /*flags*/, const char *text,
+                                             uint32_t len) {
+    if (string->failed) return NOMEM;
+    if (len == 0) return 0;
+    auto *buf = static_cast<char *>(vx_alloc(env, allocator, 3 * size_t(len) + 2, SRC_JSON,
+                                             LINE_ALLOC_ASCII));
+    if (!buf) return NOMEM;
+    static constexpr char HEX[] = "0123456789ABCDEF";
+    charset_cache cs;
+    const auto *p = reinterpret_cast<const unsigned char *>(text);
+    const auto *e = p + len;
+    char *o = buf;
+    while (p < e) {
+        const size_t n = char_len(cs, p, static_cast<size_t>(e - p));
+        if (n > static_cast<size_t>(e - p)) break;
+        if (n == 1) {
+            *o++ = static_cast<char>(*p++);
+            continue;
+        }
+        uint16_t units[50];
+        int32_t count = 0;
+        if (LocalToUtf16(reinterpret_cast<const char *>(p), static_cast<int32_t>(n), cs.get(),
+                         units, 50, &count) < 0 ||
+            count < 1) {
+            vx_free(env, allocator, buf);
+            return VXJSON_ERR_INVALID_JSON;
+        }
+        const unsigned u = units[0];
+        o[0] = '\\';
+        o[1] = 'u';
+        o[2] = HEX[u >> 12];
+        o[3] = HEX[(u >> 8) & 15];
+        o[4] = HEX[(u >> 4) & 15];
+        o[5] = HEX[u & 15];
+        o += 6;
+        p += n;
+    }
+    const int32_t rc = vxstr_append_with_length(env, allocator, string, buf,
+                                                static_cast<uint32_t>(o - buf));
+    vx_free(env, allocator, buf);
+    return rc < 0 ? rc : 0;
+}
+
+namespace {
+
+constexpr int32_t LINE_ALLOC_SOLVE = 2820;   // output of the SQL literal check
+constexpr int32_t LINE_ALLOC_DEFAULT = 1613; // output of the default value
+
+} // namespace
+
+// Walks an SQL string literal with three flags: after a backslash (P), the
+// last output an escaped backslash (D), inside double quotes (Q).  An escape
+// that MySQL mode cannot take is an error; "\0" ends the text.
+VXJSON_API int32_t json_org_str_escape_solve_for_mysql(void *env, vx_allocator *allocator,
+                                                       const char *text, uint32_t len,
+                                                       char **out, uint32_t *out_len) {
+    *out = nullptr;
+    *out_len = 0;
+    if (len == 0) return 0;
+    auto *buf = static_cast<char *>(vx_alloc(env, allocator, 2 * size_t(len), SRC_JSON,
+                                             LINE_ALLOC_SOLVE));
+    if (!buf) return NOMEM;
+    charset_cache cs;
+    const auto *p = reinterpret_cast<const unsigned char *>(text);
+    const auto *e = p + len;
+    char *o = buf;
+    bool pending = false, escaped_backslash = false, in_quotes = false, bad = false;
+    while (p < e && !bad) {
+        const size_t n = char_len(cs, p, static_cast<size_t>(e - p));
+        if (n > static_cast<size_t>(e - p)) break;
+        if (n > 1) {
+            std::memcpy(o, p, n);
+            o += n;
+            p += n;
+            pending = escaped_backslash = false;
+            continue;
+        }
+        const unsigned char c = *p++;
+        switch (c) {
+        case '\\':
+            if (pending) {
+                *o++ = '\\';
+                escaped_backslash = !escaped_backslash;
+                pending = false;
+            } else {
+                pending = true;
+            }
+            continue;
+        case '"':
+            *o++ = '"';
+            in_quotes = in_quotes ? escaped_backslash : true;
+            escaped_backslash = pending = false;
+            continue;
+        case 't':
+        case 'n':
+        case 'r':
+            if (!pending) break;
+            if (in_quotes) {
+                bad = true;
+                continue;
+            }
+            *o++ = ' ';
+            pending = escaped_backslash = false;
+            continue;
+        case '_':
+        case 'b':
+        case '%':
+            if (!pending) break;
+            bad = true;
+            continue;
+        case '0':
+            if (!pending) break;
+            pending = false;
+            p = e; // the rest of the text is ignored
+            continue;
+        case '\'':
+            if (!pending) break;
+            if (!in_quotes) {
+                bad = true;
+                continue;
+            }
+            *o++ = '\'';
+            pending = escaped_backslash = false;
+            continue;
+        default:
+            break;
+        }
+        // Copied as it is; a backslash before it is dropped.
+        *o++ = static_cast<char>(c);
+        pending = escaped_backslash = false;
+    }
+    if (bad || pending || in_quotes) {
+        vx_free(env, allocator, buf);
+        return VXJSON_ERR_INVALID_JSON;
+    }
+    *out = buf;
+    *out_len = static_cast<uint32_t>(o - buf);
+    return 0;
+}
+
+// A column default is stored with MySQL escapes; its value has them
+// decoded.  With an assignment field other than 0 a lone trailing
+// backslash is tolerated and dropped.
+VXJSON_API int32_t json_default_value_remove_escape_for_mysql(void *env,
+                                                              vx_allocator *allocator,
+                                                              const vx_nstr *src, vx_nstr *dst) {
+    if (src->len == 0) return 0;
+    auto *buf = static_cast<char *>(vx_alloc(env, allocator, src->len, SRC_JSON,
+                                             LINE_ALLOC_DEFAULT));
+    if (!buf) return NOMEM;
+    charset_cache cs;
+    const auto *p = reinterpret_cast<const unsigned char *>(nstr_text(src));
+    const auto *e = p + src->len;
+    char *o = buf;
+    bool pending = false;
+    while (p < e) {
+        const size_t n = char_len(cs, p, static_cast<size_t>(e - p));
+        if (n > static_cast<size_t>(e - p)) break;
+        if (n > 1) {
+            std::memcpy(o, p, n);
+            o += n;
+            p += n;
+            pending = false;
+            continue;
+        }
+        const unsigned char c = *p++;
+        if (!pending) {
+            if (c == '\\')
+                pending = true;
+            else
+                *o++ = static_cast<char>(c);
+            continue;
+        }
+        pending = false;
+        switch (c) {
+        case 'n': *o++ = '\n'; break;
+        case 'b': *o++ = '\b'; break;
+        case 't': *o++ = '\t'; break;
+        case 'r': *o++ = '\r'; break;
+        case 'f': *o++ = '\f'; break;
+        default: *o++ = static_cast<char>(c); break;
+        }
+    }
+    int32_t rc;
+    const auto n = static_cast<uint32_t>(o - buf);
+    if (pending && src->assign == 0)
+        rc = VXJSON_ERR_LONE_BACKSLASH;
+    else if (src->assign == 0)
+        rc = nstr_assign_const_with_blank_no_clear(env, allocator, dst, buf, n);
+    else
+        rc = nstr_assign_const_ex2_no_clear(env, allocator, dst, buf, n, src->assign);
+    vx_free(env, allocator, buf);
+    return rc;
+}

@@ -1,0 +1,245 @@
+// Writing a tree as JSON text: one recursive family that dispatches on the
+// node type, with every name and string going through the string
+// conversion of escape.cpp.
+//
+// The family is instantiated once per layout (compact, pretty A, pretty B)
+// so that compact writing, the common case, carries no layout tests, and it
+// writes through a cursor into the output string, checking room once per
+// piece rather than once per byte.
+#include <charconv>
+#include <cstring>
+#include <type_traits>
+
+#include "escape_internal.h"
+#include "report.h"
+#include "vxtime.h"
+
+namespace vxjson {
+namespace {
+
+// Call sites named in error reports.
+constexpr int32_t LINE_MEMBER = 770;       // a member's name
+constexpr int32_t LINE_MEMBER_VALUE = 790; // a member's value
+constexpr int32_t LINE_ELEMENT = 1003;     // an array element
+constexpr int32_t LINE_ARRAY = 1043;       // an array's elements as a whole
+
+enum class layout { compact, a, b };
+
+template <layout L> using layout_t = std::integral_constant<layout, L>;
+
+struct writer {
+    out_buf o;
+    charset_cache cs;
+    uint32_t flags;
+    bool keep; // escape_mode != 0: string text is in source form
+};
+
+// A line feed and two blanks per level.
+inline bool indent(writer &w, uint32_t level) {
+    const size_t n = 1 + 2 * size_t(level);
+    if (!w.o.ensure(n)) return false;
+    w.o.p[0] = '\n';
+    std::memset(w.o.p + 1, ' ', n - 1);
+    w.o.p += n;
+    return true;
+}
+
+inline bool put(writer &w, const char *text, size_t n) {
+    if (!w.o.ensure(n)) return false;
+    w.o.put(text, n);
+    return true;
+}
+
+inline bool put(writer &w, char c) {
+    if (!w.o.ensure(1)) return false;
+    w.o.put(c);
+    return true;
+}
+
+inline bool is_container(const json_node *n) {
+    return n && (n->type == JSON_OBJECT || n->type == JSON_ARRAY);
+}
+
+// Names and member values are escaped for JSON when strings are decoded in
+// the tree, and written as stored when they are kept in source form.
+inline uint8_t member_conv(const writer &w) { return w.keep ? JSON_CONV_NONE : JSON_CONV_JSON; }
+
+int32_t scalar(writer &w, const json_node *node) {
+    switch (node->type) {
+    case JSON_INTEGER: {
+        if (!w.o.ensure(20)) return NOMEM;
+        w.o.p = std::to_chars(w.o.p, w.o.p + 20, node->ival).ptr;
+        return 0;
+    }
+    case JSON_DECIMAL:
+    case JSON_STRING:
+        return convert_into(w.o, w.cs, w.flags, node->str, node->str_len, 0, JSON_CONV_NONE);
+    case JSON_BOOLEAN:
+        if (node->bval) return put(w, "true", 4) ? 0 : NOMEM;
+        return put(w, "false", 5) ? 0 : NOMEM;
+    case JSON_NULL:
+        return put(w, "null", 4) ? 0 : NOMEM;
+    case JSON_DATE:
+    case JSON_DATETIME: {
+        char text[VXTIME_TEXT_MAX];
+        const int32_t rc = vxtime_to_char(
+            &node->dt, 16, node->type == JSON_DATE ? VXTIME_FMT_DATE : VXTIME_FMT_ISO, text);
+        if (rc < 0) return rc;
+        if (!w.o.ensure(size_t(rc) + 2)) return NOMEM;
+        w.o.put('"');
+        w.o.put(text, size_t(rc));
+        w.o.put('"');
+        return rc;
+    }
+    default:
+        return VXJSON_ERR_INVALID_JSON;
+    }
+}
+
+template <layout L>
+int32_t value(writer &w, const json_node *node, uint32_t level, uint32_t newline_first,
+              uint8_t conv);
+
+template <layout L> int32_t object(writer &w, const json_node *node, uint32_t level) {
+    if (!put(w, '{')) return NOMEM;
+    const json_keyval *kv = node->first_member;
+    if (!kv) {
+        if (L == layout::a && !indent(w, level)) return NOMEM;
+        return put(w, '}') ? 0 : NOMEM;
+    }
+    const uint8_t conv = member_conv(w);
+    for (; kv; kv = kv->next) {
+        if (L != layout::compact && !indent(w, level + 1)) return NOMEM;
+        int32_t rc = convert_into(w.o, w.cs, w.flags, kv->name, kv->name_len, 1, conv);
+        if (rc < 0) return report_json(rc, LINE_MEMBER);
+        bool ok;
+        if constexpr (L == layout::a)
+            ok = put(w, " : ", 3);
+        else if constexpr (L == layout::b)
+            ok = put(w, ": ", 2);
+        else
+            ok = put(w, ':');
+        if (!ok) return report_json(NOMEM, LINE_MEMBER);
+        rc = value<L>(w, kv->value, level + 1, L == layout::a && is_container(kv->value), conv);
+        if (rc < 0) return report_json(rc, LINE_MEMBER_VALUE);
+        if (kv->next && !put(w, ',')) return report_json(NOMEM, LINE_MEMBER_VALUE);
+    }
+    if (L != layout::compact && !indent(w, level)) return NOMEM;
+    return put(w, '}') ? 0 : NOMEM;
+}
+
+template <layout L>
+int32_t items(writer &w, const json_node *node, uint32_t level, uint32_t newline_first,
+              uint8_t conv) {
+    // An array whose element list was never converted has no items yet.
+    const uint32_t count = node->items ? node->count : 0;
+    for (uint32_t i = 0; i < count; ++i) {
+        if (i && !put(w, ',')) return report_json(NOMEM, LINE_ELEMENT);
+        const int32_t rc = value<L>(w, node->items[i], level, newline_first, conv);
+        if (rc < 0) return report_json(rc, LINE_ELEMENT);
+    }
+    return 0;
+}
+
+template <layout L> int32_t array(writer &w, const json_node *node, uint32_t level) {
+    if (!put(w, '[')) return NOMEM;
+    const int32_t rc = items<L>(w, node, level + 1, 1, member_conv(w));
+    if (rc < 0) return report_json(rc, LINE_ARRAY);
+    if ((L == layout::a || (L == layout::b && node->items && node->count)) && !indent(w, level))
+        return NOMEM;
+    return put(w, ']') ? 0 : NOMEM;
+}
+
+template <layout L>
+int32_t value(writer &w, const json_node *node, uint32_t level, uint32_t newline_first,
+              uint8_t conv) {
+    if (!node) return VXJSON_ERR_INVALID_JSON;
+    if (L != layout::compact && newline_first && !indent(w, level)) return NOMEM;
+    switch (node->type) {
+    case JSON_ARRAY:
+        return array<L>(w, node, level);
+    case JSON_OBJECT:
+        return object<L>(w, node, level);
+    case JSON_STRING: {
+        // A decoded string is escaped for JSON output and left alone for
+        // plain output; a string kept in source form the other way round; a
+        // string that never held an escape is written as it is.
+        uint8_t c = conv;
+        if (!node->str_flags)
+            c = JSON_CONV_NONE;
+        else if (!w.keep ? conv == JSON_CONV_PLAIN : conv == JSON_CONV_JSON)
+            c = JSON_CONV_NONE;
+        return convert_into(w.o, w.cs, w.flags, node->str, node->str_len,
+                            conv != JSON_CONV_PLAIN, c);
+    }
+    default:
+        return scalar(w, node);
+    }
+}
+
+// Runs `f` with the layout that the flag word selects: bit 1 is layout A
+// whatever else is set, layout B only when the whole word is 4.
+template <class F> int32_t with_layout(writer &w, F &&f) {
+    int32_t rc;
+    if (w.flags & JSON_FMT_PRETTY_A)
+        rc = f(layout_t<layout::a>{});
+    else if (w.flags == JSON_FMT_PRETTY_B)
+        rc = f(layout_t<layout::b>{});
+    else
+        rc = f(layout_t<layout::compact>{});
+    w.o.finish();
+    return rc;
+}
+
+writer make_writer(jlpca_ctx *ctx, vx_allocator *allocator, vxstr *string, uint32_t flags) {
+    return writer{out_buf(ctx ? ctx->env : nullptr, allocator, string), charset_cache{}, flags,
+                  ctx && ctx->escape_mode != JLPCA_ESCAPE_DECODE};
+}
+
+} // namespace
+} // namespace vxjson
+
+using namespace vxjson;
+
+VXJSON_API int32_t json_to_string(jlpca_ctx *ctx, vx_allocator *allocator, vxstr *string,
+                                  const json_node *node, uint32_t flags, uint32_t level,
+                                  uint32_t newline_first, uint8_t conv) {
+    if (string->failed) return NOMEM;
+    writer w = make_writer(ctx, allocator, string, flags);
+    return with_layout(w, [&](auto l) { return value<decltype(l)::value>(w, node, level, newline_first, conv); });
+}
+
+VXJSON_API int32_t json_object_to_string(jlpca_ctx *ctx, vx_allocator *allocator, vxstr *string,
+                                         const json_node *node, uint32_t flags, uint32_t level) {
+    if (string->failed) return NOMEM;
+    writer w = make_writer(ctx, allocator, string, flags);
+    return with_layout(w, [&](auto l) { return object<decltype(l)::value>(w, node, level); });
+}
+
+VXJSON_API int32_t json_array_to_string(jlpca_ctx *ctx, vx_allocator *allocator, vxstr *string,
+                                        const json_node *node, uint32_t flags, uint32_t level) {
+    if (string->failed) return NOMEM;
+    writer w = make_writer(ctx, allocator, string, flags);
+    return with_layout(w, [&](auto l) { return array<decltype(l)::value>(w, node, level); });
+}
+
+VXJSON_API int32_t json_array_items_to_string(jlpca_ctx *ctx, vx_allocator *allocator,
+                                              vxstr *string, const json_node *node,
+                                              uint32_t flags, uint32_t level,
+                                              uint32_t newline_first, uint8_t conv) {
+    if (string->failed) return NOMEM;
+    writer w = make_writer(ctx, allocator, string, flags);
+    return with_layout(w,
+                       [&](auto l) { return items<decltype(l)::value>(w, node, level, newline_first, conv); });
+}
+
+// A date or datetime returns the length of its text; every other scalar 0.
+VXJSON_API int32_t json_scalar_to_string(void *env, vx_allocator *allocator, vxstr *string,
+                                         const json_node *node, uint32_t flags) {
+    if (string->failed) return NOMEM;
+    if (!node) return VXJSON_ERR_INVALID_JSON;
+    writer w{out_buf(env, allocator, string), charset_cache{}, flags, false};
+    const int32_t rc = scalar(w, node);
+    w.o.finish();
+    return rc;
+}

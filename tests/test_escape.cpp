@@ -1,0 +1,442 @@
+// String escaping: the two escape tables, standard and MySQL escaping, the
+// \u conversion and the MySQL literal routines in every character set, the
+// choices of json_string_convert, and every out-of-memory path.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+
+#include "text_fixture.h"
+#include "vx_charset.h"
+#include "vx_nstr.h"
+
+namespace {
+
+constexpr int32_t GB = 0, UTF8 = 1, EUCKR = 2, SINGLE = 3; // configuration values
+
+template <class Row> std::string row_name(const ::testing::TestParamInfo<Row> &info) {
+    return info.param.id;
+}
+
+// ------------------------------------------------------------------
+// Tables
+// ------------------------------------------------------------------
+
+TEST(Tables, OnlySevenBytesEscapeAndMysqlAddsTheExistingLetters) {
+    const std::string std_bytes = "\b\t\n\f\r\"\\";
+    const std::string std_letters = "btnfr\"\\";
+    for (int c = 0; c < 256; ++c) {
+        const size_t at = std_bytes.find(char(c));
+        const int32_t want_std = at == std::string::npos ? 0 : std_letters[at];
+        EXPECT_EQ(json_get_lit_escape(uint8_t(c)), want_std) << c;
+        const bool letter = std::strchr("btnfr", c) && c != 0;
+        EXPECT_EQ(json_get_lit_escape_for_mysql(uint8_t(c)), letter ? c : want_std) << c;
+    }
+}
+
+// ------------------------------------------------------------------
+// Standard and MySQL escaping, per character set
+// ------------------------------------------------------------------
+
+struct EscapeRow {
+    const char *id;
+    int32_t charset;
+    std::string in;
+    int32_t rc;
+    std::string out;
+};
+
+class StdEscape : public ::testing::TestWithParam<EscapeRow> {};
+
+TEST_P(StdEscape, Escapes) {
+    const EscapeRow &r = GetParam();
+    CharsetScope cs(r.charset);
+    OutString o;
+    char *out = nullptr;
+    uint32_t n = 0;
+    ASSERT_EQ(json_string_from_value_add_escape(nullptr, &o.alloc, r.in.data(), uint32_t(r.in.size()),
+                                                &out, &n),
+              r.rc);
+    EXPECT_EQ(bytes(out, n), r.out);
+    if (out) vx_free(nullptr, &o.alloc, out);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, StdEscape,
+    ::testing::Values(
+        EscapeRow{"empty", UTF8, "", 0, ""},
+        EscapeRow{"controls", UTF8, "\b\t\n\f\r", 0, "\\b\\t\\n\\f\\r"},
+        EscapeRow{"quote_backslash", UTF8, "a\"b\\c", 0, "a\\\"b\\\\c"},
+        EscapeRow{"slash_and_byte1_kept", UTF8, "/\x01\x0b\x1f\x7f", 0, "/\x01\x0b\x1f\x7f"},
+        EscapeRow{"long_run_then_escape", UTF8, "abcdefghijklmnopqrstuvwxyz\"", 0,
+                  "abcdefghijklmnopqrstuvwxyz\\\""},
+        EscapeRow{"escape_in_every_lane", UTF8, "\"1234567\n1234567\\", 0,
+                  "\\\"1234567\\n1234567\\\\"},
+        EscapeRow{"utf8_only_multibyte", UTF8, "\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80", 0,
+                  "\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"},
+        EscapeRow{"utf8_malformed_bytes_copied", UTF8, "\xFF\x80\"", 0, "\xFF\x80\\\""},
+        EscapeRow{"utf8_cut_at_end_copied", UTF8, "a\xE4\xB8", 0, "a\xE4\xB8"},
+        EscapeRow{"utf8_lead_then_quote", UTF8, "\xE4\"x", 0, "\xE4\\\"x"},
+        EscapeRow{"gb_trail_backslash_not_escaped", GB, "\x81\x5C\\", 0, "\x81\x5C\\\\"},
+        EscapeRow{"gb_four_byte_swallows_quote", GB, "\x81\x22\x30\x30\"", 0,
+                  "\x81\x22\x30\x30\\\""},
+        EscapeRow{"gb_cut_at_end_dropped", GB, "ab\x81", 0, "ab"},
+        EscapeRow{"gb_cut_four_byte_dropped", GB, "ab\x81\x30\x81", 0, "ab"},
+        EscapeRow{"gb_two_byte_at_end_kept", GB, "ab\xD6\xD0", 0, "ab\xD6\xD0"},
+        EscapeRow{"utf8_same_bytes_escaped", UTF8, "\x81\x5C", 0, "\x81\\\\"},
+        EscapeRow{"euckr_pair_kept", EUCKR, "\xB0\xA1\n", 0, "\xB0\xA1\\n"},
+        EscapeRow{"euckr_cut_at_end_dropped", EUCKR, "x\xB0", 0, "x"},
+        EscapeRow{"single_byte_set_every_byte_alone", SINGLE, "\xE9\x81\x5C", 0,
+                  "\xE9\x81\\\\"}),
+    row_name<EscapeRow>);
+
+class MysqlEscape : public ::testing::TestWithParam<EscapeRow> {};
+
+TEST_P(MysqlEscape, KeepsExistingEscapes) {
+    const EscapeRow &r = GetParam();
+    CharsetScope cs(r.charset);
+    OutString o;
+    char *out = nullptr;
+    uint32_t n = 0;
+    EXPECT_EQ(json_string_from_value_add_escape_for_mysql(nullptr, &o.alloc, r.in.data(),
+                                                          uint32_t(r.in.size()), &out, &n),
+              r.rc);
+    EXPECT_EQ(bytes(out, n), r.out) << "the output is returned even with -2206";
+    if (out) vx_free(nullptr, &o.alloc, out);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, MysqlEscape,
+    ::testing::Values(
+        EscapeRow{"empty", UTF8, "", 0, ""},
+        EscapeRow{"raw_line_feed", UTF8, "\n", 0, "\\n"},
+        EscapeRow{"existing_escape_kept", UTF8, "\\n\\t\\b\\f\\r", 0, "\\n\\t\\b\\f\\r"},
+        EscapeRow{"unknown_letter_loses_backslash", UTF8, "\\u0041", 0, "u0041"},
+        EscapeRow{"escaped_backslash_and_quote", UTF8, "\\\\\\\"", 0, "\\\\\\\""},
+        EscapeRow{"raw_quote", UTF8, "\"", 0, "\\\""},
+        EscapeRow{"raw_control_after_backslash", UTF8, "\\\b", 0, "\\b"},
+        EscapeRow{"letter_without_backslash", UTF8, "bn", 0, "bn"},
+        EscapeRow{"lone_trailing_backslash", UTF8, "abc\\", VXJSON_ERR_LONE_BACKSLASH, "abc"},
+        EscapeRow{"backslash_before_multibyte_lost", UTF8, "\\\xC3\xA9n", 0, "\xC3\xA9n"},
+        EscapeRow{"gb_trail_backslash_is_no_escape", GB, "\x81\x5Cn", 0, "\x81\x5Cn"},
+        EscapeRow{"gb_trail_then_lone_backslash", GB, "\x81\x5C\\", VXJSON_ERR_LONE_BACKSLASH,
+                  "\x81\x5C"},
+        EscapeRow{"utf8_same_bytes_escape_n", UTF8, "\x81\x5Cn", 0, "\x81\\n"}),
+    row_name<EscapeRow>);
+
+// The eight-byte scanner against a byte-at-a-time reading of the rules, on
+// random texts in every character set.
+std::string reference_std_escape(const std::string &in, int32_t charset) {
+    std::string out;
+    for (size_t i = 0; i < in.size();) {
+        unsigned char pad[8] = {};
+        std::memcpy(pad, in.data() + i, std::min<size_t>(4, in.size() - i));
+        const size_t n = size_t(encoding_mblen(charset, pad, 0));
+        if (i + n > in.size()) break;
+        if (n > 1) {
+            out.append(in, i, n);
+        } else if (int32_t l = json_get_lit_escape(uint8_t(in[i]))) {
+            out += '\\';
+            out += char(l);
+        } else {
+            out += in[i];
+        }
+        i += n;
+    }
+    return out;
+}
+
+TEST(StdEscapeProperty, AgreesWithTheByteWiseRulesOnRandomText) {
+    std::mt19937 rng(20240611);
+    const char alphabet[] = "ab\"\\\n\t\x01\x81\x30\x5C\xC3\xA9\xE4\xB8\xAD\xB0\xA1\xFF";
+    for (int32_t cfg : {GB, UTF8, EUCKR, SINGLE}) {
+        CharsetScope cs(cfg);
+        for (int iter = 0; iter < 3000; ++iter) {
+            std::string in(rng() % 40, ' ');
+            for (char &c : in) c = alphabet[rng() % (sizeof alphabet - 1)];
+            OutString o;
+            ASSERT_EQ(json_string_convert(nullptr, &o.alloc, o.s, 0, in.data(), uint32_t(in.size()),
+                                          0, JSON_CONV_JSON),
+                      0);
+            ASSERT_EQ(o.str(), reference_std_escape(in, vx_charset_from_config(cfg)))
+                << "charset " << cfg << " input " << ::testing::PrintToString(in);
+        }
+    }
+}
+
+// ------------------------------------------------------------------
+// \u conversion of non-ASCII characters
+// ------------------------------------------------------------------
+
+class AsciiConvert : public ::testing::TestWithParam<EscapeRow> {};
+
+TEST_P(AsciiConvert, WritesTheFirstUtf16Unit) {
+    const EscapeRow &r = GetParam();
+    CharsetScope cs(r.charset);
+    OutString o;
+    vxstr_append(nullptr, &o.alloc, o.s, "<");
+    EXPECT_EQ(json_string_convert_ascii(nullptr, &o.alloc, o.s, 1, r.in.data(), uint32_t(r.in.size())),
+              r.rc);
+    EXPECT_EQ(o.str(), r.out);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, AsciiConvert,
+    ::testing::Values(
+        EscapeRow{"ascii_untouched", UTF8, "a\"\\\n", 0, "<a\"\\\n"},
+        EscapeRow{"e_acute", UTF8, "\xC3\xA9", 0, "<\\u00E9"},
+        EscapeRow{"euro_upper_hex", UTF8, "x\xE2\x82\xAC", 0, "<x\\u20AC"},
+        EscapeRow{"beyond_bmp_keeps_high_surrogate", UTF8, "\xF0\x9F\x98\x80", 0, "<\\uD83D"},
+        EscapeRow{"malformed_byte_copied", UTF8, "\xFF", 0, "<\xFF"},
+        EscapeRow{"gb_two_byte", GB, "\xD6\xD0", 0, "<\\u4E2D"},
+        EscapeRow{"gb_four_byte", GB, "\x81\x30\x81\x30", 0, "<\\u0080"},
+        EscapeRow{"gb_cut_at_end_dropped", GB, "a\x81", 0, "<a"},
+        EscapeRow{"euckr_pair", EUCKR, "\xB0\xA1", 0, "<\\uAC00"},
+        EscapeRow{"euckr_unconvertible", EUCKR, "a\xA1\x41", VXJSON_ERR_INVALID_JSON, "<"},
+        EscapeRow{"single_byte_set_never_escapes", SINGLE, "\xE9", 0, "<\xE9"}),
+    row_name<EscapeRow>);
+
+// ------------------------------------------------------------------
+// json_string_convert: quoting, the conversion choice, reports
+// ------------------------------------------------------------------
+
+struct ConvertRow {
+    const char *id;
+    int32_t charset;
+    uint32_t flags;
+    std::string in;
+    int32_t quote;
+    uint8_t conv;
+    int32_t rc;
+    std::string out;
+    std::vector<std::pair<int32_t, int32_t>> reports;
+};
+
+class Convert : public ::testing::TestWithParam<ConvertRow> {};
+
+TEST_P(Convert, QuotesConvertsAndReports) {
+    const ConvertRow &r = GetParam();
+    CharsetScope cs(r.charset);
+    OutString o;
+    elog_trail_clear();
+    EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, r.flags, r.in.data(), uint32_t(r.in.size()),
+                                  r.quote, r.conv),
+              r.rc);
+    EXPECT_EQ(o.str(), r.out);
+    EXPECT_EQ(o.s->buf[o.s->len], '\0');
+    EXPECT_EQ(trail(), r.reports);
+}
+
+const std::vector<std::pair<int32_t, int32_t>> NONE;
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Convert,
+    ::testing::Values(
+        ConvertRow{"empty_quoted", UTF8, 0, "", 1, JSON_CONV_JSON, 0, "\"\"", NONE},
+        ConvertRow{"empty_unquoted", UTF8, 0, "", 0, JSON_CONV_JSON, 0, "", NONE},
+        ConvertRow{"empty_not_converted", UTF8, 1, "", 1, JSON_CONV_PLAIN, 0, "\"\"", NONE},
+        ConvertRow{"quote_only_when_one", UTF8, 0, "x", 2, JSON_CONV_NONE, 0, "x", NONE},
+        ConvertRow{"as_stored", UTF8, 0, "a\"b\n", 1, JSON_CONV_NONE, 0, "\"a\"b\n\"", NONE},
+        ConvertRow{"standard", UTF8, 0, "a\"b\n", 1, JSON_CONV_JSON, 0, "\"a\\\"b\\n\"", NONE},
+        ConvertRow{"mysql", UTF8, 0, "a\\qb\n", 1, JSON_CONV_MYSQL, 0, "\"aqb\\n\"", NONE},
+        ConvertRow{"mysql_lone_backslash", UTF8, 0, "ab\\", 1, JSON_CONV_MYSQL,
+                   VXJSON_ERR_LONE_BACKSLASH, "\"", {{VXJSON_ERR_LONE_BACKSLASH, 692}}},
+        ConvertRow{"unknown_conv_is_none", UTF8, 0, "a\n", 1, 7, 0, "\"a\n\"", NONE},
+        ConvertRow{"ascii_as_stored", UTF8, 1, "\xC3\xA9\n", 0, JSON_CONV_NONE, 0, "\\u00E9\n",
+                   NONE},
+        ConvertRow{"ascii_after_standard", UTF8, 3, "\xC3\xA9\n", 1, JSON_CONV_JSON, 0,
+                   "\"\\u00E9\\n\"", NONE},
+        ConvertRow{"ascii_after_mysql", UTF8, 1, "\\n\xC3\xA9", 1, JSON_CONV_MYSQL, 0,
+                   "\"\\n\\u00E9\"", NONE},
+        ConvertRow{"ascii_failure_reported", EUCKR, 1, "\xA1\x41", 1, JSON_CONV_JSON,
+                   VXJSON_ERR_INVALID_JSON, "\"", {{VXJSON_ERR_INVALID_JSON, 717}}},
+        ConvertRow{"gb_trail_quote_stays_inside", GB, 0, "\x81\x22\x30\x30", 1, JSON_CONV_JSON, 0,
+                   "\"\x81\x22\x30\x30\"", NONE}),
+    row_name<ConvertRow>);
+
+// ------------------------------------------------------------------
+// MySQL literal routines
+// ------------------------------------------------------------------
+
+class SolveLiteral : public ::testing::TestWithParam<EscapeRow> {};
+
+TEST_P(SolveLiteral, ChecksAndSimplifies) {
+    const EscapeRow &r = GetParam();
+    CharsetScope cs(r.charset);
+    OutString o;
+    char *out = nullptr;
+    uint32_t n = 0;
+    EXPECT_EQ(json_org_str_escape_solve_for_mysql(nullptr, &o.alloc, r.in.data(), uint32_t(r.in.size()),
+                                                  &out, &n),
+              r.rc);
+    EXPECT_EQ(bytes(out, n), r.out);
+    if (out) vx_free(nullptr, &o.alloc, out);
+}
+
+constexpr int32_t BAD = VXJSON_ERR_INVALID_JSON;
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, SolveLiteral,
+    ::testing::Values(
+        EscapeRow{"plain", UTF8, "abc", 0, "abc"},
+        EscapeRow{"escaped_backslash", UTF8, "a\\\\b", 0, "a\\b"},
+        EscapeRow{"quoted", UTF8, "\"x\"", 0, "\"x\""},
+        EscapeRow{"open_quote_at_end", UTF8, "\"x", BAD, ""},
+        EscapeRow{"tab_escape_outside_quotes_is_blank", UTF8, "a\\tb\\nc\\r", 0, "a b c "},
+        EscapeRow{"tab_escape_inside_quotes", UTF8, "\"\\t\"", BAD, ""},
+        EscapeRow{"underscore_escape", UTF8, "\\_", BAD, ""},
+        EscapeRow{"b_escape", UTF8, "\\b", BAD, ""},
+        EscapeRow{"percent_escape", UTF8, "\\%", BAD, ""},
+        EscapeRow{"letters_without_backslash", UTF8, "tnr_b%0'", 0, "tnr_b%0'"},
+        EscapeRow{"zero_escape_ends_text", UTF8, "ab\\0\"cd", 0, "ab"},
+        EscapeRow{"zero_escape_inside_open_quote", UTF8, "\"ab\\0cd\"", BAD, ""},
+        EscapeRow{"escaped_single_quote_outside", UTF8, "\\'", BAD, ""},
+        EscapeRow{"escaped_single_quote_inside", UTF8, "\"\\'\"", 0, "\"'\""},
+        EscapeRow{"other_escape_drops_backslash", UTF8, "\\x\\\xC3\xA9", 0, "x\xC3\xA9"},
+        EscapeRow{"pending_backslash_at_end", UTF8, "x\\", BAD, ""},
+        EscapeRow{"escaped_quote_opens", UTF8, "\\\"", BAD, ""},
+        EscapeRow{"escaped_quotes_pair", UTF8, "\\\"\\\"", 0, "\"\""},
+        EscapeRow{"quote_after_escaped_backslash_stays_open", UTF8, "\"\\\\\"", BAD, ""},
+        EscapeRow{"escaped_backslash_then_letter_closes", UTF8, "\"\\\\a\"", 0, "\"\\a\""},
+        EscapeRow{"gb_trail_backslash_is_content", GB, "\x81\x5Ct", 0, "\x81\x5Ct"},
+        EscapeRow{"utf8_same_bytes_escape", UTF8, "\x81\x5Ct", 0, "\x81 "}),
+    row_name<EscapeRow>);
+
+struct DefaultRow {
+    const char *id;
+    int32_t charset;
+    std::string in;
+    uint32_t assign;
+    int32_t rc;
+    std::string out; // value of dst afterwards ("-" when unchanged)
+};
+
+class DefaultValue : public ::testing::TestWithParam<DefaultRow> {};
+
+TEST_P(DefaultValue, RemovesEscapes) {
+    const DefaultRow &r = GetParam();
+    CharsetScope cs(r.charset);
+    OutString o;
+    vx_nstr src{}, dst{};
+    ASSERT_EQ(nstr_assign_const_ex2_no_clear(nullptr, &o.alloc, &src, r.in.data(),
+                                             uint32_t(r.in.size()), r.assign),
+              0);
+    ASSERT_EQ(nstr_assign_const_with_blank_no_clear(nullptr, &o.alloc, &dst, "-", 1), 0);
+    dst.assign = 99;
+    EXPECT_EQ(json_default_value_remove_escape_for_mysql(nullptr, &o.alloc, &src, &dst), r.rc);
+    EXPECT_EQ(std::string(nstr_text(&dst), dst.len), r.out);
+    if (r.out != "-") {
+        EXPECT_EQ(dst.assign, r.assign);
+    }
+    if (src.len >= VX_NSTR_INLINE) vx_free(nullptr, &o.alloc, src.u.text);
+    if (dst.len >= VX_NSTR_INLINE) vx_free(nullptr, &o.alloc, dst.u.text);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, DefaultValue,
+    ::testing::Values(
+        DefaultRow{"empty_changes_nothing", UTF8, "", 0, 0, "-"},
+        DefaultRow{"letters", UTF8, "a\\nb\\bc\\td\\re\\f", 0, 0, "a\nb\bc\td\re\f"},
+        DefaultRow{"letters_alone", UTF8, "nbtrf", 0, 0, "nbtrf"},
+        DefaultRow{"double_backslash", UTF8, "\\\\n", 0, 0, "\\n"},
+        DefaultRow{"other_escape", UTF8, "\\q\\'", 0, 0, "q'"},
+        DefaultRow{"lone_backslash_fails", UTF8, "ab\\", 0, VXJSON_ERR_LONE_BACKSLASH, "-"},
+        DefaultRow{"lone_backslash_dropped", UTF8, "ab\\", 2, 0, "ab"},
+        DefaultRow{"long_text_through_pointer",
+                   UTF8, std::string(60, 'x') + "\\n", 1, 0, std::string(60, 'x') + "\n"},
+        DefaultRow{"gb_trail_backslash_is_content", GB, "\x81\x5Cn", 0, 0, "\x81\x5Cn"},
+        DefaultRow{"backslash_before_multibyte_lost", UTF8, "\\\xC3\xA9", 0, 0, "\xC3\xA9"}),
+    row_name<DefaultRow>);
+
+// ------------------------------------------------------------------
+// Out of memory
+// ------------------------------------------------------------------
+
+using OutFn = int32_t (*)(void *, vx_allocator *, const char *, uint32_t, char **, uint32_t *);
+
+TEST(OutOfMemory, EveryTemporaryTextAllocation) {
+    for (OutFn fn : {json_string_from_value_add_escape, json_string_from_value_add_escape_for_mysql,
+                     json_org_str_escape_solve_for_mysql}) {
+        OutString o;
+        o.fail_after(0);
+        char *out = reinterpret_cast<char *>(&o);
+        uint32_t n = 7;
+        EXPECT_EQ(fn(nullptr, &o.alloc, "ab", 2, &out, &n), VXJSON_ERR_NOMEM);
+        EXPECT_EQ(out, nullptr);
+        EXPECT_EQ(n, 0u);
+    }
+    OutString o;
+    o.fail_after(0);
+    EXPECT_EQ(json_string_convert_ascii(nullptr, &o.alloc, o.s, 1, "\xC3\xA9", 2), VXJSON_ERR_NOMEM);
+    EXPECT_EQ(o.str(), "");
+}
+
+TEST(OutOfMemory, DefaultValueBufferAndAssignment) {
+    const std::string text(60, 'y');
+    for (uint64_t calls : {0, 1}) {
+        OutString o;
+        vx_nstr src{}, dst{};
+        ASSERT_EQ(nstr_assign_const_with_blank_no_clear(nullptr, &o.alloc, &src, text.data(),
+                                                        uint32_t(text.size())),
+                  0);
+        o.fail_after(calls);
+        EXPECT_EQ(json_default_value_remove_escape_for_mysql(nullptr, &o.alloc, &src, &dst),
+                  VXJSON_ERR_NOMEM)
+            << calls;
+        EXPECT_EQ(dst.len, 0u);
+        vx_free(nullptr, &o.alloc, src.u.text);
+    }
+}
+
+struct NomemRow {
+    const char *id;
+    uint32_t flags;
+    uint8_t conv;
+    uint64_t calls; // allocations that succeed
+    std::vector<std::pair<int32_t, int32_t>> reports;
+};
+
+class ConvertOutOfMemory : public ::testing::TestWithParam<NomemRow> {};
+
+TEST_P(ConvertOutOfMemory, FailsWithNomemAndReleasesEverything) {
+    const NomemRow &r = GetParam();
+    const std::string text = "\xC3\xA9" + std::string(200, 'z') + "\n";
+    OutString o(4);
+    o.fail_after(r.calls);
+    elog_trail_clear();
+    EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, r.flags, text.data(), uint32_t(text.size()),
+                                  1, r.conv),
+              VXJSON_ERR_NOMEM);
+    EXPECT_EQ(trail(), r.reports);
+    EXPECT_LE(o.s->len, o.s->cap);
+    EXPECT_EQ(o.s->buf[o.s->len], '\0');
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, ConvertOutOfMemory,
+    ::testing::Values(
+        NomemRow{"direct_growth", 0, JSON_CONV_JSON, 0, {}},
+        NomemRow{"as_stored_growth", 0, JSON_CONV_NONE, 0, {}},
+        NomemRow{"standard_temporary", 1, JSON_CONV_JSON, 0, {{VXJSON_ERR_NOMEM, 687}}},
+        NomemRow{"mysql_temporary", 0, JSON_CONV_MYSQL, 0, {{VXJSON_ERR_NOMEM, 692}}},
+        NomemRow{"mysql_then_growth", 0, JSON_CONV_MYSQL, 1, {}},
+        NomemRow{"plain_string_record", 0, JSON_CONV_PLAIN, 0, {{VXJSON_ERR_NOMEM, 945},
+                                                                {VXJSON_ERR_NOMEM, 697}}},
+        NomemRow{"plain_string_text", 0, JSON_CONV_PLAIN, 1, {{VXJSON_ERR_NOMEM, 945},
+                                                              {VXJSON_ERR_NOMEM, 697}}},
+        NomemRow{"ascii_buffer", 1, JSON_CONV_NONE, 0, {{VXJSON_ERR_NOMEM, 717}}},
+        NomemRow{"ascii_after_standard", 1, JSON_CONV_JSON, 1, {{VXJSON_ERR_NOMEM, 717}}}),
+    row_name<NomemRow>);
+
+TEST(OutOfMemory, FailedStringTakesNoMoreText) {
+    OutString o(4);
+    o.fail_after(0);
+    EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, 0, "abcdefgh", 8, 1, JSON_CONV_NONE),
+              VXJSON_ERR_NOMEM);
+    o.fail_after(UINT64_MAX);
+    EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, 0, "a", 1, 0, JSON_CONV_NONE),
+              VXJSON_ERR_NOMEM)
+        << "the first failure is sticky";
+}
+
+} // namespace
