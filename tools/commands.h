@@ -1,0 +1,44 @@
+// The commands of the vxjson tool and what they share: exit statuses, the
+// form of messages, and the walk over the documents of the inputs.
+#ifndef VXJSON_TOOL_COMMANDS_H
+#define VXJSON_TOOL_COMMANDS_H
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "options.h"
+#include "session.h"
+
+namespace vxcli {
+
+// Exit statuses.
+constexpr int EXIT_GOOD = 0;     // everything valid, or a predicate answered
+constexpr int EXIT_INVALID = 1;  // some input is not well-formed (check, format)
+constexpr int EXIT_TROUBLE = 2;  // bad arguments, unreadable input, an operation failed
+
+// "vxjson: MESSAGE" on standard error.
+void tool_error(const std::string &message);
+// "NAME:LINE: error CODE: MESSAGE" on standard error.
+void report_failure(const std::string &name, uint64_t line, const read_failure &why);
+
+// What handling one document came to.
+enum class doc_result { ok, bad, fatal };
+using doc_action =
+    std::function<doc_result(std::string_view text, const std::string &name, uint64_t line)>;
+
+// Runs `act` over every document: each whole input, or with --lines each
+// non-blank line, resetting the session in between.  Returns the exit status.
+int run_documents(const command_line &cl, session &s, const doc_action &act);
+
+int run_check(command_line &cl);
+int run_format(command_line &cl);
+
+// Tree operations on two or more documents.
+enum class op_kind { equal, contains, overlaps, merge_patch, merge_preserve, concat, strip_nulls };
+int run_op(op_kind op, command_line &cl);
+
+}  // namespace vxcli
+
+#endif

@@ -1,0 +1,101 @@
+// The walk over documents shared by check and format: whole inputs one by
+// one, or JSON Lines streams line by line in bounded memory, with a count
+// of bad lines at the end.
+#include <cstdio>
+
+#include "commands.h"
+#include "input.h"
+
+namespace vxcli {
+
+namespace {
+
+// Output is handed to standard output in pieces of about this size.
+constexpr uint32_t FLUSH_AT = 1u << 20;
+
+bool is_blank_line(std::string_view line) {
+    for (char c : line)
+        if (c != ' ' && c != '\t' && c != '\r' && c != '\f') return false;
+    return true;
+}
+
+struct tally {
+    uint64_t docs = 0;
+    uint64_t bad = 0;
+    bool trouble = false;   // an input could not be read
+    bool fatal = false;     // stop everything
+
+    void count(doc_result r) {
+        ++docs;
+        if (r != doc_result::ok) ++bad;
+        if (r == doc_result::fatal) fatal = true;
+    }
+};
+
+void run_whole(const input_spec &in, session &s, const doc_action &act, tally &t) {
+    whole_input w;
+    std::string error;
+    if (!w.load(in, error)) {
+        tool_error(error);
+        t.trouble = true;
+        return;
+    }
+    t.count(act(w.text(), in.name, 1));
+    s.reset();
+    if (!s.flush()) t.fatal = true;
+}
+
+void run_lines(const input_spec &in, session &s, const doc_action &act, tally &t) {
+    line_source src;
+    std::string error;
+    if (!src.open(in, error)) {
+        tool_error(error);
+        t.trouble = true;
+        return;
+    }
+    std::string_view line;
+    while (!t.fatal && src.next(line)) {
+        if (is_blank_line(line)) continue;
+        t.count(act(line, in.name, src.line_number()));
+        s.reset();
+        if (!s.flush(FLUSH_AT)) t.fatal = true;
+    }
+    if (!src.error().empty()) {
+        tool_error(src.error());
+        t.trouble = true;
+    }
+}
+
+}  // namespace
+
+void tool_error(const std::string &message) {
+    std::fprintf(stderr, "vxjson: %s\n", message.c_str());
+}
+
+void report_failure(const std::string &name, uint64_t line, const read_failure &why) {
+    std::fprintf(stderr, "%s:%llu: error %d: %s\n", name.c_str(),
+                 static_cast<unsigned long long>(line), why.code, why.message.c_str());
+}
+
+int run_documents(const command_line &cl, session &s, const doc_action &act) {
+    command_line::inputs_t inputs = cl.inputs;
+    if (inputs.empty()) inputs.push_back({false, "-", "<stdin>"});
+    tally t;
+    for (const input_spec &in : inputs) {
+        if (t.fatal) break;
+        if (cl.lines) run_lines(in, s, act, t);
+        else run_whole(in, s, act, t);
+    }
+    if (!s.flush() || std::fflush(stdout) != 0) {
+        tool_error("cannot write to standard output");
+        t.fatal = true;
+    }
+    if (cl.lines && !cl.quiet)
+        std::fprintf(stderr, "vxjson: %llu line%s, %llu bad\n",
+                     static_cast<unsigned long long>(t.docs), t.docs == 1 ? "" : "s",
+                     static_cast<unsigned long long>(t.bad));
+    if (t.fatal || t.trouble) return EXIT_TROUBLE;
+    return t.bad ? EXIT_INVALID : EXIT_GOOD;
+}
+
+}  // namespace vxcli

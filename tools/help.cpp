@@ -1,0 +1,222 @@
+// Help texts, assembled once from a head per command and the shared
+// switch lists.
+#include "help.h"
+
+#include <cstring>
+#include <string>
+
+#include "options.h"
+
+namespace vxcli {
+
+namespace {
+
+const char GENERAL[] =
+    "vxjson - check, format and combine JSON documents with libvxjson\n"
+    "\n"
+    "usage: vxjson COMMAND [SWITCHES] [INPUT...]\n"
+    "       vxjson COMMAND --help | vxjson --help | vxjson --version\n"
+    "\n"
+    "commands:\n"
+    "  check [INPUT...]            is each input well-formed JSON?\n"
+    "  format [INPUT...]           write each input back, compact or pretty\n"
+    "  equal A B                   are A and B equal values? (true or false)\n"
+    "  contains A B                does A contain B? (true or false)\n"
+    "  overlaps A B                do A and B share a member or element?\n"
+    "  merge-patch A B [C...]      JSON_MERGE_PATCH of the inputs, left to right\n"
+    "  merge-preserve A B [C...]   JSON_MERGE_PRESERVE of the inputs, left to right\n"
+    "  concat A B                  A || B, PostgreSQL jsonb concatenation\n"
+    "  strip-nulls A               A without null-valued members (jsonb_strip_nulls)\n"
+    "\n"
+    "An INPUT is a file name, '-' for standard input, or -e TEXT for a JSON\n"
+    "text given inline.  check and format read standard input when given no\n"
+    "input; with --lines they read JSON Lines, one document per line.\n"
+    "\n"
+    "exit status: 0 all inputs valid (a predicate prints its answer and exits 0),\n"
+    "1 some input is not well-formed (check, format), 2 bad arguments, an\n"
+    "unreadable input, out of memory, or an operation that failed.\n"
+    "\n"
+    "examples:\n"
+    "  vxjson check data/*.json\n"
+    "  vxjson format --pretty examples/sample.json\n"
+    "  producer | vxjson format --lines --dialect mysql > compact.jsonl\n"
+    "  vxjson contains -e '{\"a\":[1,2]}' -e '{\"a\":[2]}'\n"
+    "\n"
+    "Run 'vxjson COMMAND --help' for the switches of a command.\n";
+
+const char CHECK[] =
+    "usage: vxjson check [SWITCHES] [INPUT...]\n"
+    "\n"
+    "Tells whether each input is a well-formed JSON document under the\n"
+    "reading switches.  Prints nothing for a good input and one line on\n"
+    "standard error for a bad one:\n"
+    "  NAME:LINE: error CODE: MESSAGE\n"
+    "CODE is the library's error code: -5 or -4 for a lexical error, -3105\n"
+    "for any other invalid text, -6102 for a number beyond a double (mysql).\n"
+    "Exit status 0 when every input is good, 1 otherwise, 2 on trouble.\n"
+    "\n"
+    "check switches:\n"
+    "  --lines                      JSON Lines: check each line on its own (blank\n"
+    "                               lines are skipped) and end with a count\n"
+    "  -q, --quiet                  no messages, only the exit status\n";
+
+const char CHECK_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson check examples/broken.json\n"
+    "  vxjson check --strict --unique-keys config.json\n"
+    "  vxjson check --dialect mysql -e '[1e400]'\n"
+    "  vxjson check --lines events.jsonl\n";
+
+const char FORMAT[] =
+    "usage: vxjson format [SWITCHES] [INPUT...]\n"
+    "\n"
+    "Reads each input and writes it back, compact unless --pretty, followed\n"
+    "by a line feed.  An empty input writes nothing.  A bad input is reported\n"
+    "as by check and skipped.  In the mysql dialect strings are escaped by\n"
+    "MySQL's rules.  Exit status as for check.\n"
+    "\n"
+    "format switches:\n"
+    "  --lines                      JSON Lines in and out, a line at a time\n"
+    "  -q, --quiet                  no messages for bad inputs\n";
+
+const char FORMAT_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson format --pretty examples/sample.json\n"
+    "  vxjson format --pretty=a --ascii -e '{\"name\":\"caf\xc3\xa9\"}'\n"
+    "  vxjson format --lax -e \"{name:'x', list:[1,2,],}\"\n"
+    "  vxjson format --lines big.jsonl > compact.jsonl\n";
+
+const char EQUAL[] =
+    "usage: vxjson equal [SWITCHES] A B\n"
+    "\n"
+    "Prints true when A and B are the same value, false otherwise.  Member\n"
+    "order does not count; 1 and 1.0 are equal; a scalar may be a whole\n"
+    "input.\n";
+
+const char EQUAL_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson equal -e '{\"a\":1,\"b\":2}' -e '{\"b\":2,\"a\":1.0}'     # true\n"
+    "  vxjson equal old.json new.json\n";
+
+const char CONTAINS[] =
+    "usage: vxjson contains [SWITCHES] A B\n"
+    "\n"
+    "Prints true when A contains B.  By default the PostgreSQL rule (A @> B);\n"
+    "with --dialect mysql, MySQL's JSON_CONTAINS(A, B), under which an\n"
+    "object in an array also contains a part of itself.\n";
+
+const char CONTAINS_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson contains -e '{\"a\":[1,2],\"b\":3}' -e '{\"a\":[2]}'     # true\n"
+    "  vxjson contains --dialect mysql -e '[{\"a\":1,\"b\":2}]' -e '{\"a\":1}'\n";
+
+const char OVERLAPS[] =
+    "usage: vxjson overlaps [SWITCHES] A B\n"
+    "\n"
+    "Prints true when A and B share a member (same name, equal value) or an\n"
+    "element, as MySQL's JSON_OVERLAPS.  Inputs are read in the mysql dialect\n"
+    "unless --dialect says otherwise.\n";
+
+const char OVERLAPS_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson overlaps -e '[1,2,3]' -e '[3,4]'     # true\n"
+    "  vxjson overlaps -e '{\"a\":1}' -e '{\"a\":2}'   # false\n";
+
+const char MERGE_PATCH[] =
+    "usage: vxjson merge-patch [SWITCHES] A B [C...]\n"
+    "\n"
+    "MySQL's JSON_MERGE_PATCH(A, B, ...): members of the later inputs replace\n"
+    "those of the earlier, a null member removes one, a non-object replaces\n"
+    "the whole.  Inputs are read in the mysql dialect with sorted member\n"
+    "names (the last of repeated names wins); the result is written with\n"
+    "MySQL's escapes unless --dialect says otherwise.\n";
+
+const char MERGE_PATCH_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson merge-patch -e '{\"a\":1,\"b\":2}' -e '{\"b\":null,\"c\":3}'   # {\"a\":1,\"c\":3}\n"
+    "  vxjson merge-patch --pretty defaults.json site.json local.json\n";
+
+const char MERGE_PRESERVE[] =
+    "usage: vxjson merge-preserve [SWITCHES] A B [C...]\n"
+    "\n"
+    "MySQL's JSON_MERGE_PRESERVE(A, B, ...): members of the same name are\n"
+    "gathered into arrays, arrays are joined, scalars become arrays.  Inputs\n"
+    "are read as for merge-patch.\n";
+
+const char MERGE_PRESERVE_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson merge-preserve -e '{\"a\":1}' -e '{\"a\":2}'   # {\"a\":[1,2]}\n"
+    "  vxjson merge-preserve -e '[1,2]' -e 3             # [1,2,3]\n";
+
+const char CONCAT[] =
+    "usage: vxjson concat [SWITCHES] A B\n"
+    "\n"
+    "PostgreSQL's A || B: two objects give their union (B's members win),\n"
+    "anything else gives an array of A's elements followed by B's.  An\n"
+    "object with a scalar is an error (-3119).  Inputs are read in the pg\n"
+    "dialect unless --dialect says otherwise.\n";
+
+const char CONCAT_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson concat -e '{\"a\":1}' -e '{\"a\":2,\"b\":3}'   # {\"a\":2,\"b\":3}\n"
+    "  vxjson concat -e '[1,2]' -e 3                   # [1,2,3]\n";
+
+const char STRIP_NULLS[] =
+    "usage: vxjson strip-nulls [SWITCHES] A\n"
+    "\n"
+    "PostgreSQL's jsonb_strip_nulls(A): members whose value is null are\n"
+    "dropped at every depth; null elements of arrays stay.  Inputs are read\n"
+    "in the pg dialect unless --dialect says otherwise.\n";
+
+const char STRIP_NULLS_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson strip-nulls -e '{\"a\":null,\"b\":[null,{\"c\":null}]}'   # {\"b\":[null,{}]}\n"
+    "  vxjson strip-nulls --pretty record.json\n";
+
+struct help_entry {
+    const char *name;
+    const char *head;
+    bool writes;          // takes the writing switches
+    const char *examples;
+    std::string text;     // assembled on first use
+};
+
+help_entry HELP[] = {
+    {"check", CHECK, false, CHECK_EXAMPLES, {}},
+    {"format", FORMAT, true, FORMAT_EXAMPLES, {}},
+    {"equal", EQUAL, false, EQUAL_EXAMPLES, {}},
+    {"contains", CONTAINS, false, CONTAINS_EXAMPLES, {}},
+    {"overlaps", OVERLAPS, false, OVERLAPS_EXAMPLES, {}},
+    {"merge-patch", MERGE_PATCH, true, MERGE_PATCH_EXAMPLES, {}},
+    {"merge-preserve", MERGE_PRESERVE, true, MERGE_PRESERVE_EXAMPLES, {}},
+    {"concat", CONCAT, true, CONCAT_EXAMPLES, {}},
+    {"strip-nulls", STRIP_NULLS, true, STRIP_NULLS_EXAMPLES, {}},
+};
+
+}  // namespace
+
+const char *general_help() { return GENERAL; }
+
+const char *command_help(const char *name) {
+    for (help_entry &h : HELP) {
+        if (std::strcmp(h.name, name) != 0) continue;
+        if (h.text.empty()) {
+            h.text = h.head;
+            if (h.writes) h.text += std::string("\n") + WRITE_OPTIONS_HELP;
+            h.text += std::string("\n") + READ_OPTIONS_HELP + h.examples;
+        }
+        return h.text.c_str();
+    }
+    return GENERAL;
+}
+
+}  // namespace vxcli

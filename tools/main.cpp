@@ -1,0 +1,91 @@
+// vxjson: the library in a user's hands.  Dispatches to a command, prints
+// help and the version, and applies the process-wide character set.
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "commands.h"
+#include "help.h"
+#include "vx_ini.h"
+#include "vxjson.h"
+
+namespace vxcli {
+
+namespace {
+
+struct command {
+    const char *name;
+    int (*run)(command_line &);
+    unsigned groups;   // switch groups accepted besides the reading ones
+};
+
+constexpr command COMMANDS[] = {
+    {"check", run_check, OPT_READ | OPT_LINES | OPT_QUIET},
+    {"format", run_format, OPT_READ | OPT_WRITE | OPT_LINES | OPT_QUIET},
+    {"equal", [](command_line &c) { return run_op(op_kind::equal, c); }, OPT_READ},
+    {"contains", [](command_line &c) { return run_op(op_kind::contains, c); }, OPT_READ},
+    {"overlaps", [](command_line &c) { return run_op(op_kind::overlaps, c); }, OPT_READ},
+    {"merge-patch", [](command_line &c) { return run_op(op_kind::merge_patch, c); },
+     OPT_READ | OPT_WRITE},
+    {"merge-preserve", [](command_line &c) { return run_op(op_kind::merge_preserve, c); },
+     OPT_READ | OPT_WRITE},
+    {"concat", [](command_line &c) { return run_op(op_kind::concat, c); }, OPT_READ | OPT_WRITE},
+    {"strip-nulls", [](command_line &c) { return run_op(op_kind::strip_nulls, c); },
+     OPT_READ | OPT_WRITE},
+};
+
+const command *find_command(const char *name) {
+    for (const command &c : COMMANDS)
+        if (std::strcmp(c.name, name) == 0) return &c;
+    return nullptr;
+}
+
+int usage_error(const std::string &message, const char *command_name) {
+    tool_error(message);
+    std::fprintf(stderr, "Try 'vxjson %s--help'.\n",
+                 command_name ? (std::string(command_name) + " ").c_str() : "");
+    return EXIT_TROUBLE;
+}
+
+int run(int argc, char **argv) {
+    if (argc < 2) {
+        std::fputs(general_help(), stderr);
+        return EXIT_TROUBLE;
+    }
+    const std::string first = argv[1];
+    if (first == "--help" || first == "-h") {
+        std::fputs(general_help(), stdout);
+        return EXIT_GOOD;
+    }
+    if (first == "--version" || first == "-V") {
+        std::printf("vxjson %s\n", VXJSON_VERSION_STRING);
+        return EXIT_GOOD;
+    }
+    if (first == "help") {
+        const command *c = argc > 2 ? find_command(argv[2]) : nullptr;
+        if (argc > 2 && !c) return usage_error("unknown command '" + std::string(argv[2]) + "'", nullptr);
+        std::fputs(c ? command_help(c->name) : general_help(), stdout);
+        return EXIT_GOOD;
+    }
+    const command *cmd = find_command(argv[1]);
+    if (!cmd) {
+        const char *what = first[0] == '-' ? "unknown switch '" : "unknown command '";
+        return usage_error(what + first + "'", nullptr);
+    }
+    command_line cl;
+    std::string error;
+    if (!parse_command_line(argc, argv, 2, cmd->groups, cl, error))
+        return usage_error(error, cmd->name);
+    if (cl.help) {
+        std::fputs(command_help(cmd->name), stdout);
+        return EXIT_GOOD;
+    }
+    if (cl.read.charset >= 0) ini_set_value(0, VX_INI_CHARSET, cl.read.charset);
+    return cmd->run(cl);
+}
+
+}  // namespace
+
+}  // namespace vxcli
+
+int main(int argc, char **argv) { return vxcli::run(argc, argv); }
