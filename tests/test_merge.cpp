@@ -1,0 +1,374 @@
+// Merge preserve and merge patch, concatenation in every pairing of shapes,
+// null stripping, and every out-of-memory exit of them.  Documents are read
+// with sorted keys wherever the merge needs sorted member lists.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+#include <ostream>
+#include <string>
+
+#include "doc_fixture.h"
+#include "text_fixture.h"
+#include "vx_heap.h"
+
+namespace {
+
+constexpr auto kById = [](const auto &info) { return std::string(info.param.id); };
+
+// ------------------------------------------------------------------ merge
+
+struct MergeRow {
+    const char *id;
+    const char *a, *b;
+    const char *expect;  // compact text of the result
+};
+void PrintTo(const MergeRow &r, std::ostream *os) { *os << r.id; }
+
+class MergeCase : public ::testing::TestWithParam<MergeRow> {
+protected:
+    std::string merge(int32_t patch) {
+        const MergeRow &r = GetParam();
+        json_node *a = env.read(r.a, true);
+        json_node *b = env.read(r.b, true);
+        char *text = nullptr;
+        uint32_t len = 0;
+        EXPECT_EQ(json_merge_mysql(a, b, patch, env.ctx.get(), &text, &len), 0);
+        return text ? env.take(text, len) : std::string("<none>");
+    }
+    DocEnv env{JLPCA_COMPAT_MYSQL};
+};
+
+class Preserve : public MergeCase {};
+class Patch : public MergeCase {};
+
+TEST_P(Preserve, Text) { EXPECT_EQ(merge(0), GetParam().expect); }
+TEST_P(Patch, Text) { EXPECT_EQ(merge(1), GetParam().expect); }
+
+INSTANTIATE_TEST_SUITE_P(
+    Shapes, Preserve,
+    ::testing::Values(
+        MergeRow{"SameMember", "{\"a\":1}", "{\"a\":2}", "{\"a\":[1,2]}"},
+        MergeRow{"ArrayMemberWithScalar", "{\"a\":[1]}", "{\"a\":2}", "{\"a\":[1,2]}"},
+        MergeRow{"ScalarMemberWithArray", "{\"a\":1}", "{\"a\":[2,3]}", "{\"a\":[1,2,3]}"},
+        MergeRow{"ArrayWithScalar", "[1,2]", "3", "[1,2,3]"},
+        MergeRow{"ScalarWithArray", "1", "[2,3]", "[1,2,3]"},
+        MergeRow{"ObjectWithArray", "{\"a\":1}", "[2]", "[{\"a\":1},2]"},
+        MergeRow{"ArrayWithObject", "[1]", "{\"a\":2}", "[1,{\"a\":2}]"},
+        MergeRow{"ScalarWithObject", "1", "{\"a\":2}", "[1,{\"a\":2}]"},
+        MergeRow{"EqualScalars", "1", "1", "[1,1]"},
+        MergeRow{"EqualArrays", "[1]", "[1]", "[1,1]"},
+        MergeRow{"EmptyArrays", "[]", "[]", "[]"},
+        MergeRow{"EmptyArrayAndScalar", "[]", "null", "[null]"},
+        MergeRow{"EmptyObjects", "{}", "{}", "{}"},
+        MergeRow{"NestedArraysStayNested", "{\"a\":[1,[2]]}", "{\"a\":[[3]]}",
+                 "{\"a\":[1,[2],[3]]}"},
+        MergeRow{"NestedObjects", "{\"a\":{\"b\":1}}", "{\"a\":{\"b\":2,\"c\":3}}",
+                 "{\"a\":{\"b\":[1,2],\"c\":3}}"},
+        MergeRow{"NullsAreKept", "{\"a\":{\"x\":1,\"y\":null}}",
+                 "{\"a\":{\"x\":2,\"z\":null},\"b\":null}",
+                 "{\"a\":{\"x\":[1,2],\"y\":null,\"z\":null},\"b\":null}"},
+        // Sorted order: shorter names first, then bytewise.
+        MergeRow{"InterleavedNames", "{\"b\":1,\"aa\":2}", "{\"a\":3,\"ccc\":4,\"bb\":5}",
+                 "{\"a\":3,\"b\":1,\"aa\":2,\"bb\":5,\"ccc\":4}"},
+        // Containers write their strings with the standard escapes whatever
+        // the caller asked for, so the backslash before n is doubled here.
+        MergeRow{"NestedStringsUseStandardEscapes", "{\"a\":\"x\\\"y\\\\n\"}", "{\"a\":1}",
+                 "{\"a\":[\"x\\\"y\\\\n\",1]}"}),
+    kById);
+
+INSTANTIATE_TEST_SUITE_P(
+    Shapes, Patch,
+    ::testing::Values(
+        MergeRow{"NullRemovesAndNewAdds", "{\"a\":1,\"b\":2}", "{\"b\":null,\"c\":3}",
+                 "{\"a\":1,\"c\":3}"},
+        MergeRow{"ObjectReplacesScalar", "{\"a\":1,\"b\":2}", "{\"a\":{\"x\":1}}",
+                 "{\"a\":{\"x\":1},\"b\":2}"},
+        MergeRow{"PatchOntoScalarKeepsItsNulls", "1", "{\"a\":null}", "{\"a\":null}"},
+        MergeRow{"ScalarPatchReplaces", "{\"a\":1}", "2", "2"},
+        // A string result is written with MySQL escapes: a backslash before
+        // n stands as the escape \n instead of being doubled.
+        MergeRow{"StringResultUsesMySqlEscapes", "{\"a\":1}", "\"x\\\"y\\\\n\"",
+                 "\"x\\\"y\\n\""},
+        MergeRow{"ArrayPatchReplaces", "{\"a\":1}", "[1,null]", "[1,null]"},
+        MergeRow{"ObjectPatchOntoArray", "[1,2]", "{\"a\":1}", "{\"a\":1}"},
+        MergeRow{"ArraysAreNotMerged", "{\"a\":[1,2]}", "{\"a\":[3]}", "{\"a\":[3]}"},
+        MergeRow{"NullForMissingMember", "{\"a\":1}", "{\"b\":null}", "{\"a\":1}"},
+        MergeRow{"NullSortingFirst", "{\"b\":1}", "{\"a\":null}", "{\"b\":1}"},
+        MergeRow{"NullPastTheEnd", "{\"a\":1}", "{\"zz\":null,\"b\":2}", "{\"a\":1,\"b\":2}"},
+        MergeRow{"RemoveEveryMember", "{\"a\":1,\"b\":2}", "{\"b\":null,\"a\":null}", "{}"},
+        MergeRow{"EmptyObjects", "{}", "{}", "{}"},
+        MergeRow{"PatchKeepsTargetNulls", "{\"a\":null,\"b\":1}", "{\"b\":2}",
+                 "{\"a\":null,\"b\":2}"},
+        MergeRow{"PatchKeepsNullsInsideMovedObjects", "{\"a\":{\"x\":1,\"y\":2}}",
+                 "{\"a\":{\"x\":null,\"z\":{\"q\":null}},\"c\":{\"d\":null}}",
+                 "{\"a\":{\"y\":2,\"z\":{\"q\":null}},\"c\":{\"d\":null}}"},
+        MergeRow{"DeepNullRemoves", "{\"a\":{\"b\":{\"c\":1,\"d\":2}}}",
+                 "{\"a\":{\"b\":{\"c\":null}}}", "{\"a\":{\"b\":{\"d\":2}}}"}),
+    kById);
+
+// The merge walks both member lists in sorted order; read without sorted
+// keys, same-named members are not paired.
+TEST(MergeOrder, MergeWalksMembersInSortedOrderOnly) {
+    DocEnv env{JLPCA_COMPAT_MYSQL};
+    json_node *out = nullptr;
+    json_node *a = env.read("{\"b\":1,\"a\":2}");
+    ASSERT_EQ(json_merge_preserve_mysql(a, env.read("{\"a\":3}"), env.ctx.get(), &out), 0);
+    EXPECT_EQ(env.text_of(out), "{\"a\":3,\"b\":1,\"a\":2}");
+    json_node *c = env.read("{\"b\":1,\"a\":2}", true);
+    ASSERT_EQ(json_merge_preserve_mysql(c, env.read("{\"a\":3}", true), env.ctx.get(), &out), 0);
+    EXPECT_EQ(env.text_of(out), "{\"a\":[2,3],\"b\":1}");
+}
+
+TEST(MergeOrder, MembersMoveFromSecondObject) {
+    DocEnv env{JLPCA_COMPAT_MYSQL};
+    json_node *a = env.read("{\"a\":1,\"c\":2}", true);
+    json_node *b = env.read("{\"b\":3,\"c\":4,\"dd\":5}", true);
+    json_node *out = nullptr;
+    ASSERT_EQ(json_object_merge_mysql(a, b, env.ctx.get(), 0, &out), 0);
+    EXPECT_EQ(out, a);
+    EXPECT_EQ(member_names(a), (std::vector<std::string>{"a", "b", "c", "dd"}));
+    // b keeps only the member whose name a already had.
+    EXPECT_EQ(member_names(b), (std::vector<std::string>{"c"}));
+}
+
+TEST(MergeOrder, PreserveArrayIsPointerArrayOfSharedElements) {
+    DocEnv env{JLPCA_COMPAT_MYSQL};
+    json_node *a = env.read("[1,2]");
+    json_node *b = env.read("{\"x\":3}");
+    json_node *out = nullptr;
+    ASSERT_EQ(json_merge_preserve_mysql(a, b, env.ctx.get(), &out), 0);
+    ASSERT_EQ(out->type, uint32_t(JSON_ARRAY));
+    EXPECT_EQ(out->count, 3u);
+    EXPECT_EQ(out->capacity, 3u);
+    EXPECT_EQ(out->lst_count, 0u);
+    EXPECT_EQ(out->lst_first, nullptr);
+    EXPECT_EQ(out->items[0], a->items[0]);
+    EXPECT_EQ(out->items[2], b);
+    EXPECT_EQ(out->items[0]->parent, a);  // parents are left as they were
+}
+
+// ----------------------------------------------------------- concatenation
+
+struct ConcatRow {
+    const char *id;
+    const char *a, *b;
+    int32_t policy;  // 0 none, 1 dup_key_replace, 2 unique_keys, 3 sorted_keys
+    int32_t rc;
+    const char *expect;
+};
+void PrintTo(const ConcatRow &r, std::ostream *os) { *os << r.id; }
+
+class Concat : public ::testing::TestWithParam<ConcatRow> {};
+
+TEST_P(Concat, Text) {
+    const ConcatRow &r = GetParam();
+    DocEnv env;
+    json_node *a = env.read(r.a, r.policy == 3);
+    json_node *b = env.read(r.b, r.policy == 3);
+    env.ctx->dup_key_replace = r.policy == 1;
+    env.ctx->unique_keys = r.policy == 2;
+    char *text = nullptr;
+    uint32_t len = 0;
+    ASSERT_EQ(jsonb_concat(a, b, env.ctx.get(), &text, &len), r.rc);
+    if (r.rc == 0) {
+        EXPECT_EQ(env.take(text, len), r.expect);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Shapes, Concat,
+    ::testing::Values(
+        ConcatRow{"ObjectObject", "{\"a\":1}", "{\"b\":[2]}", 0, 0, "{\"a\":1,\"b\":[2]}"},
+        ConcatRow{"ObjectObjectReplace", "{\"a\":1,\"b\":2}", "{\"a\":3}", 1, 0,
+                  "{\"a\":3,\"b\":2}"},
+        ConcatRow{"ConcatKeepsDuplicateMembersWithoutPolicy", "{\"a\":1}", "{\"a\":2}", 0, 0,
+                  "{\"a\":1,\"a\":2}"},
+        ConcatRow{"ObjectObjectUniqueKeys", "{\"a\":1}", "{\"a\":2}", 2,
+                  VXJSON_ERR_INVALID_JSON, ""},
+        ConcatRow{"ObjectObjectSorted", "{\"bb\":1}", "{\"c\":2,\"a\":3}", 3, 0,
+                  "{\"a\":3,\"c\":2,\"bb\":1}"},
+        ConcatRow{"EmptyObjects", "{}", "{}", 0, 0, "{}"},
+        ConcatRow{"ObjectArray", "{\"a\":1}", "[2]", 0, 0, "[{\"a\":1},2]"},
+        ConcatRow{"ObjectScalar", "{\"a\":1}", "1", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
+        ConcatRow{"ObjectNull", "{}", "null", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
+        ConcatRow{"ScalarObject", "1", "{\"a\":1}", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
+        ConcatRow{"StringObject", "\"x\"", "{}", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
+        ConcatRow{"ArrayArray", "[1]", "[2,3]", 0, 0, "[1,2,3]"},
+        ConcatRow{"ArrayObject", "[1]", "{\"a\":1}", 0, 0, "[1,{\"a\":1}]"},
+        ConcatRow{"ArrayScalar", "[1]", "2", 0, 0, "[1,2]"},
+        ConcatRow{"ConcatOfEmptyArrayKeepsLeadingComma", "[]", "[1]", 0, 0, "[,1]"},
+        ConcatRow{"ConcatWithEmptyArrayKeepsTrailingComma", "[1]", "[]", 0, 0, "[1,]"},
+        ConcatRow{"EmptyArraysGiveLoneComma", "[]", "[]", 0, 0, "[,]"},
+        ConcatRow{"NestedArrays", "[[1]]", "[[2]]", 0, 0, "[[1],[2]]"},
+        ConcatRow{"ScalarScalar", "1", "2", 0, 0, "[1,2]"},
+        ConcatRow{"ScalarArray", "1", "[2,3]", 0, 0, "[1,2,3]"},
+        ConcatRow{"StringNull", "\"a\"", "null", 0, 0, "[\"a\",null]"},
+        ConcatRow{"StringsEscapedAsJson", "[\"a\\\"b\"]", "\"c\\nd\\\\n\"", 0, 0,
+                  "[\"a\\\"b\",\"c\\nd\\\\n\"]"},
+        ConcatRow{"DecimalsAsWritten", "1.50E+3", "[2.0]", 0, 0, "[1.50E+3,2.0]"}),
+    kById);
+
+TEST(ConcatReports, RefusedMemberNamesTheAddSite) {
+    DocEnv env;
+    json_node *a = env.read("{\"a\":1}");
+    json_node *b = env.read("{\"a\":2}");
+    env.ctx->unique_keys = 1;
+    elog_trail_clear();
+    char *text = nullptr;
+    uint32_t len = 0;
+    ASSERT_EQ(jsonb_concat_to_object(a, b, env.ctx.get(), &text, &len), VXJSON_ERR_INVALID_JSON);
+    EXPECT_EQ(trail(), (std::vector<std::pair<int32_t, int32_t>>{{VXJSON_ERR_INVALID_JSON, 1842}}));
+}
+
+// ---------------------------------------------------------- null stripping
+
+struct StripRow {
+    const char *id;
+    const char *doc;
+    const char *expect;
+};
+void PrintTo(const StripRow &r, std::ostream *os) { *os << r.id; }
+
+class StripNulls : public ::testing::TestWithParam<StripRow> {};
+
+TEST_P(StripNulls, Text) {
+    const StripRow &r = GetParam();
+    DocEnv env;
+    json_node *doc = env.read(r.doc);
+    if (doc->type == JSON_OBJECT) {
+        ASSERT_EQ(jsonb_strip_nulls_object(doc), 0);
+        member_names(doc);  // checks count and both ends of the list
+    } else {
+        ASSERT_EQ(jsonb_strip_nulls_array(doc), 0);
+    }
+    EXPECT_EQ(env.text_of(doc), r.expect);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Docs, StripNulls,
+    ::testing::Values(
+        StripRow{"MembersAndNested", "{\"a\":null,\"b\":[null,{\"c\":null}]}",
+                 "{\"b\":[null,{}]}"},
+        StripRow{"Deep", "{\"a\":{\"b\":{\"c\":{\"d\":null,\"e\":1}}}}",
+                 "{\"a\":{\"b\":{\"c\":{\"e\":1}}}}"},
+        StripRow{"ArrayNullsStay", "[null,{\"a\":null},[{\"b\":null,\"c\":[null]}]]",
+                 "[null,{},[{\"c\":[null]}]]"},
+        StripRow{"EmptyObject", "{}", "{}"},
+        StripRow{"OnlyNull", "{\"a\":null}", "{}"},
+        StripRow{"AllNull", "{\"a\":null,\"b\":null,\"c\":null}", "{}"},
+        StripRow{"LastNull", "{\"a\":1,\"b\":null}", "{\"a\":1}"},
+        StripRow{"FirstNull", "{\"a\":null,\"b\":1}", "{\"b\":1}"},
+        StripRow{"MiddleNull", "{\"a\":1,\"b\":null,\"c\":2}", "{\"a\":1,\"c\":2}"},
+        StripRow{"NullStringKept", "{\"a\":\"null\",\"b\":false}", "{\"a\":\"null\",\"b\":false}"}),
+    kById);
+
+// ----------------------------------------------------------- out of memory
+
+// Reads its inputs, calls arm() and then runs one operation, returning its
+// status and text.  Everything it allocates after arm() counts.
+using Arm = std::function<void()>;
+using Op = std::function<int32_t(DocEnv &, const Arm &, char **, uint32_t *)>;
+
+struct OomRow {
+    const char *id;
+    Op op;
+    std::set<int32_t> outer_lines;  // where the outermost -503 may be reported
+};
+void PrintTo(const OomRow &r, std::ostream *os) { *os << r.id; }
+
+class OutOfMemory : public ::testing::TestWithParam<OomRow> {};
+
+// Run the operation with the heap or the allocator failing after n calls,
+// for every n up to what a successful run makes: the result is either a
+// reported -503 or the same text as without limits.
+TEST_P(OutOfMemory, EveryFailingCallIsReported) {
+    const OomRow &r = GetParam();
+    std::string expect;
+    uint64_t calls[2];  // heap, allocator
+    {
+        DocEnv env;
+        char *text = nullptr;
+        uint32_t len = 0;
+        uint64_t h0 = 0, a0 = 0;
+        const Arm count = [&] {
+            h0 = mem_heap_alloc_count(env.heap);
+            a0 = env.alloc_state.calls;
+        };
+        ASSERT_EQ(r.op(env, count, &text, &len), 0);
+        calls[0] = mem_heap_alloc_count(env.heap) - h0;
+        calls[1] = env.alloc_state.calls - a0;
+        expect = env.take(text, len);
+    }
+    ASSERT_GT(calls[1], 0u);  // every result text comes from the allocator
+    for (int which = 0; which < 2; which++) {
+        int failures = 0;
+        for (uint64_t n = 0; n <= calls[which]; n++) {
+            SCOPED_TRACE(std::string(which == 0 ? "heap" : "allocator") + " call limit " +
+                         std::to_string(n));
+            DocEnv env;
+            char *text = nullptr;
+            uint32_t len = 0;
+            const Arm limit = [&] {
+                if (which == 0) mem_heap_set_call_limit(env.heap, n);
+                else vx_allocator_set_call_limit(&env.alloc_state, n);
+                elog_trail_clear();
+            };
+            const int32_t rc = r.op(env, limit, &text, &len);
+            if (rc == 0) {
+                EXPECT_EQ(env.take(text, len), expect);
+                continue;
+            }
+            failures++;
+            ASSERT_EQ(rc, VXJSON_ERR_NOMEM);
+            const auto reports = trail();
+            ASSERT_FALSE(reports.empty());
+            EXPECT_EQ(reports.back().first, VXJSON_ERR_NOMEM);
+            EXPECT_TRUE(r.outer_lines.count(reports.back().second)) << reports.back().second;
+        }
+        if (calls[which] > 0) {
+            EXPECT_GT(failures, 0);
+        }
+    }
+}
+
+// Inputs long enough that the result text must grow, with nested merges
+// that each need a new array.
+const char *const kDocA =
+    "{\"a\":[1,2,3],\"b\":{\"c\":\"a string long enough to make the text grow\",\"d\":[4,5]},"
+    "\"e\":1,\"f\":{\"g\":2}}";
+const char *const kDocB =
+    "{\"a\":4,\"b\":{\"c\":\"another string, also long enough to matter\",\"d\":6,\"h\":null},"
+    "\"e\":[7],\"i\":8}";
+
+Op merge_op(int32_t patch) {
+    return [patch](DocEnv &env, const Arm &arm, char **text, uint32_t *len) {
+        json_node *a = env.read(kDocA, true);
+        json_node *b = env.read(kDocB, true);
+        arm();
+        return json_merge_mysql(a, b, patch, env.ctx.get(), text, len);
+    };
+}
+
+Op concat_op(const char *a_text, const char *b_text) {
+    return [a_text, b_text](DocEnv &env, const Arm &arm, char **text, uint32_t *len) {
+        json_node *a = env.read(a_text);
+        json_node *b = env.read(b_text);
+        arm();
+        return jsonb_concat(a, b, env.ctx.get(), text, len);
+    };
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Operations, OutOfMemory,
+    ::testing::Values(OomRow{"MergePreserve", merge_op(0), {3539, 3547}},
+                      OomRow{"MergePatch", merge_op(1), {3539, 3547}},
+                      OomRow{"ConcatObjects", concat_op(kDocA, kDocB), {1842, 1856}},
+                      OomRow{"ConcatArrays", concat_op("[{\"x\":\"a long enough string\"},2,3]",
+                                                       kDocB),
+                             {1794, 1804}},
+                      OomRow{"ConcatScalars", concat_op("\"a string\"", "[1,2,3,4,5,6,7,8,9]"),
+                             {1794, 1804}}),
+    kById);
+
+} // namespace
