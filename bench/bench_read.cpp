@@ -1,0 +1,232 @@
+// Reading speed: json_flex (text to tree) and jcheck_flex (well-formedness
+// only) on the three reference documents, next to the peer libraries that
+// are installed (RapidJSON Document::Parse with default flags, simdjson DOM,
+// nlohmann::json::parse).  Prints MB/s of input per run and, at the end, a
+// table of our ratios to each peer and the heap bytes a tree takes per
+// input byte.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "vx_heap.h"
+#include "vxjson.h"
+
+#ifdef VXJSON_HAVE_RAPIDJSON
+#include <rapidjson/document.h>
+#endif
+#ifdef VXJSON_HAVE_NLOHMANN
+#include <nlohmann/json.hpp>
+#endif
+#ifdef VXJSON_HAVE_SIMDJSON
+#include <simdjson.h>
+#endif
+
+namespace {
+
+const char *const FILES[] = {"canada", "citm_catalog", "twitter"};
+const char *const PEERS[] = {"rapidjson", "simdjson_dom", "nlohmann"};
+
+std::string load(const std::string &name) {
+    std::ifstream in(std::string(VXJSON_BENCH_DATA_DIR) + "/" + name + ".json", std::ios::binary);
+    std::ostringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+// Element arrays come from the same heap, so one reset frees the whole
+// tree between iterations, as releasing the heap does in the server.
+void *heap_array_alloc(void *env, void *handle, size_t size, const char *src, int line) {
+    return mem_heap_alloc_low(env, handle, size, 0, src, line);
+}
+
+// A context over a heap whose first block holds a whole tree: resetting it
+// between iterations then costs no system allocation.
+struct Reader {
+    std::string text;
+    vx_heap *heap = nullptr;
+    vx_allocator alloc{};
+    std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
+    double heap_per_byte = 0;
+
+    ~Reader() {
+        if (heap) {
+            jlpca_deinit(ctx.get());
+            mem_heap_free(heap);
+        }
+    }
+    void open(size_t first_block) {
+        if (heap) mem_heap_free(heap);
+        heap = mem_heap_create(first_block);
+        alloc = vx_allocator{heap_array_alloc, nullptr, heap};
+        jlpca_init(nullptr, ctx.get(), heap, &alloc, JLPCA_ESCAPE_DECODE, 0, 0,
+                   JLPCA_COMPAT_STANDARD);
+    }
+    int32_t read(json_node **root) {
+        mem_heap_reset(heap);
+        if (jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size())) != 0) return -1;
+        return json_flex(ctx.get(), root);
+    }
+    int32_t check() {
+        if (jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size())) != 0) return -1;
+        return jcheck_flex(ctx.get());
+    }
+};
+
+void count_input(benchmark::State &state, size_t bytes) {
+    state.SetBytesProcessed(int64_t(bytes) * int64_t(state.iterations()));
+}
+
+void read_vxjson(benchmark::State &state, Reader *r) {
+    for (auto _ : state) {
+        json_node *root = nullptr;
+        if (r->read(&root) != 0) {
+            state.SkipWithError("json_flex failed");
+            break;
+        }
+        benchmark::DoNotOptimize(root);
+    }
+    count_input(state, r->text.size());
+    state.counters["heap_B_per_B"] = r->heap_per_byte;
+}
+
+void check_vxjson(benchmark::State &state, Reader *r) {
+    for (auto _ : state) {
+        if (r->check() != 0) {
+            state.SkipWithError("jcheck_flex failed");
+            break;
+        }
+    }
+    count_input(state, r->text.size());
+}
+
+#ifdef VXJSON_HAVE_RAPIDJSON
+void read_rapidjson(benchmark::State &state, const std::string *text) {
+    for (auto _ : state) {
+        rapidjson::Document d;
+        d.Parse(text->data(), text->size());
+        if (d.HasParseError()) {
+            state.SkipWithError("rapidjson failed");
+            break;
+        }
+        benchmark::DoNotOptimize(&d);
+    }
+    count_input(state, text->size());
+}
+#endif
+
+#ifdef VXJSON_HAVE_SIMDJSON
+void read_simdjson(benchmark::State &state, const std::string *text) {
+    simdjson::dom::parser parser;
+    simdjson::padded_string padded(*text);
+    for (auto _ : state) {
+        simdjson::dom::element root;
+        if (parser.parse(padded).get(root) != simdjson::SUCCESS) {
+            state.SkipWithError("simdjson failed");
+            break;
+        }
+        benchmark::DoNotOptimize(root);
+    }
+    count_input(state, text->size());
+}
+#endif
+
+#ifdef VXJSON_HAVE_NLOHMANN
+void read_nlohmann(benchmark::State &state, const std::string *text) {
+    for (auto _ : state) {
+        nlohmann::json j = nlohmann::json::parse(*text);
+        benchmark::DoNotOptimize(&j);
+    }
+    count_input(state, text->size());
+}
+#endif
+
+// Keeps every run's rate so the ratios can be printed after the table.
+class Collect : public benchmark::ConsoleReporter {
+public:
+    std::map<std::string, double> mbps;
+    std::map<std::string, double> heap_per_byte;
+    void ReportRuns(const std::vector<Run> &runs) override {
+        for (const Run &r : runs) {
+            if (r.run_type != Run::RT_Iteration || r.error_occurred) continue;
+            auto rate = r.counters.find("bytes_per_second");
+            if (rate != r.counters.end()) mbps[r.benchmark_name()] = rate->second.value / 1e6;
+            auto heap = r.counters.find("heap_B_per_B");
+            if (heap != r.counters.end()) heap_per_byte[r.benchmark_name()] = heap->second.value;
+        }
+        ConsoleReporter::ReportRuns(runs);
+    }
+};
+
+void print_summary(const Collect &c) {
+    auto rate = [&](const std::string &name) {
+        auto it = c.mbps.find(name);
+        return it == c.mbps.end() ? 0.0 : it->second;
+    };
+    std::printf("\n%-13s %-12s %9s %9s %6s %9s %9s %9s\n", "file", "", "json_flex", "jcheck",
+                "chk/fx", "peer MB/s", "flex/peer", "heap B/B");
+    for (const char *file : FILES) {
+        const std::string base = std::string("read/") + file + "/";
+        const double flex = rate(base + "json_flex"), check = rate(base + "jcheck_flex");
+        auto heap = c.heap_per_byte.find(base + "json_flex");
+        std::printf("%-13s %-12s %9.0f %9.0f %5.2fx %9s %9s %9.2f\n", file, "(MB/s)", flex, check,
+                    flex > 0 ? check / flex : 0.0, "", "",
+                    heap == c.heap_per_byte.end() ? 0.0 : heap->second);
+        for (const char *peer : PEERS) {
+            const double theirs = rate(base + peer);
+            if (theirs <= 0) continue;
+            std::printf("%-13s %-12s %9s %9s %6s %9.0f %8.2fx\n", "", peer, "", "", "", theirs,
+                        flex / theirs);
+        }
+    }
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    benchmark::Initialize(&argc, argv);
+    std::vector<std::unique_ptr<Reader>> readers;
+    for (const char *file : FILES) {
+        auto r = std::make_unique<Reader>();
+        r->text = load(file);
+        if (r->text.empty()) {
+            std::fprintf(stderr, "cannot read %s/%s.json\n", VXJSON_BENCH_DATA_DIR, file);
+            return 1;
+        }
+        // One read on a default heap tells how big the tree is.
+        r->open(0);
+        json_node *root = nullptr;
+        if (r->read(&root) != 0 || !root) {
+            std::fprintf(stderr, "json_flex cannot read %s\n", file);
+            return 1;
+        }
+        const uint64_t used = mem_heap_bytes_used(r->heap);
+        r->heap_per_byte = double(used) / double(r->text.size());
+        r->open(used + used / 4 + 4096);
+
+        const std::string base = std::string("read/") + file + "/";
+        Reader *raw = r.get();
+        benchmark::RegisterBenchmark((base + "json_flex").c_str(), read_vxjson, raw);
+        benchmark::RegisterBenchmark((base + "jcheck_flex").c_str(), check_vxjson, raw);
+#ifdef VXJSON_HAVE_RAPIDJSON
+        benchmark::RegisterBenchmark((base + "rapidjson").c_str(), read_rapidjson, &raw->text);
+#endif
+#ifdef VXJSON_HAVE_SIMDJSON
+        benchmark::RegisterBenchmark((base + "simdjson_dom").c_str(), read_simdjson, &raw->text);
+#endif
+#ifdef VXJSON_HAVE_NLOHMANN
+        benchmark::RegisterBenchmark((base + "nlohmann").c_str(), read_nlohmann, &raw->text);
+#endif
+        readers.push_back(std::move(r));
+    }
+    Collect reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    print_summary(reporter);
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,51 @@
+// JSON check grammar: the language of the tree grammar without building
+// anything.  Its productions have no empty open states, so its state stack
+// is shallower per level and it reaches deeper before "memory exhausted"
+// (see parse_driver.h).
+#include "parse_driver.h"
+
+using namespace vxjson;
+
+namespace {
+
+struct CheckGrammar {
+    static constexpr scan::Mode kMode = scan::Mode::check;
+    static constexpr uint32_t kOpen = 0;
+
+    static int32_t open(jlpca_ctx *, uint32_t) { return 0; }
+    static int32_t scalar(jlpca_ctx *, int32_t) { return 0; }
+    // A dialect decides alone here; scalar_top is not consulted.
+    static int32_t top_scalar(jlpca_ctx *ctx) { return ctx->compat == 0 ? VXJSON_ERR_SYNTAX : 0; }
+    static void attach(jlpca_ctx *) {}
+    static int32_t key(jlpca_ctx *, const char *, uint32_t, uintptr_t &) { return 0; }
+    static void member(jlpca_ctx *, uintptr_t) {}
+    static int32_t error(jlpca_ctx *ctx, const char *msg) { return jcheck_error(ctx, msg); }
+    static int32_t error_ex(jlpca_ctx *ctx, int32_t code) { return jcheck_error_ex(ctx, code); }
+};
+
+} // namespace
+
+extern "C" {
+
+VXJSON_API int32_t jcheck_parse(void *scanner, jlpca_ctx *ctx) {
+    return parse::run<CheckGrammar>(*static_cast<scan::Scanner *>(scanner), ctx);
+}
+
+VXJSON_API int32_t jcheck_error(jlpca_ctx *, const char *) { return -1; }
+
+VXJSON_API int32_t jcheck_error_ex(jlpca_ctx *, int32_t code) { return code; }
+
+VXJSON_API int32_t jcheck_flex(jlpca_ctx *ctx) {
+    if (ctx->text_len == 0)
+        return ctx->compat == 0 && !ctx->blank ? VXJSON_OK : VXJSON_ERR_INVALID_JSON;
+    scan::Scanner s;
+    scan::scanner_start(s, ctx);
+    // Duplicate names only show while members are added: build the tree
+    // (it stays unconverted in the heap and is not handed out).
+    int32_t r = ctx->unique_keys ? parse_tree(s, ctx) : parse::run<CheckGrammar>(s, ctx);
+    scan::json_lex_destroy(&s);
+    ctx->scan_handle = nullptr;
+    return r != 0 || ctx->err_code < 0 ? VXJSON_ERR_INVALID_JSON : VXJSON_OK;
+}
+
+} // extern "C"

@@ -1,0 +1,94 @@
+// jlpca_internal.h -- the parse-context helpers shared by jlpca.cpp and the
+// JSON scanner: error raising, literal appends, and the number and keyword
+// steps split so that the scanner can run them without the heap copies the
+// exported helpers make.
+#ifndef VXJSON_JLPCA_INTERNAL_H
+#define VXJSON_JLPCA_INTERNAL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "vxjson.h"
+
+namespace vxjson {
+
+// An integer text longer than this (sign included) may not fit 64 bits and
+// is kept as a decimal text instead.
+inline constexpr int32_t kMaxIntegerChars = 18;
+
+// err_code, err_msg and tok := 0: how every rejected token is raised.
+void set_error(jlpca_ctx *ctx, int32_t code, const char *msg);
+
+// Move the literal to a heap buffer with room for n more bytes.
+[[gnu::noinline]] int32_t lit_grow(jlpca_ctx *ctx, uint32_t n);
+
+// Append n bytes to the literal without multibyte measuring: 0 or -503.
+inline int32_t lit_append(jlpca_ctx *ctx, const char *bytes, uint32_t n) {
+    if (uint64_t(n) + uint32_t(ctx->lit_len) >= ctx->lit_cap) [[unlikely]] {
+        if (int32_t rc = lit_grow(ctx, n)) return rc;
+    }
+    std::memcpy(ctx->lit_buf + ctx->lit_len, bytes, n);
+    ctx->lit_len += int32_t(n);
+    ctx->lit_buf[ctx->lit_len] = '\0';
+    return 0;
+}
+
+// A number token split into sign and digits by the prefix rules: a dropped
+// '+' or leading zeros (`dropped`), a dropped '-' (`negative`), or a text
+// that strict reading rejects (`invalid`).  digits/len is what follows.
+struct NumberSplit {
+    const char *digits;
+    int32_t len;
+    bool negative;
+    bool dropped;
+    bool invalid;
+};
+inline NumberSplit number_split(const char *text, int32_t n, bool strict) {
+    NumberSplit r{text, n, false, false, false};
+    const char *p = text;
+    int32_t len = n;
+    if (len > 0 && p[0] == '+') {
+        if (strict) return r.invalid = true, r;
+        ++p, --len;
+        r.dropped = true;
+    } else if (len > 0 && p[0] == '-') {
+        ++p, --len;
+        r.negative = true;
+        if (strict && len > 0 && (p[0] == '.' || p[len - 1] == '.')) return r.invalid = true, r;
+    } else if (strict && len > 0 && (p[0] == '.' || p[len - 1] == '.')) {
+        return r.invalid = true, r;
+    }
+    if (len > 1 && p[0] == '0' && p[1] != '.') [[unlikely]] {
+        if (strict) return r.invalid = true, r;
+        while (len > 1 && p[0] == '0' && p[1] != '.') ++p, --len, r.dropped = true;
+    }
+    r.digits = p;
+    r.len = len;
+    return r;
+}
+
+// The value of an optional '-' and at most 18 digits.
+inline int64_t parse_int_digits(const char *t, int32_t len) {
+    bool neg = len > 0 && t[0] == '-';
+    int64_t v = 0;
+    for (int32_t i = neg ? 1 : 0; i < len; i++) v = v * 10 + (t[i] - '0');
+    return neg ? -v : v;
+}
+
+// Classification steps after normalisation; `copy` makes tok_str a heap
+// copy, otherwise it points at `t` (which must outlive the token's use).
+int32_t ret_decimal_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
+int32_t ret_real_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
+int32_t set_decimal(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
+
+// strtod over a slice that is not NUL-terminated.
+double number_to_double(const char *text, int32_t len);
+bool is_double_overflow(double d);
+
+// JT_TRUE, JT_FALSE, JT_NULL, or -1 (lax) / -2 (strict).
+int32_t keyword_lookup(const char *w, size_t len, bool strict);
+
+} // namespace vxjson
+
+#endif

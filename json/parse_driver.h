@@ -1,0 +1,259 @@
+// parse_driver.h -- the shift-reduce driver shared by the tree grammar
+// (grammar.cpp) and the check grammar (check.cpp).
+//
+// The grammars are LALR(1) grammars without error recovery; this driver is
+// a hand-written, iterative equivalent.  It runs each grammar's actions in
+// the order an LALR parser reduces them, and it keeps that parser's state
+// stack, entry for entry, because the stack bounds the nesting depth a
+// document may have: the stack starts with 200 entries and doubles up to
+// 10,000, and a document that needs more fails with "memory exhausted".
+//
+// Entries per open container (O is 1 for the tree grammar, whose empty
+// object_open / array_open productions each leave a state, 0 for the
+// check grammar, which has none):
+//
+//   array, first element:     '['  [array_open]                    1 + O
+//   array, later elements:    '['  [array_open] elements ','       3 + O
+//   object, first member:     '{'  [object_open] key ':'           3 + O
+//   object, later members:    '{'  [object_open] members ',' key ':'  5 + O
+//
+// plus one for the value token being reduced, and at a closing bracket
+// elements/members, trailing_comma and the bracket itself.  So the tree
+// grammar takes about 5,000 levels of arrays or 2,500 of objects.
+//
+// The opening entry of each container records the index of the enclosing
+// container's opening entry and its kind, so closing needs no other
+// bookkeeping; a key entry holds the grammar's member handle.
+#ifndef VXJSON_PARSE_DRIVER_H
+#define VXJSON_PARSE_DRIVER_H
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "scan_internal.h"
+
+namespace vxjson::parse {
+
+enum Kind : uint32_t { kTop = 0, kArray = 1, kObject = 2 };
+
+// The state stack: inline at first, then from the system allocator.
+class StateStack {
+public:
+    StateStack() = default;
+    StateStack(const StateStack &) = delete;
+    StateStack &operator=(const StateStack &) = delete;
+    ~StateStack() {
+        if (e_ != inline_) std::free(e_);
+    }
+    uintptr_t *entries() { return e_; }
+    // Room for `n` entries as the parser's growth rule gives it: an entry
+    // stored in the last slot makes the stack double, and at 10,000 it
+    // cannot.  False when exhausted.
+    bool fits(uint32_t n) { return n < cap_ || grow(n); }
+
+private:
+    [[gnu::noinline]] bool grow(uint32_t n) {
+        while (n >= cap_) {
+            if (cap_ >= JSON_PARSE_STACK_MAX) return false;
+            uint32_t cap = cap_ * 2 > JSON_PARSE_STACK_MAX ? JSON_PARSE_STACK_MAX : cap_ * 2;
+            auto *e = static_cast<uintptr_t *>(std::malloc(sizeof(uintptr_t) * cap));
+            if (!e) return false;
+            std::memcpy(e, e_, sizeof(uintptr_t) * cap_);
+            if (e_ != inline_) std::free(e_);
+            e_ = e;
+            cap_ = cap;
+        }
+        return true;
+    }
+
+    uintptr_t inline_[JSON_PARSE_STACK_INITIAL];
+    uintptr_t *e_ = inline_;
+    uint32_t cap_ = JSON_PARSE_STACK_INITIAL;
+};
+
+inline int32_t closer_of(uint32_t kind) { return kind == kArray ? ']' : '}'; }
+
+// G supplies the actions:
+//   kMode, kOpen                   scanner mode, entries of the open productions
+//   open(ctx, type)                object/array node (open production or empty pair)
+//   scalar(ctx, token)             scalar value
+//   top_scalar(ctx)                document -> scalar
+//   attach(ctx)                    elements -> value
+//   key(ctx, name, len, &member)   key -> name
+//   member(ctx, member)            member -> key ':' value
+//   error(ctx, msg), error_ex(ctx, code)
+template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx) {
+    constexpr uint32_t O = G::kOpen;
+    enum State { kValue, kOpened, kAfterItem, kAfterComma, kKey, kColon, kEnd };
+    StateStack stack;
+    uintptr_t *e = stack.entries();
+    uint32_t n = 1;       // entries in use; entry 0 is the start state
+    uint32_t base = 0;    // opening entry of the innermost container
+    uint32_t kind = kTop; // and its kind
+    bool top_is_scalar = false;
+    State state = kValue;
+    int32_t rc = 0;
+    e[0] = kTop;
+
+#define VXJSON_PUSH(k)                                                                     \
+    do {                                                                                   \
+        n += (k);                                                                          \
+        if (!stack.fits(n)) [[unlikely]]                                                   \
+            goto exhausted;                                                                \
+        e = stack.entries();                                                               \
+    } while (0)
+
+    for (;;) {
+        int32_t t = scan::next_token<G::kMode>(s);
+        switch (state) {
+        case kValue: goto value;
+        case kOpened: goto opened;
+        case kAfterItem: goto after_item;
+        case kAfterComma: goto after_comma;
+        case kKey: goto key;
+        case kColon: goto colon;
+        case kEnd: goto end;
+        }
+
+    value:
+        switch (t) {
+        case '[':
+        case '{':
+            VXJSON_PUSH(1);
+            e[n - 1] = uintptr_t(base) << 2 | (t == '[' ? kArray : kObject);
+            base = n - 1;
+            kind = t == '[' ? kArray : kObject;
+            state = kOpened;
+            continue;
+        case JT_INT:
+        case JT_BIGINT:
+        case JT_DECIMAL:
+        case JT_DQSTRING:
+        case JT_SQSTRING:
+        case JT_TRUE:
+        case JT_FALSE:
+        case JT_NULL:
+            VXJSON_PUSH(1); // the token's state, replaced by the value's
+            n -= 1;
+            if ((rc = G::scalar(ctx, t))) goto failed;
+            top_is_scalar = kind == kTop;
+            goto value_done;
+        default: goto syntax;
+        }
+
+    opened:
+        if (t == closer_of(kind)) {
+            VXJSON_PUSH(1);
+            if ((rc = G::open(ctx, kind == kArray ? JSON_ARRAY : JSON_OBJECT))) goto failed;
+            goto close;
+        }
+        if constexpr (O != 0) VXJSON_PUSH(O);
+        if ((rc = G::open(ctx, kind == kArray ? JSON_ARRAY : JSON_OBJECT))) goto failed;
+        if (kind == kArray) goto value;
+        goto key;
+
+    value_done:
+        // The value is reduced into its container (it takes no entry of
+        // its own from here on).
+        if (kind == kTop) {
+            if (top_is_scalar && (rc = G::top_scalar(ctx))) goto failed;
+            state = kEnd;
+            continue;
+        }
+        if (kind == kArray) G::attach(ctx);
+        else G::member(ctx, e[n - 2]);
+        n = base + O + 2; // elements / members
+        state = kAfterItem;
+        continue;
+
+    after_item:
+        if (t == ',') {
+            VXJSON_PUSH(1);
+            state = kAfterComma;
+            continue;
+        }
+        if (t != closer_of(kind)) goto syntax;
+        VXJSON_PUSH(2); // the empty trailing comma and the bracket
+        goto close;
+
+    after_comma:
+        if (t == closer_of(kind)) {
+            if (ctx->strict) {
+                rc = VXJSON_ERR_SYNTAX;
+                goto failed;
+            }
+            VXJSON_PUSH(1);
+            goto close;
+        }
+        if (kind == kArray) goto value;
+        goto key;
+
+    key: {
+        uintptr_t member = 0;
+        switch (t) {
+        case JT_DQSTRING:
+        case JT_SQSTRING:
+        case JT_NAME:
+            VXJSON_PUSH(1);
+            rc = G::key(ctx, ctx->tok_str, uint32_t(ctx->tok_val), member);
+            break;
+        case JT_TRUE:
+        case JT_FALSE:
+        case JT_NULL:
+            VXJSON_PUSH(1);
+            if (ctx->strict) {
+                rc = VXJSON_ERR_SYNTAX;
+                goto failed;
+            }
+            rc = t == JT_TRUE    ? G::key(ctx, "true", 4, member)
+                 : t == JT_FALSE ? G::key(ctx, "false", 5, member)
+                                 : G::key(ctx, "null", 4, member);
+            break;
+        default: goto syntax;
+        }
+        if (rc) goto failed;
+        e[n - 1] = member;
+        state = kColon;
+        continue;
+    }
+
+    colon:
+        if (t != ':') goto syntax;
+        VXJSON_PUSH(1);
+        state = kValue;
+        continue;
+
+    close: {
+        const uintptr_t open = e[base];
+        n = base;
+        base = uint32_t(open >> 2);
+        kind = uint32_t(e[base] & 3);
+        goto value_done;
+    }
+
+    end:
+        if (t != 0) goto syntax;
+        return 0;
+    }
+
+exhausted:
+    G::error(ctx, "memory exhausted");
+    return 2;
+syntax:
+    G::error(ctx, "syntax error");
+    return 1;
+failed:
+    return G::error_ex(ctx, rc);
+#undef VXJSON_PUSH
+}
+
+} // namespace vxjson::parse
+
+namespace vxjson {
+// The tree grammar over a started scanner (grammar.cpp); also used by the
+// check entry when member names must be unique.
+int32_t parse_tree(scan::Scanner &s, jlpca_ctx *ctx);
+} // namespace vxjson
+
+#endif

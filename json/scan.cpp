@@ -1,0 +1,299 @@
+// JSON scanner: the out-of-line rules (strings with escapes or multibyte
+// corner cases, unusual numbers, words that are no keyword, errors) and
+// the scanner's entry points.  The hot rules are inline in scan_internal.h.
+//
+// Inside a string the scanner works in pieces, as a table-driven scanner
+// would: a run of plain content, or one special byte.  The pieces matter
+// because multibyte measuring (jlpca_addlit) sees one piece at a time; in
+// GB18030 a closing quote or backslash right after a lead byte is the
+// second byte of a character, and so content.
+#include "scan_internal.h"
+
+#include <cstring>
+
+#include "report.h"
+#include "vx_heap.h"
+
+using namespace vxjson;
+
+namespace vxjson::scan {
+
+namespace {
+
+// Heap call sites of "json_flex".
+constexpr int32_t LINE_SCANNER_ALLOC = 379;
+constexpr int32_t LINE_TOKEN_COPY = 405;
+
+constexpr const char *kMsgStrictQuote = "json strict only support double quotation";
+constexpr const char *kMsgNeedEscape = "charactor need escape";
+constexpr const char *kMsgNotSupport = "charactor not support";
+constexpr const char *kMsgEscape = "escape error";
+constexpr const char *kMsgUnterminatedDq = "Unterminated quoted identifier";
+constexpr const char *kMsgUnterminatedSq = "Unterminated quoted string";
+constexpr const char *kMsgNoMemory = "out of memory";
+constexpr const char *kMsgInvalidNumber = "invalid json number";
+
+// Largest decimal exponent a number text may reach without any chance of
+// overflowing a double (DBL_MAX is about 1.8e308).
+constexpr int32_t kSafeDecimalExponent = 300;
+
+// A NUL-terminated heap copy of `len` bytes for a token value.
+char *token_copy(jlpca_ctx *ctx, const char *text, size_t len) {
+    auto *p = static_cast<char *>(
+        mem_heap_alloc_low(ctx->env, ctx->heap, len + 1, 0, SRC_FLEX, LINE_TOKEN_COPY));
+    if (!p) return nullptr;
+    std::memcpy(p, text, len);
+    p[len] = '\0';
+    return p;
+}
+
+// The literal becomes the token value: up to its first NUL, as a C-string
+// copy of it would be.
+template <Mode M> int32_t finish_literal(Scanner &s, int32_t kind) {
+    jlpca_ctx *ctx = s.ctx;
+    size_t len = std::strlen(ctx->lit_buf);
+    if constexpr (M == Mode::raw) {
+        char *copy = token_copy(ctx, ctx->lit_buf, len);
+        if (!copy) return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+        ctx->tok_str = copy;
+    } else {
+        ctx->tok_str = ctx->lit_buf;
+    }
+    ctx->tok_val = int64_t(len);
+    ctx->tok = uint32_t(kind);
+    return kind;
+}
+
+int32_t unterminated(Scanner &s, uchar quote) {
+    return quote == '"' ? lex_error(s, VXJSON_ERR_LEX, kMsgUnterminatedDq)
+                        : lex_error(s, VXJSON_ERR_UNTERMINATED_SQ, kMsgUnterminatedSq);
+}
+
+int32_t escape_failed(Scanner &s, int32_t rc) {
+    return rc == VXJSON_ERR_NOMEM ? lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory)
+                                  : lex_error(s, VXJSON_ERR_LEX, kMsgEscape);
+}
+
+// True when the number text cannot exceed a double whatever its digits:
+// fewer integer digits plus exponent than the double range allows.
+bool cannot_overflow(const char *t, int32_t len) {
+    int32_t i = 0, whole = 0;
+    if (i < len && (t[i] == '+' || t[i] == '-')) i++;
+    for (; i < len && t[i] >= '0' && t[i] <= '9'; i++) whole++;
+    if (i < len && t[i] == '.')
+        for (i++; i < len && t[i] >= '0' && t[i] <= '9';) i++;
+    int32_t exp = 0;
+    if (i < len && (t[i] == 'e' || t[i] == 'E')) {
+        bool neg = ++i < len && t[i] == '-';
+        if (i < len && (t[i] == '+' || t[i] == '-')) i++;
+        for (; i < len && t[i] >= '0' && t[i] <= '9'; i++)
+            if (exp < 100000) exp = exp * 10 + (t[i] - '0');
+        if (neg) exp = -exp;
+    }
+    return whole + exp <= kSafeDecimalExponent;
+}
+
+} // namespace
+
+int32_t lex_error(Scanner &s, int32_t code, const char *msg) {
+    set_error(s.ctx, code, msg);
+    s.ctx->err_line = s.line;
+    s.pos = s.end;
+    return 0;
+}
+
+template <Mode M, uchar Q> int32_t string_slow(Scanner &s, const uchar *q, const uchar *r) {
+    jlpca_ctx *ctx = s.ctx;
+    constexpr int32_t kind = Q == '"' ? JT_DQSTRING : JT_SQSTRING;
+    jlpca_startlit(ctx);
+    if (lit_append(ctx, reinterpret_cast<const char *>(q), uint32_t(r - q)))
+        return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+    const uchar *p = r;
+    const uchar *const end = s.end;
+    auto add = [&](const uchar *from, const uchar *to) {
+        return jlpca_addlit(reinterpret_cast<const char *>(from), int32_t(to - from), ctx);
+    };
+    auto escape = [&](const uchar *from, const uchar *to) {
+        return jlpca_addlit_escape(reinterpret_cast<const char *>(from), int32_t(to - from), ctx);
+    };
+    bool ctrl = false;
+    for (;;) {
+        // In the string (DQ or SQ).
+        if (p == end) return unterminated(s, Q);
+        uchar c = *p;
+        if (!is_stop<Q>(c)) {
+            const uchar *e = find_stop<Q>(p, end, ctrl);
+            if (add(p, e)) return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+            p = e;
+            continue;
+        }
+        if (c == '\n') s.line++;
+        if (ctx->mb_pending) {
+            // The trailing byte of a multibyte character: content.
+            if (add(p, p + 1)) return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+            ++p;
+            continue;
+        }
+        if (c == Q) break;
+        if (c != '\\') return lex_error(s, VXJSON_ERR_LEX, kMsgNeedEscape);
+        // After a backslash (DQ_ESC or SQ_ESC).
+        if (++p == end) return unterminated(s, Q);
+        c = *p;
+        int32_t rc;
+        if (is_esc_need(c)) {
+            if (c == '\n') s.line++;
+            return lex_error(s, VXJSON_ERR_LEX, kMsgNeedEscape);
+        }
+        if constexpr (Q == '"') {
+            // The escape letter goes with the plain text after it.
+            const uchar *e = c == '"' || c == '\\' ? p + 1 : find_stop<'"'>(p, end, ctrl);
+            rc = escape(p, e);
+            p = e;
+        } else {
+            if (c == '\'') return lex_error(s, VXJSON_ERR_LEX, kMsgNotSupport);
+            rc = escape(p, p + 1);
+            ++p;
+        }
+        if (rc < 0) return escape_failed(s, rc);
+    }
+    ctx->mb_track = 0;
+    s.pos = p + 1;
+    return finish_literal<M>(s, kind);
+}
+
+int32_t string_raw_plain(Scanner &s, const uchar *q, const uchar *r, int32_t kind) {
+    jlpca_startlit(s.ctx);
+    if (lit_append(s.ctx, reinterpret_cast<const char *>(q), uint32_t(r - q)))
+        return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+    return finish_literal<Mode::raw>(s, kind);
+}
+
+template <Mode M> int32_t number_slow(Scanner &s, int kind, const char *t, int32_t n) {
+    jlpca_ctx *ctx = s.ctx;
+    if constexpr (M == Mode::raw) {
+        switch (kind) {
+        case kInteger: return jlpca_ret_integer(t, n, ctx);
+        case kDecimal: return jlpca_ret_decimal(t, n, ctx);
+        default: return jlpca_ret_real(t, n, ctx);
+        }
+    } else {
+        NumberSplit sp = number_split(t, n, ctx->strict != 0);
+        if (sp.invalid) {
+            set_error(ctx, VXJSON_ERR_INVALID_JSON, kMsgInvalidNumber);
+            return 0;
+        }
+        const char *norm;
+        int32_t len;
+        if (M == Mode::tree && (sp.len == 0 || (sp.negative && sp.dropped))) {
+            // The normalised text is not a slice of the token: a heap copy.
+            if (!jlpca_number_prefix(t, n, ctx, &norm, &len)) return 0;
+        } else if (sp.len == 0) {
+            norm = "0";
+            len = 1;
+        } else {
+            // The check grammar needs no text; the sign never decides
+            // whether a number overflows.
+            norm = sp.negative && !sp.dropped ? sp.digits - 1 : sp.digits;
+            len = int32_t(sp.digits + sp.len - norm);
+        }
+        if (kind == kInteger && len <= kMaxIntegerChars) {
+            int64_t v = parse_int_digits(norm, len);
+            ctx->tok_val = v;
+            ctx->tok = v == int64_t(int32_t(v)) ? JT_INT : JT_BIGINT;
+            return int32_t(ctx->tok);
+        }
+        if (kind == kReal && ctx->number_mode == 2) return ret_real_low(ctx, norm, len, false);
+        if (cannot_overflow(norm, len)) return set_decimal(ctx, norm, len, false);
+        return kind == kReal ? ret_real_low(ctx, norm, len, false)
+                             : ret_decimal_low(ctx, norm, len, false);
+    }
+}
+
+template <Mode M> int32_t word_slow(Scanner &s, const char *w, int32_t n) {
+    jlpca_ctx *ctx = s.ctx;
+    if (ctx->strict) return lex_error(s, VXJSON_ERR_LEX, kMsgStrictQuote);
+    if constexpr (M == Mode::raw) {
+        char *copy = token_copy(ctx, w, size_t(n));
+        if (!copy) return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+        ctx->tok_str = copy;
+    } else {
+        ctx->tok_str = const_cast<char *>(w);
+    }
+    ctx->tok_val = n;
+    ctx->tok = JT_NAME;
+    return JT_NAME;
+}
+
+#define VXJSON_SCAN_INSTANTIATE(M)                                                         \
+    template int32_t string_slow<M, '"'>(Scanner &, const uchar *, const uchar *);         \
+    template int32_t string_slow<M, '\''>(Scanner &, const uchar *, const uchar *);        \
+    template int32_t number_slow<M>(Scanner &, int, const char *, int32_t);                \
+    template int32_t word_slow<M>(Scanner &, const char *, int32_t);
+VXJSON_SCAN_INSTANTIATE(Mode::raw)
+VXJSON_SCAN_INSTANTIATE(Mode::tree)
+VXJSON_SCAN_INSTANTIATE(Mode::check)
+#undef VXJSON_SCAN_INSTANTIATE
+
+// ------------------------------------------------------------------
+// Scanner instances
+// ------------------------------------------------------------------
+
+Scanner *json_lex_init_extra(jlpca_ctx *ctx) {
+    auto *s = static_cast<Scanner *>(mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(Scanner), 0,
+                                                        SRC_FLEX, LINE_SCANNER_ALLOC));
+    if (s) *s = Scanner{ctx, nullptr, nullptr, 1, 0, false};
+    return s;
+}
+
+void json_lex_destroy(Scanner *s) {
+    // The instance lives in the context's heap and goes with it.
+    if (s && s->ctx->scanner == s) s->ctx->scanner = nullptr;
+}
+
+void json__scan_bytes(Scanner &s, const char *text, uint32_t len) {
+    // Read in place: the scanner never reads past `len`, so no terminated
+    // copy is needed, and a NUL between tokens still ends the input.
+    s.pos = reinterpret_cast<const uchar *>(text);
+    s.end = s.pos + (text ? len : 0);
+}
+
+void json_set_lineno(uint32_t line, Scanner &s) { s.line = line; }
+void json_set_column(uint32_t column, Scanner &s) { s.column = column; }
+
+void scanner_start(Scanner &s, jlpca_ctx *ctx) {
+    s.ctx = ctx;
+    ctx->scanner = &s;
+    ctx->scan_handle = &s;
+    jlpca_startlit(ctx);
+    json__scan_bytes(s, ctx->text, ctx->text_len);
+    json_set_lineno(1, s);
+    json_set_column(0, s);
+    s.mb_simple = ctx->mb_charset != VX_CHARSET_GB18030 && ctx->mb_charset != VX_CHARSET_EUCKR;
+}
+
+} // namespace vxjson::scan
+
+using namespace vxjson::scan;
+
+extern "C" {
+
+VXJSON_API int32_t json_flex_scanner_init(jlpca_ctx *ctx, void **scanner) {
+    Scanner *s = json_lex_init_extra(ctx);
+    *scanner = s;
+    if (!s) return VXJSON_ERR_NOMEM;
+    scanner_start(*s, ctx);
+    return 0;
+}
+
+VXJSON_API void json_flex_scanner_deinit(jlpca_ctx *ctx, void *scanner) {
+    json_lex_destroy(static_cast<Scanner *>(scanner));
+    if (ctx->scan_handle == scanner) ctx->scan_handle = nullptr;
+}
+
+VXJSON_API int32_t json_lex(void *, void *scanner) {
+    return next_token<Mode::raw>(*static_cast<Scanner *>(scanner));
+}
+
+VXJSON_API int32_t json_flex_next_token(void *scanner) { return json_lex(nullptr, scanner); }
+
+} // extern "C"

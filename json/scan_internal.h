@@ -1,0 +1,411 @@
+// scan_internal.h -- the JSON scanner, shared only by scan.cpp and the two
+// grammars.  The token dispatch, blank skipping, plain string runs and
+// plain numbers are inline here so that each grammar gets its own copy
+// without a call per token; escapes, multibyte corner cases, errors and
+// unusual numbers live out of line in scan.cpp.
+//
+// The scanner reads the context's text in place.  It never reads at or past
+// text + text_len: end of input is the end pointer, not a terminator.
+//
+// Three modes share the rules and differ only in what they leave behind:
+//  - raw:   json_lex / json_flex_next_token; every token value is a heap
+//           copy, as a caller outside the grammars may keep it.
+//  - tree:  the tree grammar; tok_str may point into the text or the
+//           literal buffer, since the grammar copies it before the next token.
+//  - check: the check grammar; token values are not produced at all.
+#ifndef VXJSON_SCAN_INTERNAL_H
+#define VXJSON_SCAN_INTERNAL_H
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <initializer_list>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include "jlpca_internal.h"
+#include "vx_charset.h"
+#include "vxjson.h"
+
+namespace vxjson::scan {
+
+using uchar = unsigned char;
+
+enum class Mode { raw, tree, check };
+
+// ------------------------------------------------------------------
+// Byte classes
+// ------------------------------------------------------------------
+
+enum : uint16_t {
+    kBlank = 1 << 0,     // skipped between tokens
+    kEscNeed = 1 << 1,   // must be escaped inside a string
+    kDqStop = 1 << 2,    // ends a run of double-quoted string content
+    kSqStop = 1 << 3,    // ends a run of single-quoted string content
+    kDigit = 1 << 4,
+    kWordStart = 1 << 5, // letters, '_' and every byte 0x80-0xFF
+    kWord = 1 << 6,      // word start or digit
+    kPunct = 1 << 7,     // single-character tokens
+    kNumStart = 1 << 8,  // may start a number: digit, sign, '.'
+};
+
+constexpr uint16_t byte_class(unsigned c) {
+    uint16_t f = 0;
+    const bool esc = c == 8 || c == 9 || c == 10 || c == 12 || c == 13;
+    if (c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r') f |= kBlank;
+    if (esc) f |= kEscNeed;
+    if (esc || c == '"' || c == '\\') f |= kDqStop;
+    if (esc || c == '\'' || c == '\\') f |= kSqStop;
+    const bool digit = c >= '0' && c <= '9';
+    const bool start = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c >= 0x80;
+    if (digit) f |= kDigit;
+    if (start) f |= kWordStart;
+    if (start || digit) f |= kWord;
+    for (char p : {'(', ')', ',', ':', ';', '[', ']', '{', '}', '~'})
+        if (c == uchar(p)) f |= kPunct;
+    if (digit || c == '+' || c == '-' || c == '.') f |= kNumStart;
+    return f;
+}
+
+struct ByteClasses {
+    uint16_t v[256];
+    constexpr ByteClasses() : v{} {
+        for (unsigned c = 0; c < 256; c++) v[c] = byte_class(c);
+    }
+};
+inline constexpr ByteClasses kClass{};
+
+inline bool is_blank(uchar c) { return kClass.v[c] & kBlank; }
+inline bool is_esc_need(uchar c) { return kClass.v[c] & kEscNeed; }
+inline bool is_digit(uchar c) { return kClass.v[c] & kDigit; }
+inline bool is_word(uchar c) { return kClass.v[c] & kWord; }
+inline bool is_word_start(uchar c) { return kClass.v[c] & kWordStart; }
+inline bool is_punct(uchar c) { return kClass.v[c] & kPunct; }
+template <uchar Q> inline bool is_stop(uchar c) {
+    return kClass.v[c] & (Q == '"' ? kDqStop : kSqStop);
+}
+
+// ------------------------------------------------------------------
+// Scanner instance
+// ------------------------------------------------------------------
+
+struct Scanner {
+    jlpca_ctx *ctx;      // the context every action writes into
+    const uchar *pos;    // next byte to read
+    const uchar *end;    // end of the text
+    uint32_t line;       // current line, from 1
+    uint32_t column;     // current column, from 0 (kept for json_set_column)
+    bool mb_simple;      // the charset never leaves a piece inside a character
+};
+
+// Generated-scanner entry points, under the names the server knows.
+// Instance from the context's heap; null when the heap is exhausted.
+Scanner *json_lex_init_extra(jlpca_ctx *ctx);
+void json_lex_destroy(Scanner *s);
+// Set up an instance over the context's text (read in place, not copied).
+void scanner_start(Scanner &s, jlpca_ctx *ctx);
+void json__scan_bytes(Scanner &s, const char *text, uint32_t len);
+void json_set_lineno(uint32_t line, Scanner &s);
+void json_set_column(uint32_t column, Scanner &s);
+
+// ------------------------------------------------------------------
+// Out-of-line parts (scan.cpp)
+// ------------------------------------------------------------------
+
+// Raise a lexical error at the current line: tok 0, returns 0, and the
+// scanner stops reading.
+[[gnu::cold]] int32_t lex_error(Scanner &s, int32_t code, const char *msg);
+// The quoted string from `q` (after the quote) whose first run [q, r) has
+// been measured but not collected, continued at r byte by byte.
+template <Mode M, uchar Q>
+[[gnu::noinline]] int32_t string_slow(Scanner &s, const uchar *q, const uchar *r);
+// Numbers that need more than the plain path: leading zeros after a '-',
+// overflow checks, number_mode 2, strictness errors.
+template <Mode M>
+[[gnu::noinline]] int32_t number_slow(Scanner &s, int kind, const char *t, int32_t n);
+// Words in raw mode, and words that are no keyword in every mode.
+template <Mode M> [[gnu::noinline]] int32_t word_slow(Scanner &s, const char *w, int32_t n);
+// A string closed on its first run in raw mode: literal and heap copy.
+int32_t string_raw_plain(Scanner &s, const uchar *q, const uchar *r, int32_t kind);
+
+enum NumberKind { kInteger, kDecimal, kReal };
+
+// ------------------------------------------------------------------
+// Runs
+// ------------------------------------------------------------------
+
+// First byte at or after p that ends string content for quote Q, or end.
+// `ctrl` is set when a control byte that is content (NUL among them) was
+// passed, so the caller knows to look for a NUL.
+template <uchar Q>
+inline const uchar *find_stop(const uchar *p, const uchar *end, bool &ctrl) {
+#if defined(__SSE2__)
+    const __m128i vq = _mm_set1_epi8(char(Q));
+    const __m128i vb = _mm_set1_epi8('\\');
+    const __m128i v13 = _mm_set1_epi8(13);
+    while (end - p >= 16) {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+        __m128i low = _mm_cmpeq_epi8(_mm_min_epu8(v, v13), v); // bytes 0..13
+        unsigned m = unsigned(_mm_movemask_epi8(
+            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, vq), _mm_cmpeq_epi8(v, vb)), low)));
+        while (m) {
+            unsigned i = unsigned(__builtin_ctz(m));
+            if (is_stop<Q>(p[i])) return p + i;
+            ctrl = true;
+            m &= m - 1;
+        }
+        p += 16;
+    }
+#endif
+    for (; p < end; ++p) {
+        uchar c = *p;
+        if (c <= 13 || c == Q || c == '\\') {
+            if (is_stop<Q>(c)) return p;
+            ctrl = true;
+        }
+    }
+    return end;
+}
+
+// Past the blanks starting at p, counting line feeds.
+inline const uchar *skip_blanks(const uchar *p, const uchar *end, uint32_t &line) {
+#if defined(__SSE2__)
+    const __m128i sp = _mm_set1_epi8(' '), nl = _mm_set1_epi8('\n');
+    const __m128i tab = _mm_set1_epi8('\t'), cr = _mm_set1_epi8('\r'), ff = _mm_set1_epi8('\f');
+    while (end - p >= 16) {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+        __m128i lf = _mm_cmpeq_epi8(v, nl);
+        __m128i ws = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, sp), lf),
+                                  _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, tab),
+                                                            _mm_cmpeq_epi8(v, cr)),
+                                               _mm_cmpeq_epi8(v, ff)));
+        unsigned nonblank = ~unsigned(_mm_movemask_epi8(ws)) & 0xFFFFu;
+        unsigned lines = unsigned(_mm_movemask_epi8(lf));
+        if (nonblank) {
+            unsigned k = unsigned(__builtin_ctz(nonblank));
+            lines &= (1u << k) - 1;
+            for (; lines; lines &= lines - 1) line++;
+            return p + k;
+        }
+        for (; lines; lines &= lines - 1) line++;
+        p += 16;
+    }
+#endif
+    for (; p < end && is_blank(*p); ++p) line += *p == '\n';
+    return p;
+}
+
+// ------------------------------------------------------------------
+// Tokens
+// ------------------------------------------------------------------
+
+inline int32_t byte_token(Scanner &s, const uchar *p) {
+    s.pos = p + 1;
+    s.ctx->tok = *p;
+    return *p;
+}
+
+// Multibyte measuring of the first run of a string.  Skipped when the
+// charset cannot end a piece inside a character and nothing is pending:
+// measuring would give 0 and change nothing.
+inline void measure_run(Scanner &s, const uchar *q, const uchar *r) {
+    jlpca_ctx *ctx = s.ctx;
+    if (q == r) return;
+    if (s.mb_simple && !ctx->mb_pending && !ctx->mb_split) return;
+    ctx->mb_pending = jlpca_encoding_mblen(ctx, reinterpret_cast<const char *>(q), int32_t(r - q));
+}
+
+template <Mode M, uchar Q> inline int32_t scan_string(Scanner &s, const uchar *p) {
+    jlpca_ctx *ctx = s.ctx;
+    constexpr int32_t kind = Q == '"' ? JT_DQSTRING : JT_SQSTRING;
+    const uchar *q = p + 1;
+    ctx->mb_track = 1;
+    bool ctrl = false;
+    const uchar *r = find_stop<Q>(q, s.end, ctrl);
+    measure_run(s, q, r);
+    if (r == s.end || *r != Q || ctx->mb_pending) [[unlikely]]
+        return string_slow<M, Q>(s, q, r);
+    ctx->mb_track = 0;
+    s.pos = r + 1;
+    if constexpr (M == Mode::raw) {
+        return string_raw_plain(s, q, r, kind);
+    } else {
+        ctx->lit_escaped = 0;
+        if constexpr (M == Mode::tree) {
+            // The value ends at its first NUL, as a C-string copy would.
+            size_t len = size_t(r - q);
+            if (ctrl) {
+                if (const void *z = std::memchr(q, 0, len)) len = size_t(static_cast<const uchar *>(z) - q);
+            }
+            ctx->tok_str = const_cast<char *>(reinterpret_cast<const char *>(q));
+            ctx->tok_val = int64_t(len);
+        }
+        ctx->tok = kind;
+        return kind;
+    }
+}
+
+// Past a run of decimal digits, eight at a time where the text allows.
+inline const uchar *skip_digits(const uchar *p, const uchar *end) {
+    constexpr uint64_t kOnes = 0x0101010101010101ull;
+    while (end - p >= 8) {
+        uint64_t x;
+        std::memcpy(&x, p, 8);
+        // A byte is a digit when its high nibble is 3 and its low one <= 9;
+        // `bad` is nonzero exactly in the other bytes (no carries cross).
+        uint64_t bad = ((x & 0xF0 * kOnes) ^ 0x30 * kOnes) | (((x & 0x0F * kOnes) + 0x06 * kOnes) & 0x10 * kOnes);
+        if (bad) {
+            uint64_t high = (((bad & 0x7F * kOnes) + 0x7F * kOnes) | bad) & 0x80 * kOnes;
+            if constexpr (std::endian::native == std::endian::little)
+                return p + (__builtin_ctzll(high) >> 3);
+            else
+                return p + (__builtin_clzll(high) >> 3);
+        }
+        p += 8;
+    }
+    while (p < end && is_digit(*p)) ++p;
+    return p;
+}
+
+template <Mode M> inline int32_t scan_number(Scanner &s, const uchar *p) {
+    const uchar *start = p, *end = s.end;
+    if (*p == '+' || *p == '-') ++p;
+    const uchar *digits = p;
+    p = skip_digits(p, end);
+    const bool whole = p != digits;
+    int kind = kInteger;
+    bool dot_last = false; // strict reading rejects a '.' that ends the number
+    if (p < end && *p == '.' && (whole || (p + 1 < end && is_digit(p[1])))) {
+        kind = kDecimal;
+        const uchar *frac = ++p;
+        p = skip_digits(p, end);
+        dot_last = p == frac;
+    }
+    if (kind == kInteger && !whole) return byte_token(s, start); // a sign or '.' alone
+    if (p < end) {
+        uchar c = *p;
+        if (c == 'd' || c == 'D' || c == 'f' || c == 'F') {
+            ++p;
+            kind = kReal;
+            dot_last = false;
+        } else if (c == 'e' || c == 'E') {
+            const uchar *e = p + 1;
+            if (e < end && (*e == '+' || *e == '-')) ++e;
+            if (e < end && is_digit(*e)) {
+                p = skip_digits(e, end);
+                kind = kReal;
+                dot_last = false;
+            }
+        }
+    }
+    s.pos = p;
+    const auto *t = reinterpret_cast<const char *>(start);
+    const int32_t n = int32_t(p - start);
+    jlpca_ctx *ctx = s.ctx;
+    if constexpr (M != Mode::raw) {
+        // A plain number is its own normalised text: no '+', digits before
+        // any '.', no leading zero, no '.' at the end; and no overflow
+        // check can change its outcome.
+        const bool plain = *start != '+' && whole && !dot_last &&
+                           (*digits != '0' || digits + 1 == p || digits[1] == '.') &&
+                           ctx->number_mode != 2 && ctx->compat != JLPCA_COMPAT_MYSQL;
+        if (plain) [[likely]] {
+            if (kind == kInteger && n <= kMaxIntegerChars) {
+                if constexpr (M == Mode::tree) {
+                    int64_t v = parse_int_digits(t, n);
+                    ctx->tok_val = v;
+                    ctx->tok = v == int64_t(int32_t(v)) ? JT_INT : JT_BIGINT;
+                } else {
+                    ctx->tok = JT_INT;
+                }
+                return int32_t(ctx->tok);
+            }
+            if constexpr (M == Mode::tree) {
+                ctx->tok_str = const_cast<char *>(t);
+                ctx->tok_val = n;
+            }
+            ctx->tok = JT_DECIMAL;
+            return JT_DECIMAL;
+        }
+    }
+    return number_slow<M>(s, kind, t, n);
+}
+
+template <Mode M> inline int32_t scan_word(Scanner &s, const uchar *p) {
+    const uchar *q = p + 1;
+    while (q < s.end && is_word(*q)) ++q;
+    s.pos = q;
+    const auto *w = reinterpret_cast<const char *>(p);
+    const int32_t n = int32_t(q - p);
+    if (n == 4 || n == 5) {
+        int32_t kw = keyword_lookup(w, size_t(n), s.ctx->strict != 0);
+        if (kw > 0) {
+            s.ctx->tok = uint32_t(kw);
+            return kw;
+        }
+    }
+    return word_slow<M>(s, w, n);
+}
+
+template <Mode M> [[gnu::always_inline]] inline int32_t next_token(Scanner &s) {
+    const uchar *p = s.pos;
+    const uchar *const end = s.end;
+    jlpca_ctx *ctx = s.ctx;
+    for (;;) {
+        if (p == end) [[unlikely]] {
+            s.pos = p;
+            ctx->tok = 0;
+            return 0;
+        }
+        const uchar c = *p;
+        switch (c) {
+        case ' ':
+        case '\t':
+        case '\n':
+        case '\f':
+        case '\r':
+            p = skip_blanks(p, end, s.line);
+            continue;
+        case '"': return scan_string<M, '"'>(s, p);
+        case '\'':
+            if (ctx->strict) {
+                s.pos = p + 1;
+                return lex_error(s, VXJSON_ERR_LEX, "json strict only support double quotation");
+            }
+            return scan_string<M, '\''>(s, p);
+        case '{':
+        case '}':
+        case '[':
+        case ']':
+        case ',':
+        case ':':
+        case '(':
+        case ')':
+        case ';':
+        case '~': return byte_token(s, p);
+        case '-':
+        case '+':
+        case '.':
+        case '0':
+        case '1':
+        case '2':
+        case '3':
+        case '4':
+        case '5':
+        case '6':
+        case '7':
+        case '8':
+        case '9': return scan_number<M>(s, p);
+        default:
+            if (is_word_start(c)) return scan_word<M>(s, p);
+            // Any other byte is its own token; a NUL thus ends the input.
+            return byte_token(s, p);
+        }
+    }
+}
+
+} // namespace vxjson::scan
+
+#endif
