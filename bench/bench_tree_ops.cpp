@@ -1,0 +1,222 @@
+// Containment, equality, merge, concatenation and null stripping on the
+// sample documents, in operations per second (items_per_second).
+//
+// The predicates run on trees read once.  The merges and null stripping
+// change their inputs, so each of their iterations reads fresh trees first
+// with the timer paused; only the operation itself (and, for the merges
+// and concatenation, the writing of the result text) is timed.
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "vx_alloc.h"
+#include "vx_heap.h"
+#include "vxjson.h"
+
+namespace {
+
+std::string load(const char *name) {
+    std::ifstream in(std::string(VXJSON_BENCH_DATA_DIR) + "/" + name, std::ios::binary);
+    std::ostringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+const std::string &twitter() {
+    static const std::string text = load("twitter.json");
+    return text;
+}
+
+const std::string &citm() {
+    static const std::string text = load("citm_catalog.json");
+    return text;
+}
+
+// A context over its own heap and counting allocator; reset() forgets
+// every tree read so far.
+struct Reader {
+    vx_heap *heap = mem_heap_create(1 << 20);
+    vx_alloc_state state{};
+    vx_allocator alloc{};
+    std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
+
+    explicit Reader(bool sorted) {
+        vx_allocator_init(&alloc, &state);
+        jlpca_init(nullptr, ctx.get(), heap, &alloc, JLPCA_ESCAPE_DECODE, 1, 0, JLPCA_COMPAT_MYSQL);
+        ctx->sorted_keys = sorted ? 1 : 0;
+    }
+    ~Reader() {
+        jlpca_deinit(ctx.get());
+        vx_allocator_release_all(&state);
+        mem_heap_free(heap);
+    }
+    Reader(const Reader &) = delete;
+    Reader &operator=(const Reader &) = delete;
+
+    json_node *read(const std::string &text) {
+        json_node *root = nullptr;
+        if (jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size())) ||
+            json_flex(ctx.get(), &root))
+            return nullptr;
+        return root;
+    }
+    void reset() {
+        vx_allocator_release_all(&state);
+        mem_heap_reset(heap);
+    }
+    void release(char *text) { vx_free(nullptr, &alloc, text); }
+};
+
+json_node *member(const json_node *object, const char *name) {
+    json_keyval *kv = json_object_find_keyval_by_name(object, name, uint32_t(std::strlen(name)));
+    return kv ? kv->value : nullptr;
+}
+
+// An array whose element list holds just `element` (its own sibling links
+// are ignored past the count), as the predicates read arrays.
+json_node *list_of_one(Reader &r, json_node *element) {
+    json_node *a = json_mem_create(r.ctx.get(), JSON_ARRAY);
+    a->lst_count = 1;
+    a->lst_first = a->lst_last = element;
+    return a;
+}
+
+// The document, and {"statuses":[its last status]} read separately.
+struct TwitterPair {
+    Reader r{false};
+    json_node *doc = r.read(twitter());
+    json_node *candidate = nullptr;
+    json_node *status_list = nullptr;  // [last status]
+
+    TwitterPair() {
+        json_node *copy = r.read(twitter());
+        if (!doc || !copy) return;
+        json_node *statuses = member(copy, "statuses");
+        status_list = list_of_one(r, statuses->items[statuses->count - 1]);
+        candidate = json_mem_create(r.ctx.get(), JSON_OBJECT);
+        if (json_object_add_one_node(r.ctx.get(), candidate, "statuses", 8, status_list, 0))
+            candidate = nullptr;
+    }
+};
+
+template <int32_t (*Pred)(const json_node *, const json_node *)>
+void run_predicate(benchmark::State &state, bool whole_doc) {
+    TwitterPair p;
+    if (!p.candidate) {
+        state.SkipWithError("twitter.json not readable");
+        return;
+    }
+    const json_node *a = whole_doc ? p.doc : member(p.doc, "statuses");
+    const json_node *b = whole_doc ? p.candidate : p.status_list;
+    int32_t expect = Pred(a, b);
+    for (auto _ : state) benchmark::DoNotOptimize(Pred(a, b));
+    state.counters["result"] = expect;
+    state.SetItemsProcessed(state.iterations());
+}
+
+void BM_ContainsPg_TwitterStatus(benchmark::State &state) {
+    run_predicate<json_contains_pg>(state, true);
+}
+void BM_ContainsMysql_TwitterStatus(benchmark::State &state) {
+    run_predicate<json_contains_mysql>(state, true);
+}
+void BM_OverlapsMysql_TwitterStatus(benchmark::State &state) {
+    run_predicate<json_overlaps_mysql>(state, false);
+}
+
+void BM_Equal_Twitter(benchmark::State &state) {
+    Reader r(false);
+    json_node *a = r.read(twitter());
+    json_node *b = r.read(twitter());
+    if (!a || !b) {
+        state.SkipWithError("twitter.json not readable");
+        return;
+    }
+    for (auto _ : state) benchmark::DoNotOptimize(json_cmp(a, b, JSON_CMP_EQUAL));
+    state.SetItemsProcessed(state.iterations());
+}
+
+// A merge of a document with itself (read twice, sorted keys), written out.
+void run_merge(benchmark::State &state, const std::string &text, int32_t patch) {
+    Reader r(true);
+    uint64_t bytes = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        r.reset();
+        json_node *a = r.read(text);
+        json_node *b = r.read(text);
+        state.ResumeTiming();
+        char *out = nullptr;
+        uint32_t len = 0;
+        if (!a || !b || json_merge_mysql(a, b, patch, r.ctx.get(), &out, &len)) {
+            state.SkipWithError("merge failed");
+            return;
+        }
+        bytes += len;
+        r.release(out);
+    }
+    state.SetItemsProcessed(state.iterations());
+    state.SetBytesProcessed(int64_t(bytes));
+}
+
+void BM_MergePreserve_Twitter(benchmark::State &state) { run_merge(state, twitter(), 0); }
+void BM_MergePatch_Twitter(benchmark::State &state) { run_merge(state, twitter(), 1); }
+void BM_MergePreserve_Citm(benchmark::State &state) { run_merge(state, citm(), 0); }
+void BM_MergePatch_Citm(benchmark::State &state) { run_merge(state, citm(), 1); }
+
+void BM_Concat_TwitterStatuses(benchmark::State &state) {
+    Reader r(false);
+    json_node *doc = r.read(twitter());
+    json_node *statuses = doc ? member(doc, "statuses") : nullptr;
+    if (!statuses) {
+        state.SkipWithError("twitter.json not readable");
+        return;
+    }
+    uint64_t bytes = 0;
+    for (auto _ : state) {
+        char *out = nullptr;
+        uint32_t len = 0;
+        if (jsonb_concat(statuses, statuses, r.ctx.get(), &out, &len)) {
+            state.SkipWithError("concatenation failed");
+            return;
+        }
+        bytes += len;
+        r.release(out);
+    }
+    state.SetItemsProcessed(state.iterations());
+    state.SetBytesProcessed(int64_t(bytes));
+}
+
+void BM_StripNulls_Twitter(benchmark::State &state) {
+    Reader r(false);
+    for (auto _ : state) {
+        state.PauseTiming();
+        r.reset();
+        json_node *doc = r.read(twitter());
+        state.ResumeTiming();
+        if (!doc || jsonb_strip_nulls_object(doc)) {
+            state.SkipWithError("strip failed");
+            return;
+        }
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+BENCHMARK(BM_ContainsPg_TwitterStatus);
+BENCHMARK(BM_ContainsMysql_TwitterStatus);
+BENCHMARK(BM_OverlapsMysql_TwitterStatus);
+BENCHMARK(BM_Equal_Twitter);
+BENCHMARK(BM_MergePreserve_Twitter)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MergePatch_Twitter)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MergePreserve_Citm)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MergePatch_Citm)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Concat_TwitterStatuses)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_StripNulls_Twitter)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+BENCHMARK_MAIN();
