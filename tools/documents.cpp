@@ -69,10 +69,12 @@ void run_lines(const input_spec &in, session &s, const doc_action &act, tally &t
 }  // namespace
 
 void tool_error(const std::string &message) {
+    clear_progress_line();
     std::fprintf(stderr, "vxjson: %s\n", message.c_str());
 }
 
 void report_failure(const std::string &name, uint64_t line, const read_failure &why) {
+    clear_progress_line();
     std::fprintf(stderr, "%s:%llu: error %d: %s\n", name.c_str(),
                  static_cast<unsigned long long>(line), why.code, why.message.c_str());
 }

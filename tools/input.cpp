@@ -23,6 +23,9 @@ constexpr uint64_t PROGRESS_FROM = 100ull << 20; // streams shorter than this st
 constexpr uint64_t PROGRESS_STEP = 4u << 20;     // bytes between looks at the clock
 constexpr int64_t PROGRESS_EVERY_MS = 250;
 
+// The line on screen, cleared before any message is printed.
+progress_line *active_line = nullptr;
+
 std::string errno_text(const std::string &name) {
     return "cannot read '" + name + "': " + std::strerror(errno);
 }
@@ -106,8 +109,11 @@ void progress_line::start(const std::string &name, uint64_t total) {
     name_ = name;
     total_ = total;
     done_ = 0;
-    next_draw_ = PROGRESS_FROM;
+    // A stream known to be long shows progress from the start; one of
+    // unknown length once it has been long.
+    next_draw_ = total >= PROGRESS_FROM ? 0 : PROGRESS_FROM;
     last_ms_ = 0;
+    active_line = this;
 }
 
 void progress_line::advance(uint64_t bytes) {
@@ -135,10 +141,19 @@ void progress_line::draw() {
     shown_ = true;
 }
 
-void progress_line::finish() {
+void progress_line::clear() {
     if (shown_) std::fputs("\r\033[K", stderr);
     shown_ = false;
+}
+
+void progress_line::finish() {
+    clear();
     enabled_ = false;
+    if (active_line == this) active_line = nullptr;
+}
+
+void clear_progress_line() {
+    if (active_line) active_line->clear();
 }
 
 line_source::~line_source() {

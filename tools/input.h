@@ -37,6 +37,7 @@ public:
     // `total` 0 when the size is unknown (a pipe).
     void start(const std::string &name, uint64_t total);
     void advance(uint64_t bytes);
+    void clear();   // take the line off the screen until the next update
     void finish();
 
 private:
@@ -49,6 +50,9 @@ private:
     uint64_t next_draw_ = 0; // bytes at which to look at the clock again
     int64_t last_ms_ = 0;
 };
+
+// Clears the progress line, if one is shown, before a message.
+void clear_progress_line();
 
 // The lines of an input, one at a time, in memory bounded by the longest
 // line.  A carriage return before the line feed is dropped.
