@@ -177,6 +177,54 @@ int32_t value(writer &w, const json_node *node, uint32_t level, uint32_t newline
     }
 }
 
+// Bytes that the text of `node` will take at `level`, counting strings as
+// stored and integers at their widest: enough in all but heavily escaped
+// documents, so the output is reserved once instead of growing through
+// copies of itself.
+template <layout L> size_t estimate(const json_node *node, uint32_t level) {
+    constexpr bool pretty = L != layout::compact;
+    const size_t line = pretty ? 2 + 2 * size_t(level) : 0; // line feed, blanks, one spare
+    switch (node ? node->type : 9u) {
+    case JSON_OBJECT: {
+        size_t n = 2 + line;
+        for (const json_keyval *kv = node->first_member; kv; kv = kv->next)
+            n += kv->name_len + 6 + 2 * line + estimate<L>(kv->value, level + 1);
+        return n;
+    }
+    case JSON_ARRAY: {
+        size_t n = 2 + line;
+        const uint32_t count = node->items ? node->count : 0;
+        for (uint32_t i = 0; i < count; ++i) n += 3 + line + estimate<L>(node->items[i], level + 1);
+        return n;
+    }
+    case JSON_STRING:
+    case JSON_DECIMAL:
+        return node->str_len + 2;
+    case JSON_INTEGER:
+        return 20;
+    case JSON_DATE:
+    case JSON_DATETIME:
+        return VXTIME_TEXT_MAX;
+    default:
+        return 8;
+    }
+}
+
+// Reserves the output of a container once, so that a large document is not
+// copied through a series of ever larger buffers.  Compact text of the tree
+// that the context has just read is about as long as the text read (blanks
+// gone, escapes as in the source); otherwise a walk over the tree says how
+// much room the text takes, which costs less than the copies it saves.
+template <layout L>
+bool reserve_for(writer &w, const jlpca_ctx *ctx, const json_node *node, uint32_t level) {
+    if (!is_container(node)) return true;
+    if (L == layout::compact) {
+        if (!ctx || node != ctx->first_node) return true;
+        return w.o.ensure(size_t(ctx->text_len) + 64);
+    }
+    return w.o.ensure(estimate<L>(node, level));
+}
+
 // Runs `f` with the layout that the flag word selects: bit 1 is layout A
 // whatever else is set, layout B only when the whole word is 4.
 template <class F> int32_t with_layout(writer &w, F &&f) {
@@ -206,7 +254,11 @@ VXJSON_API int32_t json_to_string(jlpca_ctx *ctx, vx_allocator *allocator, vxstr
                                   uint32_t newline_first, uint8_t conv) {
     if (string->failed) return NOMEM;
     writer w = make_writer(ctx, allocator, string, flags);
-    return with_layout(w, [&](auto l) { return value<decltype(l)::value>(w, node, level, newline_first, conv); });
+    return with_layout(w, [&](auto l) {
+        constexpr layout L = decltype(l)::value;
+        if (!reserve_for<L>(w, ctx, node, level)) return NOMEM;
+        return value<L>(w, node, level, newline_first, conv);
+    });
 }
 
 VXJSON_API int32_t json_object_to_string(jlpca_ctx *ctx, vx_allocator *allocator, vxstr *string,
