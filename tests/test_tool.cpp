@@ -289,6 +289,8 @@ const tool_case FORMAT_CASES[] = {
     {"pretty_ascii", {"format", "--pretty", "--ascii", "-e", "{\"\xc3\xa9\":[\"\xc3\xa9\"]}"}, "",
      "{\n  \"\\u00E9\": [\n    \"\\u00E9\"\n  ]\n}\n", "", 0},
     {"empty_input", {"format"}, "", "", "", 0},
+    {"empty_strings", {"format", "-e", "{\"\":[\"\",{\"\":\"\"}]}"}, "",
+     "{\"\":[\"\",{\"\":\"\"}]}\n", "", 0},
     {"empty_file", {"format", "@D/empty.json", "@D/good.json"}, "", "{\"a\":[1,2]}\n", "", 0},
     {"bad_input", {"format", "@S/examples/broken.json", "@D/good.json"}, "", "{\"a\":[1,2]}\n",
      "@S/examples/broken.json:3: error -5: charactor need escape\n", 1},

@@ -4,16 +4,11 @@
 namespace vxcli {
 
 int run_check(command_line &cl) {
-    session s(cl.read);
-    if (!s.ready()) {
-        tool_error("out of memory");
-        return EXIT_TROUBLE;
-    }
-    return run_documents(cl, s, [&](std::string_view text, const std::string &name, uint64_t line) {
+    const std::unique_ptr<session> s = open_session(cl.read);
+    if (!s) return EXIT_TROUBLE;
+    return run_documents(cl, *s, [&](std::string_view text, const std::string &name, uint64_t line) {
         read_failure why;
-        if (s.check(text, why) == 0) return doc_result::ok;
-        if (!cl.quiet || why.out_of_memory) report_failure(name, line + why.line - 1, why);
-        return why.out_of_memory ? doc_result::fatal : doc_result::bad;
+        return s->check(text, why) == 0 ? doc_result::ok : refused(cl, name, line, why);
     });
 }
 

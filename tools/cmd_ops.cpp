@@ -116,12 +116,16 @@ int print_answer(bool yes) {
     return std::fflush(stdout) == 0 ? EXIT_GOOD : EXIT_TROUBLE;
 }
 
-// Writes a tree as the result, in the user's layout, and a line feed.
-int print_tree(const op_info &info, session &s, const command_line &cl, const json_node *tree) {
-    int32_t rc = s.write(tree, cl.write);
+// The result's text and a line feed to standard output.
+int print_output(const op_info &info, session &s, int32_t rc) {
     if (rc == 0) rc = s.append("\n");
     if (rc != 0) return op_failed(info, rc);
     return s.flush() && std::fflush(stdout) == 0 ? EXIT_GOOD : EXIT_TROUBLE;
+}
+
+// Writes a tree as the result, in the user's layout, and a line feed.
+int print_tree(const op_info &info, session &s, const command_line &cl, const json_node *tree) {
+    return print_output(info, s, s.write(tree, cl.write));
 }
 
 // A result the library hands back as compact text: printed as it is, or
@@ -135,10 +139,7 @@ int print_text(const op_info &info, session &s, const command_line &cl, const ch
         if (s.read(std::string_view(text, len), &again, ignored) == 0 && again)
             return print_tree(info, s, cl, again);
     }
-    int32_t rc = s.append(std::string_view(text, len));
-    if (rc == 0) rc = s.append("\n");
-    if (rc != 0) return op_failed(info, rc);
-    return s.flush() && std::fflush(stdout) == 0 ? EXIT_GOOD : EXIT_TROUBLE;
+    return print_output(info, s, s.append(std::string_view(text, len)));
 }
 
 int merge(const op_info &info, session &s, const command_line &cl,
@@ -169,11 +170,9 @@ int run_op(op_kind op, command_line &cl) {
     const op_info &info = info_of(op);
     if (!arity_ok(info, cl)) return EXIT_TROUBLE;
     adapt_reading(info, cl.read);
-    session s(cl.read);
-    if (!s.ready()) {
-        tool_error("out of memory");
-        return EXIT_TROUBLE;
-    }
+    const std::unique_ptr<session> sp = open_session(cl.read);
+    if (!sp) return EXIT_TROUBLE;
+    session &s = *sp;
     std::vector<json_node *> trees;
     if (!read_all(cl, s, trees)) return EXIT_TROUBLE;
     switch (op) {

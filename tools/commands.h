@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -23,8 +24,16 @@ void tool_error(const std::string &message);
 // "NAME:LINE: error CODE: MESSAGE" on standard error.
 void report_failure(const std::string &name, uint64_t line, const read_failure &why);
 
+// A session over the reading switches, or null after saying why not.
+std::unique_ptr<session> open_session(const read_options &opts);
+
 // What handling one document came to.
 enum class doc_result { ok, bad, fatal };
+
+// Reports a refused document (unless quiet; running out of memory is
+// always told) and says what that means for the run.
+doc_result refused(const command_line &cl, const std::string &name, uint64_t line,
+                   const read_failure &why);
 using doc_action =
     std::function<doc_result(std::string_view text, const std::string &name, uint64_t line)>;
 

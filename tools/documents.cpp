@@ -79,6 +79,19 @@ void report_failure(const std::string &name, uint64_t line, const read_failure &
                  static_cast<unsigned long long>(line), why.code, why.message.c_str());
 }
 
+std::unique_ptr<session> open_session(const read_options &opts) {
+    auto s = std::make_unique<session>(opts);
+    if (s->ready()) return s;
+    tool_error("out of memory");
+    return nullptr;
+}
+
+doc_result refused(const command_line &cl, const std::string &name, uint64_t line,
+                   const read_failure &why) {
+    if (!cl.quiet || why.out_of_memory) report_failure(name, line + why.line - 1, why);
+    return why.out_of_memory ? doc_result::fatal : doc_result::bad;
+}
+
 int run_documents(const command_line &cl, session &s, const doc_action &act) {
     command_line::inputs_t inputs = cl.inputs;
     if (inputs.empty()) inputs.push_back({false, "-", "<stdin>"});

@@ -34,33 +34,22 @@ const char WRITE_OPTIONS_HELP[] =
 
 namespace {
 
-struct dialect_name {
-    const char *name;
-    int32_t compat;
-};
-constexpr dialect_name DIALECTS[] = {{"standard", 0}, {"pg", 1}, {"mysql", 2}};
-
-// Configuration value 635: 0 GB18030, 1 UTF-8, 2 EUC-KR.
-struct charset_name {
+// Names a switch accepts and the values they stand for.
+struct named_value {
     const char *name;
     int32_t value;
 };
-constexpr charset_name CHARSETS[] = {{"utf8", 1},    {"utf-8", 1},  {"gb18030", 0},
-                                     {"euckr", 2},   {"euc-kr", 2}};
 
-bool find_dialect(const std::string &name, int32_t &out) {
-    for (const dialect_name &d : DIALECTS)
-        if (name == d.name) {
-            out = d.compat;
-            return true;
-        }
-    return false;
-}
+constexpr named_value DIALECTS[] = {{"standard", 0}, {"pg", 1}, {"mysql", 2}};
+// Configuration value 635: 0 GB18030, 1 UTF-8, 2 EUC-KR.
+constexpr named_value CHARSETS[] = {{"utf8", 1},  {"utf-8", 1},  {"gb18030", 0},
+                                    {"euckr", 2}, {"euc-kr", 2}};
 
-bool find_charset(const std::string &name, int32_t &out) {
-    for (const charset_name &c : CHARSETS)
-        if (name == c.name) {
-            out = c.value;
+template <size_t N>
+bool find_named(const named_value (&table)[N], const std::string &name, int32_t &out) {
+    for (const named_value &row : table)
+        if (name == row.name) {
+            out = row.value;
             return true;
         }
     return false;
@@ -90,8 +79,8 @@ bool flag_switch(const std::string &arg, unsigned groups, command_line &out) {
 bool value_switch(const std::string &name, const std::string &value, read_options &r,
                   std::string &error) {
     bool ok = true;
-    if (name == "--dialect") ok = r.dialect_given = find_dialect(value, r.compat);
-    else if (name == "--charset") ok = find_charset(value, r.charset);
+    if (name == "--dialect") ok = r.dialect_given = find_named(DIALECTS, value, r.compat);
+    else if (name == "--charset") ok = find_named(CHARSETS, value, r.charset);
     else if (name == "--max-memory") ok = parse_size(value, r.max_memory) && r.max_memory > 0;
     if (!ok) error = "bad value for " + name + ": '" + value + "'";
     return ok;
