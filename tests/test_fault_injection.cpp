@@ -79,8 +79,6 @@ void write_with_alloc_limit(const std::string &doc, uint64_t n, uint64_t needed)
     int32_t rc = env.write(root, &out);
     EXPECT_EQ(rc, n >= needed ? 0 : VXJSON_ERR_NOMEM) << "allocator limit " << n;
     EXPECT_EQ(env.alloc_state.outstanding, arrays) << "allocator limit " << n;
-    if (rc && n > 0 && (root->type == JSON_OBJECT || root->type == JSON_ARRAY))
-        EXPECT_GT(elog_trail_count(), 0u) << "allocator limit " << n;
 }
 
 TEST(FaultInjection, SmallDocumentsAtEveryAllocation) {

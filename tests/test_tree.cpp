@@ -124,7 +124,8 @@ TEST(Names, EqualityAndSortPosition) {
     json_node *obj = env.object({{"b", env.integer(1)}, {"aa", env.integer(2)}});
     EXPECT_EQ(jsonb_object_add_keyval_sort_by_name(obj, "a", 1), obj->first_member);
     EXPECT_EQ(jsonb_object_add_keyval_sort_by_name(obj, "c", 1), obj->last_member);
-    EXPECT_EQ(jsonb_object_add_keyval_sort_by_name(obj, "zz", 2), obj->last_member);
+    EXPECT_EQ(jsonb_object_add_keyval_sort_by_name(obj, "aa", 2), obj->last_member);
+    EXPECT_EQ(jsonb_object_add_keyval_sort_by_name(obj, "zz", 2), nullptr);
     EXPECT_EQ(jsonb_object_add_keyval_sort_by_name(obj, "abc", 3), nullptr);
 }
 

@@ -53,8 +53,9 @@ struct TreeEnv {
             a->lst_last = e;
             a->lst_count++;
         }
-        if (!elements.empty())
+        if (!elements.empty()) {
             EXPECT_EQ(json_lst_to_arr(ctx.get(), a, a->lst_count, a->lst_first, a->lst_last), 0);
+        }
         return a;
     }
     json_node *object(const std::vector<std::pair<std::string, json_node *>> &members) {
