@@ -140,20 +140,19 @@ void BM_Equal_Twitter(benchmark::State &state) {
     state.SetItemsProcessed(state.iterations());
 }
 
-// A merge of a document with itself (read twice, sorted keys), written out.
-void run_merge(benchmark::State &state, const std::string &text, int32_t patch) {
-    Reader r(true);
+// Time op, which hands back a result text, over `state`; `fresh` (when
+// given) reads its inputs anew before each run, untimed.
+template <class Fresh, class Op>
+void run_text_op(benchmark::State &state, Reader &r, Fresh &&fresh, Op &&op) {
     uint64_t bytes = 0;
     for (auto _ : state) {
         state.PauseTiming();
-        r.reset();
-        json_node *a = r.read(text);
-        json_node *b = r.read(text);
+        const bool ready = fresh();
         state.ResumeTiming();
         char *out = nullptr;
         uint32_t len = 0;
-        if (!a || !b || json_merge_mysql(a, b, patch, r.ctx.get(), &out, &len)) {
-            state.SkipWithError("merge failed");
+        if (!ready || op(&out, &len)) {
+            state.SkipWithError("operation failed");
             return;
         }
         bytes += len;
@@ -163,32 +162,39 @@ void run_merge(benchmark::State &state, const std::string &text, int32_t patch) 
     state.SetBytesProcessed(int64_t(bytes));
 }
 
+// A merge of a document with itself (read twice, sorted keys), written out.
+void run_merge(benchmark::State &state, const std::string &text, int32_t patch) {
+    Reader r(true);
+    json_node *a = nullptr, *b = nullptr;
+    run_text_op(
+        state, r,
+        [&] {
+            r.reset();
+            a = r.read(text);
+            b = r.read(text);
+            return a && b;
+        },
+        [&](char **out, uint32_t *len) {
+            return json_merge_mysql(a, b, patch, r.ctx.get(), out, len);
+        });
+}
+
 void BM_MergePreserve_Twitter(benchmark::State &state) { run_merge(state, twitter(), 0); }
 void BM_MergePatch_Twitter(benchmark::State &state) { run_merge(state, twitter(), 1); }
 void BM_MergePreserve_Citm(benchmark::State &state) { run_merge(state, citm(), 0); }
 void BM_MergePatch_Citm(benchmark::State &state) { run_merge(state, citm(), 1); }
 
+// statuses || statuses: concatenation leaves arrays as they are, so the
+// same trees serve every run.
 void BM_Concat_TwitterStatuses(benchmark::State &state) {
     Reader r(false);
     json_node *doc = r.read(twitter());
     json_node *statuses = doc ? member(doc, "statuses") : nullptr;
-    if (!statuses) {
-        state.SkipWithError("twitter.json not readable");
-        return;
-    }
-    uint64_t bytes = 0;
-    for (auto _ : state) {
-        char *out = nullptr;
-        uint32_t len = 0;
-        if (jsonb_concat(statuses, statuses, r.ctx.get(), &out, &len)) {
-            state.SkipWithError("concatenation failed");
-            return;
-        }
-        bytes += len;
-        r.release(out);
-    }
-    state.SetItemsProcessed(state.iterations());
-    state.SetBytesProcessed(int64_t(bytes));
+    run_text_op(
+        state, r, [&] { return statuses != nullptr; },
+        [&](char **out, uint32_t *len) {
+            return jsonb_concat(statuses, statuses, r.ctx.get(), out, len);
+        });
 }
 
 void BM_StripNulls_Twitter(benchmark::State &state) {

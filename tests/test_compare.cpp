@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "doc_fixture.h"
+#include "tree_ops_env.h"
 #include "text_fixture.h"
 #include "xdec.h"
 
@@ -39,7 +39,7 @@ class Equality : public ::testing::TestWithParam<EqualRow> {};
 
 TEST_P(Equality, BothWaysAsExpected) {
     const EqualRow &r = GetParam();
-    DocEnv env;
+    TreeOpsEnv env;
     json_node *a = env.read(r.a, r.sorted);
     json_node *b = env.read(r.b, r.sorted);
     EXPECT_EQ(json_cmp(a, b, JSON_CMP_EQUAL), r.equal) << r.a << " = " << r.b;
@@ -257,7 +257,7 @@ TEST(ScalarEquality, TypeCompatibility) {
 // The predicates walk the element list the reader built; a pointer-array
 // change made afterwards (as path insertion does) is not seen by them.
 TEST(ScalarEquality, PredicatesReadTheElementList) {
-    DocEnv env;
+    TreeOpsEnv env;
     json_node *a = env.read("[1]");
     ASSERT_EQ(json_array_add_one_node(env.ctx.get(), a, JSON_ARRAY_END, env.integer(2),
                                       JSON_ARRAY_INSERT),

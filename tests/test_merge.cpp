@@ -8,7 +8,7 @@
 #include <ostream>
 #include <string>
 
-#include "doc_fixture.h"
+#include "tree_ops_env.h"
 #include "text_fixture.h"
 #include "vx_heap.h"
 
@@ -36,7 +36,7 @@ protected:
         EXPECT_EQ(json_merge_mysql(a, b, patch, env.ctx.get(), &text, &len), 0);
         return text ? env.take(text, len) : std::string("<none>");
     }
-    DocEnv env{JLPCA_COMPAT_MYSQL};
+    TreeOpsEnv env{JLPCA_COMPAT_MYSQL};
 };
 
 class Preserve : public MergeCase {};
@@ -110,7 +110,7 @@ INSTANTIATE_TEST_SUITE_P(
 // The merge walks both member lists in sorted order; read without sorted
 // keys, same-named members are not paired.
 TEST(MergeOrder, MergeWalksMembersInSortedOrderOnly) {
-    DocEnv env{JLPCA_COMPAT_MYSQL};
+    TreeOpsEnv env{JLPCA_COMPAT_MYSQL};
     json_node *out = nullptr;
     json_node *a = env.read("{\"b\":1,\"a\":2}");
     ASSERT_EQ(json_merge_preserve_mysql(a, env.read("{\"a\":3}"), env.ctx.get(), &out), 0);
@@ -121,7 +121,7 @@ TEST(MergeOrder, MergeWalksMembersInSortedOrderOnly) {
 }
 
 TEST(MergeOrder, MembersMoveFromSecondObject) {
-    DocEnv env{JLPCA_COMPAT_MYSQL};
+    TreeOpsEnv env{JLPCA_COMPAT_MYSQL};
     json_node *a = env.read("{\"a\":1,\"c\":2}", true);
     json_node *b = env.read("{\"b\":3,\"c\":4,\"dd\":5}", true);
     json_node *out = nullptr;
@@ -133,7 +133,7 @@ TEST(MergeOrder, MembersMoveFromSecondObject) {
 }
 
 TEST(MergeOrder, PreserveArrayIsPointerArrayOfSharedElements) {
-    DocEnv env{JLPCA_COMPAT_MYSQL};
+    TreeOpsEnv env{JLPCA_COMPAT_MYSQL};
     json_node *a = env.read("[1,2]");
     json_node *b = env.read("{\"x\":3}");
     json_node *out = nullptr;
@@ -163,7 +163,7 @@ class Concat : public ::testing::TestWithParam<ConcatRow> {};
 
 TEST_P(Concat, Text) {
     const ConcatRow &r = GetParam();
-    DocEnv env;
+    TreeOpsEnv env;
     json_node *a = env.read(r.a, r.policy == 3);
     json_node *b = env.read(r.b, r.policy == 3);
     env.ctx->dup_key_replace = r.policy == 1;
@@ -210,7 +210,7 @@ INSTANTIATE_TEST_SUITE_P(
     kById);
 
 TEST(ConcatReports, RefusedMemberNamesTheAddSite) {
-    DocEnv env;
+    TreeOpsEnv env;
     json_node *a = env.read("{\"a\":1}");
     json_node *b = env.read("{\"a\":2}");
     env.ctx->unique_keys = 1;
@@ -234,7 +234,7 @@ class StripNulls : public ::testing::TestWithParam<StripRow> {};
 
 TEST_P(StripNulls, Text) {
     const StripRow &r = GetParam();
-    DocEnv env;
+    TreeOpsEnv env;
     json_node *doc = env.read(r.doc);
     if (doc->type == JSON_OBJECT) {
         ASSERT_EQ(jsonb_strip_nulls_object(doc), 0);
@@ -268,7 +268,7 @@ INSTANTIATE_TEST_SUITE_P(
 // Reads its inputs, calls arm() and then runs one operation, returning its
 // status and text.  Everything it allocates after arm() counts.
 using Arm = std::function<void()>;
-using Op = std::function<int32_t(DocEnv &, const Arm &, char **, uint32_t *)>;
+using Op = std::function<int32_t(TreeOpsEnv &, const Arm &, char **, uint32_t *)>;
 
 struct OomRow {
     const char *id;
@@ -287,7 +287,7 @@ TEST_P(OutOfMemory, EveryFailingCallIsReported) {
     std::string expect;
     uint64_t calls[2];  // heap, allocator
     {
-        DocEnv env;
+        TreeOpsEnv env;
         char *text = nullptr;
         uint32_t len = 0;
         uint64_t h0 = 0, a0 = 0;
@@ -306,7 +306,7 @@ TEST_P(OutOfMemory, EveryFailingCallIsReported) {
         for (uint64_t n = 0; n <= calls[which]; n++) {
             SCOPED_TRACE(std::string(which == 0 ? "heap" : "allocator") + " call limit " +
                          std::to_string(n));
-            DocEnv env;
+            TreeOpsEnv env;
             char *text = nullptr;
             uint32_t len = 0;
             const Arm limit = [&] {
@@ -342,7 +342,7 @@ const char *const kDocB =
     "\"e\":[7],\"i\":8}";
 
 Op merge_op(int32_t patch) {
-    return [patch](DocEnv &env, const Arm &arm, char **text, uint32_t *len) {
+    return [patch](TreeOpsEnv &env, const Arm &arm, char **text, uint32_t *len) {
         json_node *a = env.read(kDocA, true);
         json_node *b = env.read(kDocB, true);
         arm();
@@ -351,7 +351,7 @@ Op merge_op(int32_t patch) {
 }
 
 Op concat_op(const char *a_text, const char *b_text) {
-    return [a_text, b_text](DocEnv &env, const Arm &arm, char **text, uint32_t *len) {
+    return [a_text, b_text](TreeOpsEnv &env, const Arm &arm, char **text, uint32_t *len) {
         json_node *a = env.read(a_text);
         json_node *b = env.read(b_text);
         arm();

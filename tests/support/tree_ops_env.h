@@ -1,7 +1,7 @@
 // Documents read by the reader into a TreeEnv, and their text, for the
 // comparison, containment and merge suites.
-#ifndef VXJSON_TEST_DOC_FIXTURE_H
-#define VXJSON_TEST_DOC_FIXTURE_H
+#ifndef VXJSON_TEST_TREE_OPS_ENV_H
+#define VXJSON_TEST_TREE_OPS_ENV_H
 
 #include <gtest/gtest.h>
 
@@ -12,9 +12,9 @@
 #include "vxjson.h"
 #include "vxstr.h"
 
-struct DocEnv : TreeEnv {
+struct TreeOpsEnv : TreeEnv {
     // The PostgreSQL dialect reads scalars as whole documents.
-    explicit DocEnv(int32_t compat = JLPCA_COMPAT_PG) : TreeEnv(compat) {}
+    explicit TreeOpsEnv(int32_t compat = JLPCA_COMPAT_PG) : TreeEnv(compat) {}
 
     // Read text into a tree; `sorted` keeps members in sorted-key order.
     json_node *read(const std::string &text, bool sorted = false) {
