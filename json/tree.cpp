@@ -15,6 +15,7 @@
 //   creation chain:     object -> array -> 1 -> 2                    items[1]=2
 #include <cstring>
 
+#include "links.h"
 #include "report.h"
 #include "vx_alloc.h"
 #include "vx_heap.h"
@@ -46,30 +47,6 @@ void *heap_alloc(jlpca_ctx *ctx, size_t size, int32_t line) {
 }
 
 bool is_container(uint32_t type) { return type == JSON_OBJECT || type == JSON_ARRAY; }
-
-void unlink_member(json_node *object, json_keyval *kv) {
-    if (kv->prev) kv->prev->next = kv->next;
-    else object->first_member = kv->next;
-    if (kv->next) kv->next->prev = kv->prev;
-    else object->last_member = kv->prev;
-    kv->prev = kv->next = nullptr;
-}
-
-void append_member(json_node *object, json_keyval *kv) {
-    kv->prev = object->last_member;
-    kv->next = nullptr;
-    if (object->last_member) object->last_member->next = kv;
-    else object->first_member = kv;
-    object->last_member = kv;
-}
-
-void insert_member_before(json_node *object, json_keyval *at, json_keyval *kv) {
-    kv->next = at;
-    kv->prev = at->prev;
-    if (at->prev) at->prev->next = kv;
-    at->prev = kv;
-    if (object->first_member == at) object->first_member = kv;
-}
 
 void append_to_list(json_node *array, json_node *element) {
     element->prev_sibling = array->lst_last;
@@ -158,9 +135,8 @@ VXJSON_API int32_t json_object_add_keyval(jlpca_ctx *ctx, json_node *object, con
     if (int32_t rc = json_object_keyval_mem_create(ctx, name, name_len, uint32_t(ctx->lit_escaped),
                                                    &kv))
         return report_json(rc, LINE_ADD_KEYVAL);
-    object->count++;
-    if (before) insert_member_before(object, before, kv);
-    else append_member(object, kv);
+    if (before) member_insert_before(object, before, kv);
+    else member_append(object, kv);
     *out = kv;
     return 0;
 }
@@ -171,8 +147,8 @@ VXJSON_API int32_t json_object_add_one_node(jlpca_ctx *ctx, json_node *object, c
     if (replace == 1) {
         if (json_keyval *kv = json_object_find_keyval_by_name(object, name, name_len)) {
             if (!ctx->sorted_keys) {
-                unlink_member(object, kv);
-                append_member(object, kv);
+                member_unlink(object, kv);
+                member_append(object, kv);
             }
             kv->value = value;
             return 0;
@@ -303,8 +279,7 @@ VXJSON_API json_node *json_mem_copy(jlpca_ctx *ctx, const json_node *node) {
                 return nullptr;
             if (!(nkv->value = json_mem_copy(ctx, kv->value))) return nullptr;
             nkv->value->parent = copy;
-            copy->count++;
-            append_member(copy, nkv);
+            member_append(copy, nkv);
         }
         return copy;
     case JSON_ARRAY: {
