@@ -199,6 +199,10 @@ const tool_case GENERAL_CASES[] = {
     {"dialect_without_value", {"check", "--dialect"}, "", "", "~--dialect needs a value", 2},
     {"e_without_text", {"check", "-e"}, "", "", "~-e needs a JSON text", 2},
     {"help_unknown_command", {"help", "frob"}, "", "", "~unknown command 'frob'", 2},
+    {"help_alone", {"help"}, "", "~Run 'vxjson COMMAND --help'", "", 0},
+    {"version_short", {"-V"}, "", "vxjson " VXJSON_VERSION_STRING "\n", "", 0},
+    {"switches_end", {"check", "--", "-weird.json"}, "", "",
+     "vxjson: cannot open '-weird.json': No such file or directory\n", 2},
 };
 
 INSTANTIATE_TEST_SUITE_P(General, Tool, ::testing::ValuesIn(GENERAL_CASES), case_name);
@@ -254,6 +258,14 @@ const tool_case CHECK_CASES[] = {
      "<text>:3: error -3105: syntax error: trailing comma (strict reading)\n", 1},
     {"strict_keyword_name", {"check", "--strict", "-e", "{true:1}"}, "", "",
      "<text>:1: error -3105: syntax error: 'true' as a member name (strict reading)\n", 1},
+    // A double-byte character ending in a backslash byte is content only
+    // in GB18030, whether chosen by switch or by the environment.
+    {"charset_gb18030_trail_byte", {"check", "--charset", "gb18030", "-e", "[\"\x95\x5c\"]"}, "",
+     "", "", 0},
+    {"charset_env_trail_byte", {"check", "-e", "[\"\x95\x5c\"]"}, "", "", "", 0,
+     {"VXJSON_CHARSET=0"}},
+    {"charset_utf8_trail_byte", {"check", "-e", "[\"\x95\x5c\"]"}, "", "",
+     "<text>:1: error -5: Unterminated quoted identifier\n", 1},
     {"duplicate_allowed", {"check", "-e", "{\"a\":1,\"a\":2}"}, "", "", "", 0},
     {"unique_keys", {"check", "--unique-keys", "-e", "{\"a\":1,\n\"b\":{\"a\":2},\n\"a\":3}"}, "",
      "", "<text>:3: error -3105: duplicate member name \"a\"\n", 1},
@@ -271,6 +283,8 @@ const tool_case CHECK_CASES[] = {
     {"lines_one", {"check", "--lines", "-e", "{}"}, "", "", "vxjson: 1 line, 0 bad\n", 0},
     {"lines_crlf", {"check", "--lines", "--strict", "@D/crlf.jsonl"}, "", "",
      "vxjson: 2 lines, 0 bad\n", 0},
+    {"lines_inline", {"check", "--lines", "-e", "[1]\n[2"}, "", "",
+     "<text>:2: error -3105: syntax error: unexpected end of input\nvxjson: 2 lines, 1 bad\n", 1},
     {"lines_quiet", {"check", "--lines", "-q", "@D/lines.jsonl"}, "", "", "", 1},
     {"lines_dialect", {"check", "--lines", "--dialect", "pg"}, "1\n\"s\"\nnull\n{a:1}\n", "",
      "<stdin>:4: error -5: json strict only support double quotation\n"
@@ -304,6 +318,8 @@ const tool_case FORMAT_CASES[] = {
     {"duplicates_kept", {"format", "-e", "{\"a\":1,\"a\":2}"}, "", "{\"a\":1,\"a\":2}\n", "", 0},
     {"dup_replace", {"format", "--dup-replace", "-e", "{\"a\":1,\"a\":2}"}, "", "{\"a\":2}\n", "", 0},
     {"scalar_pg", {"format", "--dialect", "pg", "-e", " 1.50 "}, "", "1.50\n", "", 0},
+    {"backslashes_mysql", {"format", "--dialect", "mysql", "-e", "\"C:\\\\dir\\\\new\""}, "",
+     "\"C:\\\\dir\\\\new\"\n", "", 0},
     {"charset_gb18030", {"format", "--charset", "gb18030", "-e", "[\"\\u4e2d\"]"}, "",
      "[\"\xd6\xd0\"]\n", "", 0},
     {"charset_env", {"format", "-e", "[\"\\u4e2d\"]"}, "", "[\"\xd6\xd0\"]\n", "", 0,
@@ -321,6 +337,7 @@ const tool_case FORMAT_CASES[] = {
      "vxjson: 2 lines, 0 bad\n", 0},
     {"lines_pretty", {"format", "--lines", "--pretty"}, "[1]\n{}\n", "[\n  1\n]\n{}\n",
      "vxjson: 2 lines, 0 bad\n", 0},
+    {"quiet", {"format", "--quiet", "-e", "[1", "-e", "[2]"}, "", "[2]\n", "", 1},
     {"max_memory", {"format", "--max-memory", "1K", "@S/examples/sample.json"}, "", "",
      "@S/examples/sample.json:1: error -503: out of memory (more than --max-memory)\n", 2},
 };
@@ -334,6 +351,13 @@ const tool_case OPS_CASES[] = {
     {"equal_scalars", {"equal", "-e", "1", "-e", "1.0"}, "", "true\n", "", 0},
     {"equal_string_number", {"equal", "-e", "\"1\"", "-e", "1"}, "", "false\n", "", 0},
     {"equal_files", {"equal", "@D/good.json", "-"}, "{ \"a\" : [1, 2.0] }", "true\n", "", 0},
+    // Kept escapes are compared as written: \" and \u0022 differ then.
+    {"equal_decoded_escapes", {"equal", "-e", "[\"\\\"\"]", "-e", "[\"\\u0022\"]"}, "", "true\n",
+     "", 0},
+    {"equal_kept_escapes", {"equal", "--keep-escapes", "-e", "[\"\\\"\"]", "-e", "[\"\\u0022\"]"},
+     "", "false\n", "", 0},
+    {"contains_standard_reading", {"contains", "--dialect", "standard", "-e", "1", "-e", "1"}, "",
+     "", "~<text 1>:1: error -3105: a scalar is not allowed", 2},
     {"contains_pg", {"contains", "-e", "{\"a\":[1,2],\"b\":3}", "-e", "{\"a\":[2]}"}, "",
      "true\n", "", 0},
     {"contains_pg_nested_scalar", {"contains", "-e", "[1,[2]]", "-e", "2"}, "", "true\n", "", 0},
@@ -357,6 +381,9 @@ const tool_case OPS_CASES[] = {
      "", "{\n  \"a\": 1,\n  \"b\": [\n    2\n  ]\n}\n", "", 0},
     {"merge_preserve", {"merge-preserve", "-e", "{\"a\":1}", "-e", "{\"a\":2}"}, "",
      "{\"a\":[1,2]}\n", "", 0},
+    {"merge_preserve_layout_a",
+     {"merge-preserve", "--pretty=a", "--ascii", "-e", "{\"\xc3\xa9\":1}", "-e", "{\"\xc3\xa9\":[2]}"},
+     "", "{\n  \"\\u00E9\" : \n  [\n    1,\n    2\n  ]\n}\n", "", 0},
     {"merge_preserve_arrays", {"merge-preserve", "-e", "[1,2]", "-e", "3", "-e", "[4]"}, "",
      "[1,2,3,4]\n", "", 0},
     {"merge_one_input", {"merge-patch", "-e", "{}"}, "", "",

@@ -73,8 +73,7 @@ const char FORMAT[] =
     "\n"
     "Reads each input and writes it back, compact unless --pretty, followed\n"
     "by a line feed.  An empty input writes nothing.  A bad input is reported\n"
-    "as by check and skipped.  In the mysql dialect strings are escaped by\n"
-    "MySQL's rules.  Exit status as for check.\n"
+    "as by check and skipped.  Exit status as for check.\n"
     "\n"
     "format switches:\n"
     "  --lines                      JSON Lines in and out, a line at a time\n"
@@ -133,8 +132,7 @@ const char MERGE_PATCH[] =
     "MySQL's JSON_MERGE_PATCH(A, B, ...): members of the later inputs replace\n"
     "those of the earlier, a null member removes one, a non-object replaces\n"
     "the whole.  Inputs are read in the mysql dialect with sorted member\n"
-    "names (the last of repeated names wins); the result is written with\n"
-    "MySQL's escapes unless --dialect says otherwise.\n";
+    "names (the last of repeated names wins) unless --dialect says otherwise.\n";
 
 const char MERGE_PATCH_EXAMPLES[] =
     "\n"

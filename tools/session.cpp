@@ -161,11 +161,14 @@ int32_t session::write(const json_node *node, const write_options &w) {
     return rc;
 }
 
+// Always JSON text by the standard table, whatever the dialect: the MySQL
+// table keeps what it takes for escapes already present, so a decoded
+// backslash would not read back as itself.
 int32_t session::write_tree(const json_node *node, const write_options &w) {
     jlpca_ctx *c = ctx_.get();
     const uint32_t flags = w.layout | (w.ascii ? JSON_FMT_ASCII : 0u);
     if (!(w.ascii && w.layout == JSON_FMT_PRETTY_B))
-        return json_to_string(c, &out_alloc_, out_, node, flags, 0, 0, conversion());
+        return json_to_string(c, &out_alloc_, out_, node, flags, 0, 0, JSON_CONV_JSON);
     // The ": " layout is chosen only by the bare flag word 4, so the ASCII
     // pass runs over its finished text (non-ASCII bytes occur only inside
     // names and strings, where \uXXXX means the same).
@@ -173,7 +176,7 @@ int32_t session::write_tree(const json_node *node, const write_options &w) {
         return VXJSON_ERR_NOMEM;
     vxstr_init(scratch_);
     if (int32_t rc = json_to_string(c, &out_alloc_, scratch_, node, JSON_FMT_PRETTY_B, 0, 0,
-                                    conversion()))
+                                    JSON_CONV_JSON))
         return rc;
     return json_string_convert_ascii(nullptr, &out_alloc_, out_, 0, scratch_->buf, scratch_->len);
 }

@@ -53,7 +53,6 @@ public:
     void reset();
 
     jlpca_ctx *ctx() { return ctx_.get(); }
-    uint8_t conversion() const { return ctx_->compat == JLPCA_COMPAT_MYSQL ? JSON_CONV_MYSQL : JSON_CONV_JSON; }
 
 private:
     void init_context();
