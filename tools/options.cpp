@@ -30,7 +30,9 @@ const char WRITE_OPTIONS_HELP[] =
     "                               on the name's line\n"
     "  --pretty=a                   indented, \"name\" : value, nested containers\n"
     "                               on lines of their own\n"
-    "  --ascii                      write non-ASCII characters as \\uXXXX\n";
+    "  --ascii                      write non-ASCII characters as \\uXXXX (one beyond\n"
+    "                               U+FFFF keeps only its first UTF-16 unit, as the\n"
+    "                               server writes it)\n";
 
 namespace {
 
