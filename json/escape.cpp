@@ -93,50 +93,81 @@ uint32_t mb_char_len(int32_t charset, const unsigned char *p, size_t rem) {
     return n < 1 ? 1u : static_cast<uint32_t>(n);
 }
 
+namespace {
+
+// The bytes p[0..rem) (rem 1 to 7) in the low lanes of a word, the others
+// zero, read without passing the end of the text.
+inline uint64_t load_tail(const unsigned char *p, size_t rem) {
+    if (rem >= 4) {
+        uint32_t lo, hi;
+        std::memcpy(&lo, p, 4);
+        std::memcpy(&hi, p + rem - 4, 4);
+        return uint64_t(lo) | uint64_t(hi) << ((rem - 4) * 8);
+    }
+    return uint64_t(p[0]) | uint64_t(p[rem >> 1]) << ((rem >> 1) * 8) |
+           uint64_t(p[rem - 1]) << ((rem - 1) * 8);
+}
+
+// The byte at *p needs a look: escape it, copy it, or copy the multibyte
+// character it starts.  False when that character is cut off by the end
+// of the text, which ends the text.
+inline bool escape_one(const unsigned char *&p, const unsigned char *e, char *&out,
+                       charset_cache &cs) {
+    const unsigned char c = *p;
+    if (c < 0x80) {
+        if (const char l = static_cast<char>(STD_LETTER[c])) {
+            out[0] = '\\';
+            out[1] = l;
+            out += 2;
+        } else {
+            *out++ = static_cast<char>(c);
+        }
+        ++p;
+        return true;
+    }
+    const size_t len = mb_char_len(cs.get(), p, static_cast<size_t>(e - p));
+    if (len > static_cast<size_t>(e - p)) return false;
+    std::memcpy(out, p, len);
+    out += len;
+    p += len;
+    return true;
+}
+
+} // namespace
+
+// Eight bytes at a time, the last few included: each word is stored whole
+// and the cursor moves past its plain bytes only, so the stores may run up
+// to ESCAPE_SLACK bytes beyond what is finally written.
 char *escape_std(const unsigned char *in, size_t n, char *out, charset_cache &cs) {
     const unsigned char *p = in;
     const unsigned char *const e = in + n;
-    for (;;) {
-        if constexpr (std::endian::native == std::endian::little) {
-            // Output room is twice the input, so an eight-byte store at the
-            // cursor never passes the end while eight input bytes remain.
-            while (e - p >= 8) {
-                uint64_t w;
-                std::memcpy(&w, p, 8);
-                std::memcpy(out, &w, 8);
-                const uint64_t m = scan_stop_mask(w);
-                if (!m) {
-                    p += 8;
-                    out += 8;
-                    continue;
-                }
-                const unsigned k = static_cast<unsigned>(std::countr_zero(m)) >> 3;
-                p += k;
-                out += k;
+    if constexpr (std::endian::native != std::endian::little) {
+        while (p < e) {
+            if (!is_scan_stop(*p))
+                *out++ = static_cast<char>(*p++);
+            else if (!escape_one(p, e, out, cs))
                 break;
-            }
         }
-        if (e - p < 8 || std::endian::native != std::endian::little) {
-            while (p < e && !is_scan_stop(*p)) *out++ = static_cast<char>(*p++);
-            if (p >= e) break;
+        return out;
+    }
+    while (p < e) {
+        const size_t rem = static_cast<size_t>(e - p);
+        uint64_t w, m;
+        size_t step;
+        if (rem >= 8) {
+            std::memcpy(&w, p, 8);
+            m = scan_stop_mask(w);
+            step = 8;
+        } else {
+            w = load_tail(p, rem);
+            m = scan_stop_mask(w) & ((uint64_t(1) << (rem * 8)) - 1);
+            step = rem;
         }
-        const unsigned char c = *p;
-        if (c < 0x80) {
-            if (const char l = static_cast<char>(STD_LETTER[c])) {
-                out[0] = '\\';
-                out[1] = l;
-                out += 2;
-            } else {
-                *out++ = static_cast<char>(c);
-            }
-            ++p;
-            continue;
-        }
-        const size_t len = mb_char_len(cs.get(), p, static_cast<size_t>(e - p));
-        if (len > static_cast<size_t>(e - p)) break; // cut off by the end: dropped
-        std::memcpy(out, p, len);
-        out += len;
-        p += len;
+        std::memcpy(out, &w, 8);
+        if (m) step = static_cast<unsigned>(std::countr_zero(m)) >> 3;
+        p += step;
+        out += step;
+        if (m && !escape_one(p, e, out, cs)) break;
     }
     return out;
 }
@@ -249,8 +280,8 @@ VXJSON_API int32_t json_string_from_value_add_escape(void *env, vx_allocator *al
     *out = nullptr;
     *out_len = 0;
     if (len == 0) return 0;
-    auto *buf = static_cast<char *>(vx_alloc(env, allocator, 2 * size_t(len), SRC_JSON,
-                                             LINE_ALLOC_STD));
+    auto *buf = static_cast<char *>(vx_alloc(env, allocator, 2 * size_t(len) + ESCAPE_SLACK,
+                                             SRC_JSON, LINE_ALLOC_STD));
     if (!buf) return NOMEM;
     charset_cache cs;
     char *end = escape_std(reinterpret_cast<const unsigned char *>(text), len, buf, cs);

@@ -103,7 +103,8 @@ inline uint32_t char_len(charset_cache &cs, const unsigned char *p, size_t rem) 
 }
 
 // Escape `n` bytes by the standard table into `out`, which has room for
-// 2 * n bytes; returns the end of the output.
+// 2 * n + ESCAPE_SLACK bytes; returns the end of the output.
+inline constexpr size_t ESCAPE_SLACK = 8;
 char *escape_std(const unsigned char *in, size_t n, char *out, charset_cache &cs);
 
 // ------------------------------------------------------------------
@@ -157,7 +158,7 @@ inline int32_t convert_into(out_buf &o, charset_cache &cs, uint32_t flags, const
                             uint32_t len, int32_t quote, uint8_t conv) {
     const bool q = quote == 1;
     if (!(flags & JSON_FMT_ASCII) && (conv == JSON_CONV_NONE || conv == JSON_CONV_JSON)) {
-        const size_t need = (conv == JSON_CONV_JSON ? 2 * size_t(len) : len) + 2;
+        const size_t need = (conv == JSON_CONV_JSON ? 2 * size_t(len) + ESCAPE_SLACK : len) + 2;
         if (!o.ensure(need)) return VXJSON_ERR_NOMEM;
         if (q) o.put('"');
         if (conv == JSON_CONV_NONE)
