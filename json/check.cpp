@@ -12,7 +12,9 @@ struct CheckGrammar {
     static constexpr scan::Mode kMode = scan::Mode::check;
     static constexpr uint32_t kOpen = 0;
 
-    static int32_t open(jlpca_ctx *, uint32_t) { return 0; }
+    static int32_t open(jlpca_ctx *, uint32_t, uintptr_t &) { return 0; }
+    static int32_t open_empty(jlpca_ctx *, uint32_t) { return 0; }
+    static void close(jlpca_ctx *, uint32_t, uintptr_t) {}
     static int32_t scalar(jlpca_ctx *, int32_t) { return 0; }
     // A dialect decides alone here; scalar_top is not consulted.
     static int32_t top_scalar(jlpca_ctx *ctx) { return ctx->compat == 0 ? VXJSON_ERR_SYNTAX : 0; }
@@ -28,7 +30,8 @@ struct CheckGrammar {
 extern "C" {
 
 VXJSON_API int32_t jcheck_parse(void *scanner, jlpca_ctx *ctx) {
-    return parse::run<CheckGrammar>(*static_cast<scan::Scanner *>(scanner), ctx);
+    CheckGrammar g;
+    return parse::run(*static_cast<scan::Scanner *>(scanner), ctx, g);
 }
 
 VXJSON_API int32_t jcheck_error(jlpca_ctx *, const char *) { return -1; }
@@ -42,7 +45,8 @@ VXJSON_API int32_t jcheck_flex(jlpca_ctx *ctx) {
     scan::scanner_start(s, ctx);
     // Duplicate names only show while members are added: build the tree
     // (it stays unconverted in the heap and is not handed out).
-    int32_t r = ctx->unique_keys ? parse_tree(s, ctx) : parse::run<CheckGrammar>(s, ctx);
+    CheckGrammar g;
+    int32_t r = ctx->unique_keys ? parse_tree(s, ctx) : parse::run(s, ctx, g);
     scan::json_lex_destroy(&s);
     ctx->scan_handle = nullptr;
     return r != 0 || ctx->err_code < 0 ? VXJSON_ERR_INVALID_JSON : VXJSON_OK;

@@ -7,11 +7,21 @@
 // scalar as soon as its token is read.  cur_node is the innermost open
 // container, or the value just made until it is attached; array elements
 // are collected in the array's element list and become pointer arrays in
-// one pass at the end (json_adjust_array).
+// one pass at the end, in creation order (json_adjust_array).
+//
+// That pass would have to walk every node and every element list again,
+// long after they left the cache; so while json_flex reads, it also logs
+// each array in creation order and copies each array's element pointers
+// out when the array closes (ElementLog).  The final pass then makes
+// exactly the same allocator calls in the same order from the log, without
+// touching the elements.  Should the log run out of memory, the reader
+// falls back to the chain walk.
+#include <cstdlib>
 #include <cstring>
 
 #include "parse_driver.h"
 #include "report.h"
+#include "vx_alloc.h"
 #include "vx_heap.h"
 
 using namespace vxjson;
@@ -22,6 +32,8 @@ namespace {
 constexpr int32_t LINE_ADJUST_ARRAY = 86;
 // Heap call site of the reader's nodes in "json/json".
 constexpr int32_t LINE_READ_NODE = 120;
+// Allocator call site of the element arrays in "json/json".
+constexpr int32_t LINE_READ_ITEMS = 533;
 
 // json_create with the node's text in the same heap bump: a read tree
 // costs one allocation per value.  The node is linked exactly as
@@ -57,15 +69,123 @@ int32_t new_text_node(jlpca_ctx *ctx, uint32_t type) {
     return 0;
 }
 
-struct TreeGrammar {
+// The element log.  Two stacks share the context's token-text buffer
+// (which this scanner does not otherwise need, and which the context keeps
+// across parses, so a large document pays for it once):
+//
+//   front, growing up:    element pointers of the arrays still open
+//   back, growing down:   per array, a record {array, items, next} made
+//                         when it opens (linked in creation order), and the
+//                         run of its element pointers copied when it closes
+//
+// Back entries are addressed by their distance from the end, so they stay
+// valid when the buffer grows.  A failed growth ends logging (ok() false).
+class ElementLog {
+public:
+    explicit ElementLog(jlpca_ctx *ctx) : ctx_(ctx) { attach_buffer(); }
+    bool ok() const { return ok_; }
+
+    // Record an array when it opens; the result is its record's handle.
+    uintptr_t open(json_node *array) {
+        if (!room(kRecord)) return 0;
+        hi_ += kRecord;
+        uintptr_t *rec = back(hi_);
+        rec[0] = reinterpret_cast<uintptr_t>(array);
+        rec[1] = 0;
+        rec[2] = 0;
+        if (last_) back(last_)[2] = hi_;
+        else first_ = hi_;
+        last_ = hi_;
+        return hi_;
+    }
+    void push(json_node *element) {
+        if (room(1)) w_[lo_++] = reinterpret_cast<uintptr_t>(element);
+    }
+    // The array of record `rec` closed with its last `count` elements on
+    // the front stack.
+    void close(uintptr_t rec, size_t count) {
+        if (!room(count)) return;
+        hi_ += count;
+        std::memcpy(back(hi_), w_ + lo_ - count, count * sizeof(uintptr_t));
+        lo_ -= count;
+        back(rec)[1] = hi_;
+    }
+    // Visit the arrays in creation order with their element pointers.
+    template <class F> int32_t each(F &&f) {
+        for (uintptr_t d = first_; d; d = back(d)[2]) {
+            const uintptr_t *rec = back(d);
+            auto *array = reinterpret_cast<json_node *>(rec[0]);
+            if (int32_t rc = f(array, reinterpret_cast<json_node **>(back(rec[1])))) return rc;
+        }
+        return 0;
+    }
+
+private:
+    static constexpr size_t kRecord = 3;
+
+    uintptr_t *back(uintptr_t distance) { return w_ + cap_ - distance; }
+
+    void attach_buffer() {
+        auto addr = reinterpret_cast<uintptr_t>(ctx_->scan_buf);
+        uintptr_t aligned = (addr + alignof(uintptr_t) - 1) & ~uintptr_t(alignof(uintptr_t) - 1);
+        w_ = reinterpret_cast<uintptr_t *>(aligned);
+        const size_t skip = aligned - addr;
+        cap_ = ctx_->scan_cap > skip ? (ctx_->scan_cap - skip) / sizeof(uintptr_t) : 0;
+    }
+
+    bool room(size_t k) {
+        if (ok_ && cap_ - lo_ - hi_ >= k) [[likely]] return true;
+        return ok_ && grow(k);
+    }
+
+    [[gnu::noinline]] bool grow(size_t k) {
+        size_t cap = cap_ * 2 + k;
+        if (cap * sizeof(uintptr_t) > UINT32_MAX - alignof(uintptr_t)) return ok_ = false;
+        auto *w = static_cast<uintptr_t *>(std::malloc(cap * sizeof(uintptr_t)));
+        if (!w) return ok_ = false;
+        std::memcpy(w, w_, lo_ * sizeof(uintptr_t));
+        std::memcpy(w + cap - hi_, w_ + cap_ - hi_, hi_ * sizeof(uintptr_t));
+        if (ctx_->scan_buf != ctx_->scan_inline) std::free(ctx_->scan_buf);
+        ctx_->scan_buf = reinterpret_cast<char *>(w);
+        ctx_->scan_cap = uint32_t(cap * sizeof(uintptr_t));
+        w_ = w;
+        cap_ = cap;
+        return true;
+    }
+
+    jlpca_ctx *ctx_;
+    uintptr_t *w_ = nullptr; // the buffer, as words
+    size_t cap_ = 0;         // its words
+    size_t lo_ = 0;          // words of the front stack
+    size_t hi_ = 0;          // words of the back part
+    uintptr_t first_ = 0;    // first record (distance from the end), 0: none
+    uintptr_t last_ = 0;     // newest record
+    bool ok_ = true;
+};
+
+class TreeGrammar {
+public:
+    explicit TreeGrammar(jlpca_ctx *ctx) : log_(ctx) {}
+
     static constexpr scan::Mode kMode = scan::Mode::tree;
     static constexpr uint32_t kOpen = 1;
 
-    static int32_t open(jlpca_ctx *ctx, uint32_t type) {
+    int32_t open(jlpca_ctx *ctx, uint32_t type, uintptr_t &slot) {
+        json_node *node = new_node(ctx, type, 0);
+        if (!node) [[unlikely]] return VXJSON_ERR_NOMEM;
+        if (type == JSON_ARRAY) slot = log_.open(node);
+        return 0;
+    }
+
+    int32_t open_empty(jlpca_ctx *ctx, uint32_t type) {
         return new_node(ctx, type, 0) ? 0 : VXJSON_ERR_NOMEM;
     }
 
-    static int32_t scalar(jlpca_ctx *ctx, int32_t token) {
+    void close(jlpca_ctx *ctx, uint32_t kind, uintptr_t slot) {
+        if (kind == parse::kArray) log_.close(slot, ctx->cur_node->lst_count);
+    }
+
+    int32_t scalar(jlpca_ctx *ctx, int32_t token) {
         // The document must be an object or an array unless a dialect or
         // the caller allows a scalar.
         if (!ctx->cur_node && !ctx->compat && !ctx->scalar_top) [[unlikely]]
@@ -88,11 +208,11 @@ struct TreeGrammar {
         }
     }
 
-    static int32_t top_scalar(jlpca_ctx *ctx) {
+    int32_t top_scalar(jlpca_ctx *ctx) {
         return ctx->compat == 0 && ctx->scalar_top == 0 ? VXJSON_ERR_SYNTAX : 0;
     }
 
-    static void attach(jlpca_ctx *ctx) {
+    void attach(jlpca_ctx *ctx) {
         json_node *node = ctx->cur_node;
         json_node *array = node->parent;
         array->lst_count++;
@@ -102,29 +222,54 @@ struct TreeGrammar {
         else array->lst_first = node;
         array->lst_last = node;
         jlpa_set_top_json(ctx, array);
+        log_.push(node);
     }
 
-    static int32_t key(jlpca_ctx *ctx, const char *name, uint32_t len, uintptr_t &member) {
+    int32_t key(jlpca_ctx *ctx, const char *name, uint32_t len, uintptr_t &member) {
         json_keyval *kv = nullptr;
         int32_t rc = json_object_add_keyval(ctx, ctx->cur_node, name, len, &kv);
         member = reinterpret_cast<uintptr_t>(kv);
         return rc;
     }
 
-    static void member(jlpca_ctx *ctx, uintptr_t member) {
+    void member(jlpca_ctx *ctx, uintptr_t member) {
         reinterpret_cast<json_keyval *>(member)->value = ctx->cur_node;
         jlpa_set_top_json(ctx, ctx->cur_node->parent);
     }
 
-    static int32_t error(jlpca_ctx *ctx, const char *msg) { return json_error(ctx, msg); }
-    static int32_t error_ex(jlpca_ctx *ctx, int32_t code) { return json_error_ex(ctx, code); }
+    int32_t error(jlpca_ctx *ctx, const char *msg) { return json_error(ctx, msg); }
+    int32_t error_ex(jlpca_ctx *ctx, int32_t code) { return json_error_ex(ctx, code); }
+
+    // json_adjust_array from the log: the same conversions, in the same
+    // order, with the same result.
+    int32_t adjust(jlpca_ctx *ctx) {
+        if (!log_.ok()) return json_adjust_array(ctx);
+        return log_.each([ctx](json_node *array, json_node **items) {
+            const uint32_t count = array->lst_count;
+            array->capacity = count + ctx->array_spare;
+            auto *block = static_cast<json_node **>(vx_alloc(
+                ctx->env, ctx->allocator, sizeof(json_node *) * size_t(array->capacity), SRC_JSON,
+                LINE_READ_ITEMS));
+            if (!block) return report_json(VXJSON_ERR_NOMEM, LINE_ADJUST_ARRAY);
+            std::memcpy(block, items, sizeof(json_node *) * count);
+            array->items = block;
+            array->count = count;
+            return 0;
+        });
+    }
+
+private:
+    ElementLog log_;
 };
 
 } // namespace
 
 namespace vxjson {
 
-int32_t parse_tree(scan::Scanner &s, jlpca_ctx *ctx) { return parse::run<TreeGrammar>(s, ctx); }
+int32_t parse_tree(scan::Scanner &s, jlpca_ctx *ctx) {
+    TreeGrammar g(ctx);
+    return parse::run(s, ctx, g);
+}
 
 } // namespace vxjson
 
@@ -153,11 +298,12 @@ VXJSON_API int32_t json_flex(jlpca_ctx *ctx, json_node **root) {
         return ctx->compat != 0 || ctx->blank ? VXJSON_ERR_INVALID_JSON : VXJSON_OK;
     scan::Scanner s;
     scan::scanner_start(s, ctx);
-    int32_t r = parse_tree(s, ctx);
+    TreeGrammar g(ctx);
+    int32_t r = parse::run(s, ctx, g);
     scan::json_lex_destroy(&s);
     ctx->scan_handle = nullptr;
     if (r == 0 && ctx->err_code >= 0) {
-        (void)json_adjust_array(ctx); // a failed conversion is reported, not fatal here
+        (void)g.adjust(ctx); // a failed conversion is reported, not fatal here
         *root = ctx->first_node;
         return VXJSON_OK;
     }

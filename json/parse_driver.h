@@ -76,14 +76,16 @@ inline int32_t closer_of(uint32_t kind) { return kind == kArray ? ']' : '}'; }
 
 // G supplies the actions:
 //   kMode, kOpen                   scanner mode, entries of the open productions
-//   open(ctx, type)                object/array node (open production or empty pair)
+//   open(ctx, type, slot)          object_open / array_open; `slot` is its entry
+//   open_empty(ctx, type)          the empty pair {} or []
+//   close(ctx, kind, slot)         a container with items is complete
 //   scalar(ctx, token)             scalar value
 //   top_scalar(ctx)                document -> scalar
 //   attach(ctx)                    elements -> value
 //   key(ctx, name, len, &member)   key -> name
 //   member(ctx, member)            member -> key ':' value
 //   error(ctx, msg), error_ex(ctx, code)
-template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx) {
+template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx, G &g) {
     constexpr uint32_t O = G::kOpen;
     enum State { kValue, kOpened, kAfterItem, kAfterComma, kKey, kColon, kEnd };
     StateStack stack;
@@ -136,7 +138,7 @@ template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx) {
         case JT_NULL:
             VXJSON_PUSH(1); // the token's state, replaced by the value's
             n -= 1;
-            if ((rc = G::scalar(ctx, t))) goto failed;
+            if ((rc = g.scalar(ctx, t))) goto failed;
             top_is_scalar = kind == kTop;
             goto value_done;
         default: goto syntax;
@@ -145,11 +147,11 @@ template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx) {
     opened:
         if (t == closer_of(kind)) {
             VXJSON_PUSH(1);
-            if ((rc = G::open(ctx, kind == kArray ? JSON_ARRAY : JSON_OBJECT))) goto failed;
+            if ((rc = g.open_empty(ctx, kind == kArray ? JSON_ARRAY : JSON_OBJECT))) goto failed;
             goto close;
         }
         if constexpr (O != 0) VXJSON_PUSH(O);
-        if ((rc = G::open(ctx, kind == kArray ? JSON_ARRAY : JSON_OBJECT))) goto failed;
+        if ((rc = g.open(ctx, kind == kArray ? JSON_ARRAY : JSON_OBJECT, e[n - 1]))) goto failed;
         if (kind == kArray) goto value;
         goto key;
 
@@ -157,12 +159,12 @@ template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx) {
         // The value is reduced into its container (it takes no entry of
         // its own from here on).
         if (kind == kTop) {
-            if (top_is_scalar && (rc = G::top_scalar(ctx))) goto failed;
+            if (top_is_scalar && (rc = g.top_scalar(ctx))) goto failed;
             state = kEnd;
             continue;
         }
-        if (kind == kArray) G::attach(ctx);
-        else G::member(ctx, e[n - 2]);
+        if (kind == kArray) g.attach(ctx);
+        else g.member(ctx, e[n - 2]);
         n = base + O + 2; // elements / members
         state = kAfterItem;
         continue;
@@ -175,7 +177,7 @@ template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx) {
         }
         if (t != closer_of(kind)) goto syntax;
         VXJSON_PUSH(2); // the empty trailing comma and the bracket
-        goto close;
+        goto close_items;
 
     after_comma:
         if (t == closer_of(kind)) {
@@ -184,7 +186,7 @@ template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx) {
                 goto failed;
             }
             VXJSON_PUSH(1);
-            goto close;
+            goto close_items;
         }
         if (kind == kArray) goto value;
         goto key;
@@ -196,7 +198,7 @@ template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx) {
         case JT_SQSTRING:
         case JT_NAME:
             VXJSON_PUSH(1);
-            rc = G::key(ctx, ctx->tok_str, uint32_t(ctx->tok_val), member);
+            rc = g.key(ctx, ctx->tok_str, uint32_t(ctx->tok_val), member);
             break;
         case JT_TRUE:
         case JT_FALSE:
@@ -206,9 +208,9 @@ template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx) {
                 rc = VXJSON_ERR_SYNTAX;
                 goto failed;
             }
-            rc = t == JT_TRUE    ? G::key(ctx, "true", 4, member)
-                 : t == JT_FALSE ? G::key(ctx, "false", 5, member)
-                                 : G::key(ctx, "null", 4, member);
+            rc = t == JT_TRUE    ? g.key(ctx, "true", 4, member)
+                 : t == JT_FALSE ? g.key(ctx, "false", 5, member)
+                                 : g.key(ctx, "null", 4, member);
             break;
         default: goto syntax;
         }
@@ -224,6 +226,8 @@ template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx) {
         state = kValue;
         continue;
 
+    close_items:
+        g.close(ctx, kind, e[base + O]);
     close: {
         const uintptr_t open = e[base];
         n = base;
@@ -238,13 +242,13 @@ template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx) {
     }
 
 exhausted:
-    G::error(ctx, "memory exhausted");
+    g.error(ctx, "memory exhausted");
     return 2;
 syntax:
-    G::error(ctx, "syntax error");
+    g.error(ctx, "syntax error");
     return 1;
 failed:
-    return G::error_ex(ctx, rc);
+    return g.error_ex(ctx, rc);
 #undef VXJSON_PUSH
 }
 

@@ -264,6 +264,11 @@ void scanner_start(Scanner &s, jlpca_ctx *ctx) {
     s.ctx = ctx;
     ctx->scanner = &s;
     ctx->scan_handle = &s;
+    // No character is pending at the start of a text: an earlier text that
+    // ended inside a multibyte character must not reach into this one.
+    ctx->mb_track = 0;
+    ctx->mb_pending = 0;
+    ctx->mb_split = 0;
     jlpca_startlit(ctx);
     json__scan_bytes(s, ctx->text, ctx->text_len);
     json_set_lineno(1, s);
