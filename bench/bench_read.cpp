@@ -10,6 +10,7 @@
 #include <fstream>
 #include <map>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -146,21 +147,30 @@ void read_nlohmann(benchmark::State &state, const std::string *text) {
 }
 #endif
 
-// Keeps every run's rate so the ratios can be printed after the table.
+// Keeps every run's rate so the ratios can be printed after the table;
+// with --benchmark_repetitions the median stands for the runs.
 class Collect : public benchmark::ConsoleReporter {
 public:
     std::map<std::string, double> mbps;
     std::map<std::string, double> heap_per_byte;
     void ReportRuns(const std::vector<Run> &runs) override {
         for (const Run &r : runs) {
-            if (r.run_type != Run::RT_Iteration || r.error_occurred) continue;
+            if (r.error_occurred) continue;
+            const bool median = r.run_type == Run::RT_Aggregate && r.aggregate_name == "median";
+            if (r.run_type != Run::RT_Iteration && !median) continue;
+            const std::string name = r.run_name.str();
+            if (!median && medians_.count(name)) continue;
+            if (median) medians_.insert(name);
             auto rate = r.counters.find("bytes_per_second");
-            if (rate != r.counters.end()) mbps[r.benchmark_name()] = rate->second.value / 1e6;
+            if (rate != r.counters.end()) mbps[name] = rate->second.value / 1e6;
             auto heap = r.counters.find("heap_B_per_B");
-            if (heap != r.counters.end()) heap_per_byte[r.benchmark_name()] = heap->second.value;
+            if (heap != r.counters.end()) heap_per_byte[name] = heap->second.value;
         }
         ConsoleReporter::ReportRuns(runs);
     }
+
+private:
+    std::set<std::string> medians_;
 };
 
 void print_summary(const Collect &c) {

@@ -18,6 +18,9 @@
 // falls back to the chain walk.
 #include <cstdlib>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "parse_driver.h"
 #include "report.h"
@@ -35,6 +38,43 @@ constexpr int32_t LINE_READ_NODE = 120;
 // Allocator call site of the element arrays in "json/json".
 constexpr int32_t LINE_READ_ITEMS = 533;
 
+// A zeroed node.  Plain stores: a memset of this size becomes a string
+// instruction whose start-up costs more than the stores.
+inline void clear_node(json_node *node) {
+#if defined(__SSE2__)
+    static_assert(sizeof(json_node) % 8 == 0);
+    auto *p = reinterpret_cast<char *>(node);
+    const __m128i zero = _mm_setzero_si128();
+    size_t i = 0;
+    for (; i + 16 <= sizeof(json_node); i += 16)
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(p + i), zero);
+    if (i < sizeof(json_node)) _mm_storel_epi64(reinterpret_cast<__m128i *>(p + i), zero);
+#else
+    std::memset(static_cast<void *>(node), 0, sizeof *node);
+#endif
+}
+
+// memcpy for the short texts most values have, without a call: two
+// overlapping loads and stores that stay inside both ranges.
+inline void copy_text(char *dst, const char *src, size_t len) {
+    auto two = [&](auto word) {
+        decltype(word) a, b;
+        std::memcpy(&a, src, sizeof a);
+        std::memcpy(&b, src + len - sizeof b, sizeof b);
+        std::memcpy(dst, &a, sizeof a);
+        std::memcpy(dst + len - sizeof b, &b, sizeof b);
+    };
+    struct Wide {
+        uint64_t lo, hi;
+    };
+    if (len >= 32) std::memcpy(dst, src, len);
+    else if (len >= 16) two(Wide{});
+    else if (len >= 8) two(uint64_t{});
+    else if (len >= 4) two(uint32_t{});
+    else
+        for (size_t i = 0; i < len; i++) dst[i] = src[i];
+}
+
 // json_create with the node's text in the same heap bump: a read tree
 // costs one allocation per value.  The node is linked exactly as
 // json_create links it (parent, creation chain, cur_node, first_node).
@@ -43,7 +83,7 @@ json_node *new_node(jlpca_ctx *ctx, uint32_t type, size_t text_len) {
     auto *node = static_cast<json_node *>(
         mem_heap_alloc_low(ctx->env, ctx->heap, size, 0, SRC_JSON, LINE_READ_NODE));
     if (!node) [[unlikely]] return nullptr;
-    std::memset(static_cast<void *>(node), 0, sizeof *node);
+    clear_node(node);
     node->type = type;
     node->parent = ctx->cur_node;
     if (ctx->last_node) ctx->last_node->chain_next = node;
@@ -61,7 +101,7 @@ int32_t new_text_node(jlpca_ctx *ctx, uint32_t type) {
     if (!node) [[unlikely]] return VXJSON_ERR_NOMEM;
     if (len) {
         node->str = reinterpret_cast<char *>(node + 1);
-        std::memcpy(node->str, ctx->tok_str, len);
+        copy_text(node->str, ctx->tok_str, len);
         node->str[len] = '\0';
         node->str_len = uint32_t(len);
         node->str_flags = uint32_t(ctx->lit_escaped);
@@ -74,9 +114,10 @@ int32_t new_text_node(jlpca_ctx *ctx, uint32_t type) {
 // across parses, so a large document pays for it once):
 //
 //   front, growing up:    element pointers of the arrays still open
-//   back, growing down:   per array, a record {array, items, next} made
-//                         when it opens (linked in creation order), and the
-//                         run of its element pointers copied when it closes
+//   back, growing down:   per array, a record {array, items, next, count}
+//                         made when it opens (linked in creation order), and
+//                         the run of its element pointers copied when it
+//                         closes
 //
 // Back entries are addressed by their distance from the end, so they stay
 // valid when the buffer grows.  A failed growth ends logging (ok() false).
@@ -89,17 +130,21 @@ public:
     uintptr_t open(json_node *array) {
         if (!room(kRecord)) return 0;
         hi_ += kRecord;
+        free_ -= kRecord;
         uintptr_t *rec = back(hi_);
         rec[0] = reinterpret_cast<uintptr_t>(array);
         rec[1] = 0;
         rec[2] = 0;
+        rec[3] = 0;
         if (last_) back(last_)[2] = hi_;
         else first_ = hi_;
         last_ = hi_;
         return hi_;
     }
     void push(json_node *element) {
-        if (room(1)) w_[lo_++] = reinterpret_cast<uintptr_t>(element);
+        if (!room(1)) return;
+        w_[lo_++] = reinterpret_cast<uintptr_t>(element);
+        free_--;
     }
     // The array of record `rec` closed with its last `count` elements on
     // the front stack.
@@ -107,21 +152,36 @@ public:
         if (!room(count)) return;
         hi_ += count;
         std::memcpy(back(hi_), w_ + lo_ - count, count * sizeof(uintptr_t));
-        lo_ -= count;
+        lo_ -= count; // the front words become the back's: free_ unchanged
         back(rec)[1] = hi_;
+        back(rec)[3] = count;
     }
-    // Visit the arrays in creation order with their element pointers.
+    // Visit the arrays in creation order with their element pointers and
+    // counts.  The array nodes were written long ago: fetch them a few
+    // records ahead.
     template <class F> int32_t each(F &&f) {
+        constexpr int kAhead = 8;
+        uintptr_t ahead = first_;
+        for (int i = 0; i < kAhead && ahead; i++) {
+            __builtin_prefetch(reinterpret_cast<const void *>(back(ahead)[0]), 1);
+            ahead = back(ahead)[2];
+        }
         for (uintptr_t d = first_; d; d = back(d)[2]) {
+            if (ahead) {
+                __builtin_prefetch(reinterpret_cast<const void *>(back(ahead)[0]), 1);
+                ahead = back(ahead)[2];
+            }
             const uintptr_t *rec = back(d);
             auto *array = reinterpret_cast<json_node *>(rec[0]);
-            if (int32_t rc = f(array, reinterpret_cast<json_node **>(back(rec[1])))) return rc;
+            if (int32_t rc = f(array, reinterpret_cast<json_node **>(back(rec[1])),
+                               uint32_t(rec[3])))
+                return rc;
         }
         return 0;
     }
 
 private:
-    static constexpr size_t kRecord = 3;
+    static constexpr size_t kRecord = 4;
 
     uintptr_t *back(uintptr_t distance) { return w_ + cap_ - distance; }
 
@@ -131,18 +191,20 @@ private:
         w_ = reinterpret_cast<uintptr_t *>(aligned);
         const size_t skip = aligned - addr;
         cap_ = ctx_->scan_cap > skip ? (ctx_->scan_cap - skip) / sizeof(uintptr_t) : 0;
+        free_ = cap_;
     }
 
     bool room(size_t k) {
-        if (ok_ && cap_ - lo_ - hi_ >= k) [[likely]] return true;
-        return ok_ && grow(k);
+        if (free_ >= k) [[likely]] return true;
+        return grow(k);
     }
 
     [[gnu::noinline]] bool grow(size_t k) {
+        if (!ok_) return false;
         size_t cap = cap_ * 2 + k;
-        if (cap * sizeof(uintptr_t) > UINT32_MAX - alignof(uintptr_t)) return ok_ = false;
+        if (cap * sizeof(uintptr_t) > UINT32_MAX - alignof(uintptr_t)) return fail();
         auto *w = static_cast<uintptr_t *>(std::malloc(cap * sizeof(uintptr_t)));
-        if (!w) return ok_ = false;
+        if (!w) return fail();
         std::memcpy(w, w_, lo_ * sizeof(uintptr_t));
         std::memcpy(w + cap - hi_, w_ + cap_ - hi_, hi_ * sizeof(uintptr_t));
         if (ctx_->scan_buf != ctx_->scan_inline) std::free(ctx_->scan_buf);
@@ -150,10 +212,17 @@ private:
         ctx_->scan_cap = uint32_t(cap * sizeof(uintptr_t));
         w_ = w;
         cap_ = cap;
+        free_ = cap_ - lo_ - hi_;
         return true;
     }
 
+    bool fail() {
+        free_ = 0;
+        return ok_ = false;
+    }
+
     jlpca_ctx *ctx_;
+    size_t free_ = 0;        // words between the two parts
     uintptr_t *w_ = nullptr; // the buffer, as words
     size_t cap_ = 0;         // its words
     size_t lo_ = 0;          // words of the front stack
@@ -244,8 +313,7 @@ public:
     // order, with the same result.
     int32_t adjust(jlpca_ctx *ctx) {
         if (!log_.ok()) return json_adjust_array(ctx);
-        return log_.each([ctx](json_node *array, json_node **items) {
-            const uint32_t count = array->lst_count;
+        return log_.each([ctx](json_node *array, json_node **items, uint32_t count) {
             array->capacity = count + ctx->array_spare;
             auto *block = static_cast<json_node **>(vx_alloc(
                 ctx->env, ctx->allocator, sizeof(json_node *) * size_t(array->capacity), SRC_JSON,
