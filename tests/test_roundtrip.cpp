@@ -10,7 +10,7 @@
 
 #include "doc_env.h"
 #include "text_fixture.h"
-#include "vx_heap.h"
+#include "tree_fixture.h"
 
 namespace {
 
@@ -31,23 +31,8 @@ std::string describe(const Config &c) {
 
 // A context over its own heap for one configuration; trees stay valid
 // until the reader is destroyed.
-struct Reader {
-    vx_heap *heap = mem_heap_create(0);
-    vx_alloc_state state{};
-    vx_allocator alloc{};
-    std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
-
-    explicit Reader(const Config &c) {
-        vx_allocator_init(&alloc, &state);
-        jlpca_init(nullptr, ctx.get(), heap, &alloc, c.escape_mode, c.strict, 0, c.compat);
-    }
-    ~Reader() {
-        jlpca_deinit(ctx.get());
-        vx_allocator_release_all(&state);
-        mem_heap_free(heap);
-    }
-    Reader(const Reader &) = delete;
-    Reader &operator=(const Reader &) = delete;
+struct Reader : TreeEnv {
+    explicit Reader(const Config &c) : TreeEnv(c.compat, c.escape_mode) { ctx->strict = c.strict; }
 
     json_node *read(const std::string &text) {
         json_node *root = nullptr;
