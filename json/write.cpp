@@ -217,12 +217,17 @@ template <layout L> size_t estimate(const json_node *node, uint32_t level) {
 // much room the text takes, which costs less than the copies it saves.
 template <layout L>
 bool reserve_for(writer &w, const jlpca_ctx *ctx, const json_node *node, uint32_t level) {
+    // Past this the estimate may be far off; growth handles the rest.
+    constexpr size_t RESERVE_MAX = size_t(1) << 30;
     if (!is_container(node)) return true;
+    size_t want;
     if (L == layout::compact) {
         if (!ctx || node != ctx->first_node) return true;
-        return w.o.ensure(size_t(ctx->text_len) + 64);
+        want = size_t(ctx->text_len) + 64;
+    } else {
+        want = estimate<L>(node, level);
     }
-    return w.o.ensure(estimate<L>(node, level));
+    return want > RESERVE_MAX || w.o.ensure(want);
 }
 
 // Runs `f` with the layout that the flag word selects: bit 1 is layout A
