@@ -78,7 +78,8 @@ inline void copy_text(char *dst, const char *src, size_t len) {
 // json_create with the node's text in the same heap bump: a read tree
 // costs one allocation per value.  The node is linked exactly as
 // json_create links it (parent, creation chain, cur_node, first_node).
-json_node *new_node(jlpca_ctx *ctx, uint32_t type, size_t text_len) {
+[[gnu::always_inline]] inline json_node *new_node(jlpca_ctx *ctx, uint32_t type,
+                                                  size_t text_len) {
     const size_t size = sizeof(json_node) + (text_len ? text_len + 1 : 0);
     auto *node = static_cast<json_node *>(
         mem_heap_alloc_low(ctx->env, ctx->heap, size, 0, SRC_JSON, LINE_READ_NODE));
@@ -95,7 +96,7 @@ json_node *new_node(jlpca_ctx *ctx, uint32_t type, size_t text_len) {
 
 // A string or decimal node holding the current literal, as
 // json_string_set_value stores it (no text at all when it is empty).
-int32_t new_text_node(jlpca_ctx *ctx, uint32_t type) {
+[[gnu::always_inline]] inline int32_t new_text_node(jlpca_ctx *ctx, uint32_t type) {
     const size_t len = size_t(ctx->tok_val);
     json_node *node = new_node(ctx, type, len);
     if (!node) [[unlikely]] return VXJSON_ERR_NOMEM;

@@ -5,14 +5,11 @@
 #define VXJSON_TEST_READ_CASES_H
 
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "vx_alloc.h"
-#include "vx_heap.h"
+#include "doc_env.h"
 #include "vx_ini.h"
-#include "vxjson.h"
 
 // Switches of a read; the defaults are the standard dialect, lax.
 struct ReadSwitches {
@@ -54,38 +51,24 @@ struct CharsetScope {
     CharsetScope &operator=(const CharsetScope &) = delete;
 };
 
-struct ReadEnv {
-    vx_heap *heap = mem_heap_create(0);
-    vx_alloc_state alloc_state{};
-    vx_allocator alloc{};
-    std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
-    std::string text; // kept alive: the context reads it in place
+// A document environment (doc_env.h) read with chosen switches.  `text`
+// keeps a text alive for callers that scan it token by token.
+struct ReadEnv : DocEnv {
+    std::string text;
 
-    explicit ReadEnv(const ReadSwitches &sw = {}) {
-        vx_allocator_init(&alloc, &alloc_state);
+    explicit ReadEnv(const ReadSwitches &sw = {}) : DocEnv(sw.compat, sw.strict) {
         jlpca_init(nullptr, ctx.get(), heap, &alloc, sw.escape_mode, sw.strict, sw.unique_keys,
                    sw.compat);
         ctx->scalar_top = sw.scalar_top;
         ctx->number_mode = sw.number_mode;
     }
-    ~ReadEnv() {
-        jlpca_deinit(ctx.get());
-        vx_allocator_release_all(&alloc_state);
-        mem_heap_free(heap);
-    }
-    ReadEnv(const ReadEnv &) = delete;
-    ReadEnv &operator=(const ReadEnv &) = delete;
-
     int32_t read(const std::string &t, json_node **root) {
         text = t;
-        *root = nullptr;
-        int32_t rc = jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size()));
-        return rc ? rc : json_flex(ctx.get(), root);
+        return DocEnv::read(text, root);
     }
     int32_t check(const std::string &t) {
         text = t;
-        int32_t rc = jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size()));
-        return rc ? rc : jcheck_flex(ctx.get());
+        return DocEnv::check(text);
     }
 };
 
