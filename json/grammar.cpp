@@ -75,6 +75,17 @@ inline void copy_text(char *dst, const char *src, size_t len) {
         for (size_t i = 0; i < len; i++) dst[i] = src[i];
 }
 
+// Pointer copies, without a call for the few that most arrays hold.
+inline void copy_words(void *dst, const void *src, size_t n) {
+    if (n > 8) {
+        std::memcpy(dst, src, n * sizeof(uintptr_t));
+        return;
+    }
+    auto *d = static_cast<uintptr_t *>(dst);
+    const auto *s = static_cast<const uintptr_t *>(src);
+    for (size_t i = 0; i < n; i++) d[i] = s[i];
+}
+
 // json_create with the node's text in the same heap bump: a read tree
 // costs one allocation per value.  The node is linked exactly as
 // json_create links it (parent, creation chain, cur_node, first_node).
@@ -110,81 +121,80 @@ inline void copy_text(char *dst, const char *src, size_t len) {
     return 0;
 }
 
-// The element log.  Two stacks share the context's token-text buffer
+// The element log.  Two parts share the context's token-text buffer
 // (which this scanner does not otherwise need, and which the context keeps
 // across parses, so a large document pays for it once):
 //
-//   front, growing up:    element pointers of the arrays still open
-//   back, growing down:   per array, a record {array, items, next, count}
+//   front, growing up:    per array, a record {array, items, next, count}
 //                         made when it opens (linked in creation order), and
-//                         the run of its element pointers copied when it
-//                         closes
+//                         the run of its element pointers copied there when
+//                         it closes; read front to back at the end
+//   back, growing down:   element pointers of the arrays still open
 //
-// Back entries are addressed by their distance from the end, so they stay
-// valid when the buffer grows.  A failed growth ends logging (ok() false).
+// Front entries are addressed by index and the back by distance from the
+// end, so both stay valid when the buffer grows.  A failed growth ends
+// logging (ok() false).
 class ElementLog {
 public:
     explicit ElementLog(jlpca_ctx *ctx) : ctx_(ctx) { attach_buffer(); }
     bool ok() const { return ok_; }
 
-    // Record an array when it opens; the result is its record's handle.
+    // Record an array when it opens; the result is its record's index.
     uintptr_t open(json_node *array) {
         if (!room(kRecord)) return 0;
-        hi_ += kRecord;
+        const uintptr_t rec = lo_;
+        w_[rec] = reinterpret_cast<uintptr_t>(array);
+        w_[rec + 1] = w_[rec + 2] = w_[rec + 3] = 0;
+        lo_ += kRecord;
         free_ -= kRecord;
-        uintptr_t *rec = back(hi_);
-        rec[0] = reinterpret_cast<uintptr_t>(array);
-        rec[1] = 0;
-        rec[2] = 0;
-        rec[3] = 0;
-        if (last_) back(last_)[2] = hi_;
-        else first_ = hi_;
-        last_ = hi_;
-        return hi_;
+        if (records_) w_[last_ + 2] = rec;
+        else first_ = rec;
+        last_ = rec;
+        records_++;
+        return rec;
     }
     void push(json_node *element) {
         if (!room(1)) return;
-        w_[lo_++] = reinterpret_cast<uintptr_t>(element);
+        w_[cap_ - ++hi_] = reinterpret_cast<uintptr_t>(element);
         free_--;
     }
     // The array of record `rec` closed with its last `count` elements on
-    // the front stack.
+    // the back stack (newest lowest).
     void close(uintptr_t rec, size_t count) {
         if (!room(count)) return;
-        hi_ += count;
-        std::memcpy(back(hi_), w_ + lo_ - count, count * sizeof(uintptr_t));
-        lo_ -= count; // the front words become the back's: free_ unchanged
-        back(rec)[1] = hi_;
-        back(rec)[3] = count;
+        const uintptr_t *top = w_ + cap_ - hi_;
+        uintptr_t *run = w_ + lo_;
+        for (size_t i = 0; i < count; i++) run[i] = top[count - 1 - i];
+        w_[rec + 1] = lo_;
+        w_[rec + 3] = count;
+        lo_ += count;
+        hi_ -= count; // the back words move to the front: free_ unchanged
     }
     // Visit the arrays in creation order with their element pointers and
     // counts.  The array nodes were written long ago: fetch them a few
     // records ahead.
     template <class F> int32_t each(F &&f) {
-        constexpr int kAhead = 8;
-        uintptr_t ahead = first_;
-        for (int i = 0; i < kAhead && ahead; i++) {
-            __builtin_prefetch(reinterpret_cast<const void *>(back(ahead)[0]), 1);
-            ahead = back(ahead)[2];
+        constexpr size_t kAhead = 16;
+        size_t left = records_, ahead = first_, pending = records_;
+        for (size_t i = 0; i < kAhead && pending; i++, pending--) {
+            __builtin_prefetch(reinterpret_cast<const void *>(w_[ahead]), 1);
+            ahead = w_[ahead + 2];
         }
-        for (uintptr_t d = first_; d; d = back(d)[2]) {
-            if (ahead) {
-                __builtin_prefetch(reinterpret_cast<const void *>(back(ahead)[0]), 1);
-                ahead = back(ahead)[2];
+        for (uintptr_t rec = first_; left; left--, rec = w_[rec + 2]) {
+            if (pending) {
+                __builtin_prefetch(reinterpret_cast<const void *>(w_[ahead]), 1);
+                ahead = w_[ahead + 2];
+                pending--;
             }
-            const uintptr_t *rec = back(d);
-            auto *array = reinterpret_cast<json_node *>(rec[0]);
-            if (int32_t rc = f(array, reinterpret_cast<json_node **>(back(rec[1])),
-                               uint32_t(rec[3])))
-                return rc;
+            auto *array = reinterpret_cast<json_node *>(w_[rec]);
+            auto **items = reinterpret_cast<json_node **>(w_ + w_[rec + 1]);
+            if (int32_t rc = f(array, items, uint32_t(w_[rec + 3]))) return rc;
         }
         return 0;
     }
 
 private:
     static constexpr size_t kRecord = 4;
-
-    uintptr_t *back(uintptr_t distance) { return w_ + cap_ - distance; }
 
     void attach_buffer() {
         auto addr = reinterpret_cast<uintptr_t>(ctx_->scan_buf);
@@ -226,10 +236,11 @@ private:
     size_t free_ = 0;        // words between the two parts
     uintptr_t *w_ = nullptr; // the buffer, as words
     size_t cap_ = 0;         // its words
-    size_t lo_ = 0;          // words of the front stack
-    size_t hi_ = 0;          // words of the back part
-    uintptr_t first_ = 0;    // first record (distance from the end), 0: none
-    uintptr_t last_ = 0;     // newest record
+    size_t lo_ = 0;          // words of the front part
+    size_t hi_ = 0;          // words of the back stack
+    size_t records_ = 0;     // arrays recorded
+    uintptr_t first_ = 0;    // first record's index
+    uintptr_t last_ = 0;     // newest record's index
     bool ok_ = true;
 };
 
@@ -320,7 +331,7 @@ public:
                 ctx->env, ctx->allocator, sizeof(json_node *) * size_t(array->capacity), SRC_JSON,
                 LINE_READ_ITEMS));
             if (!block) return report_json(VXJSON_ERR_NOMEM, LINE_ADJUST_ARRAY);
-            std::memcpy(block, items, sizeof(json_node *) * count);
+            copy_words(block, items, count);
             array->items = block;
             array->count = count;
             return 0;
