@@ -11,6 +11,10 @@
 #include <bit>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "escape_internal.h"
 #include "report.h"
 #include "vx_alloc.h"
@@ -108,6 +112,12 @@ inline uint64_t load_tail(const unsigned char *p, size_t rem) {
            uint64_t(p[rem - 1]) << ((rem - 1) * 8);
 }
 
+inline uint64_t load8(const unsigned char *p) {
+    uint64_t w;
+    std::memcpy(&w, p, 8);
+    return w;
+}
+
 // The byte at *p needs a look: escape it, copy it, or copy the multibyte
 // character it starts.  False when that character is cut off by the end
 // of the text, which ends the text.
@@ -137,8 +147,8 @@ inline bool escape_one(const unsigned char *&p, const unsigned char *e, char *&o
 
 // Eight bytes at a time, the last few included: each word is stored whole
 // and the cursor moves past its plain bytes only, so the stores may run up
-// to ESCAPE_SLACK bytes beyond what is finally written.
-char *escape_std(const unsigned char *in, size_t n, char *out, charset_cache &cs) {
+// to eight bytes beyond what is finally written.
+char *escape_std_words(const unsigned char *in, size_t n, char *out, charset_cache &cs) {
     const unsigned char *p = in;
     const unsigned char *const e = in + n;
     if constexpr (std::endian::native != std::endian::little) {
@@ -171,6 +181,47 @@ char *escape_std(const unsigned char *in, size_t n, char *out, charset_cache &cs
     }
     return out;
 }
+
+#if defined(__SSE2__)
+// Sixteen bytes at a time, as the word version; the mask has a bit per
+// byte that needs a look: at most 13 (the escaped controls and a few
+// harmless ones), a quote, a backslash, or above 127 (its own sign bit).
+char *escape_std_vectors(const unsigned char *in, size_t n, char *out, charset_cache &cs) {
+    const unsigned char *p = in;
+    const unsigned char *const e = in + n;
+    const __m128i quote = _mm_set1_epi8('"');
+    const __m128i backslash = _mm_set1_epi8('\\');
+    const __m128i thirteen = _mm_set1_epi8(13);
+    while (p < e) {
+        const size_t rem = static_cast<size_t>(e - p);
+        __m128i v;
+        size_t step = 16;
+        if (rem >= 16) {
+            v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+        } else if (rem > 8) {
+            uint64_t lo, hi;
+            std::memcpy(&lo, p, 8);
+            std::memcpy(&hi, e - 8, 8); // overlaps lo; keep only bytes 8 and up
+            v = _mm_set_epi64x(static_cast<long long>(hi >> ((16 - rem) * 8)),
+                               static_cast<long long>(lo));
+            step = rem;
+        } else {
+            v = _mm_set_epi64x(0, static_cast<long long>(rem == 8 ? load8(p) : load_tail(p, rem)));
+            step = rem;
+        }
+        unsigned m = static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(
+            _mm_or_si128(_mm_cmpeq_epi8(v, quote), _mm_cmpeq_epi8(v, backslash)),
+            _mm_or_si128(_mm_cmpeq_epi8(_mm_min_epu8(v, thirteen), v), v))));
+        m &= step == 16 ? 0xFFFFu : (1u << step) - 1;
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(out), v);
+        if (m) step = static_cast<unsigned>(std::countr_zero(m));
+        p += step;
+        out += step;
+        if (m && !escape_one(p, e, out, cs)) break;
+    }
+    return out;
+}
+#endif
 
 bool out_buf::grow(size_t n) {
     finish();

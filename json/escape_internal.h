@@ -103,9 +103,21 @@ inline uint32_t char_len(charset_cache &cs, const unsigned char *p, size_t rem) 
 }
 
 // Escape `n` bytes by the standard table into `out`, which has room for
-// 2 * n + ESCAPE_SLACK bytes; returns the end of the output.
-inline constexpr size_t ESCAPE_SLACK = 8;
-char *escape_std(const unsigned char *in, size_t n, char *out, charset_cache &cs);
+// 2 * n + ESCAPE_SLACK bytes; returns the end of the output.  Two ways of
+// finding the bytes that need a look, both kept so both can be tested:
+// eight bytes in a machine word, sixteen in a vector register.
+inline constexpr size_t ESCAPE_SLACK = 16;
+char *escape_std_words(const unsigned char *in, size_t n, char *out, charset_cache &cs);
+#if defined(__SSE2__)
+char *escape_std_vectors(const unsigned char *in, size_t n, char *out, charset_cache &cs);
+#endif
+inline char *escape_std(const unsigned char *in, size_t n, char *out, charset_cache &cs) {
+#if defined(__SSE2__)
+    return escape_std_vectors(in, n, out, cs);
+#else
+    return escape_std_words(in, n, out, cs);
+#endif
+}
 
 // ------------------------------------------------------------------
 // Direct output into a growable string

@@ -218,6 +218,18 @@ INSTANTIATE_TEST_SUITE_P(
                   0, VXTIME_ERR_RANGE, ""}),
     row_name<ScalarRow>);
 
+TEST(Scalar, IntegersAtEveryDigitCountAndWordBoundary) {
+    std::vector<int64_t> values = {0, INT64_MIN, INT64_MAX, int64_t(UINT32_MAX), int64_t(UINT32_MAX) + 1};
+    for (int64_t p = 1; p <= INT64_MAX / 10; p *= 10)
+        for (int64_t v : {p - 1, p, p + 1, p * 10 - 1}) values.insert(values.end(), {v, -v});
+    TreeEnv t;
+    for (int64_t v : values) {
+        OutString o;
+        ASSERT_EQ(json_scalar_to_string(nullptr, &o.alloc, o.s, t.integer(v), 0), 0);
+        EXPECT_EQ(o.str(), std::to_string(v));
+    }
+}
+
 TEST(Scalar, DatesInsideContainersLeaveTheContainerResultZero) {
     TreeEnv t;
     const Written w = write(t, t.array({datetime(t, JSON_DATE, "2001-01-02"),
