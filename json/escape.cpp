@@ -246,6 +246,52 @@ void release(void *env, vx_allocator *a, char *text) {
     if (text) vx_free(env, a, text);
 }
 
+// Walks the characters of a text in the server's character set: a
+// multibyte character goes to on_multi(bytes, length), a single byte to
+// on_byte(byte); either returns false to end the walk.  A character cut
+// off by the end of the text is dropped.
+template <class OnMulti, class OnByte>
+void walk_chars(const char *text, size_t len, charset_cache &cs, OnMulti on_multi,
+                OnByte on_byte) {
+    const auto *p = reinterpret_cast<const unsigned char *>(text);
+    const auto *const e = p + len;
+    while (p < e) {
+        const size_t n = char_len(cs, p, static_cast<size_t>(e - p));
+        if (n > static_cast<size_t>(e - p)) return;
+        if (!(n > 1 ? on_multi(p, n) : on_byte(*p))) return;
+        p += n;
+    }
+}
+
+// Appends n bytes at o; returns the new end.
+inline char *copy_bytes(char *o, const unsigned char *p, size_t n) {
+    std::memcpy(o, p, n);
+    return o + n;
+}
+
+// A byte as a backslash and its escape letter, or as it is when it has none.
+inline char *put_escaped(char *o, unsigned char c, uint8_t letter) {
+    if (!letter) {
+        *o = static_cast<char>(c);
+        return o + 1;
+    }
+    o[0] = '\\';
+    o[1] = static_cast<char>(letter);
+    return o + 2;
+}
+
+// An output text of `size` bytes from the allocator, for the routines that
+// hand back a text of their own.
+char *alloc_text(void *env, vx_allocator *a, size_t size, int32_t line) {
+    return static_cast<char *>(vx_alloc(env, a, size, SRC_JSON, line));
+}
+
+// Hands back `buf` up to `end` as an output text.
+void set_out(char *buf, const char *end, char **out, uint32_t *out_len) {
+    *out = buf;
+    *out_len = static_cast<uint32_t>(end - buf);
+}
+
 } // namespace
 
 int32_t convert_general(out_buf &o, uint32_t flags, const char *text, uint32_t len, bool quote,
@@ -331,13 +377,11 @@ VXJSON_API int32_t json_string_from_value_add_escape(void *env, vx_allocator *al
     *out = nullptr;
     *out_len = 0;
     if (len == 0) return 0;
-    auto *buf = static_cast<char *>(vx_alloc(env, allocator, 2 * size_t(len) + ESCAPE_SLACK,
-                                             SRC_JSON, LINE_ALLOC_STD));
+    char *buf = alloc_text(env, allocator, 2 * size_t(len) + ESCAPE_SLACK, LINE_ALLOC_STD);
     if (!buf) return NOMEM;
     charset_cache cs;
-    char *end = escape_std(reinterpret_cast<const unsigned char *>(text), len, buf, cs);
-    *out = buf;
-    *out_len = static_cast<uint32_t>(end - buf);
+    set_out(buf, escape_std(reinterpret_cast<const unsigned char *>(text), len, buf, cs), out,
+            out_len);
     return 0;
 }
 
@@ -351,40 +395,28 @@ VXJSON_API int32_t json_string_from_value_add_escape_for_mysql(void *env,
     *out = nullptr;
     *out_len = 0;
     if (len == 0) return 0;
-    auto *buf = static_cast<char *>(vx_alloc(env, allocator, 2 * size_t(len), SRC_JSON,
-                                             LINE_ALLOC_MYSQL));
+    char *buf = alloc_text(env, allocator, 2 * size_t(len), LINE_ALLOC_MYSQL);
     if (!buf) return NOMEM;
     charset_cache cs;
-    const auto *p = reinterpret_cast<const unsigned char *>(text);
-    const auto *e = p + len;
     char *o = buf;
     bool after_backslash = false;
-    while (p < e) {
-        const size_t n = char_len(cs, p, static_cast<size_t>(e - p));
-        if (n > static_cast<size_t>(e - p)) break;
-        if (n > 1) {
-            std::memcpy(o, p, n);
-            o += n;
-            p += n;
+    walk_chars(
+        text, len, cs,
+        [&](const unsigned char *p, size_t n) {
+            o = copy_bytes(o, p, n);
             after_backslash = false;
-            continue;
-        }
-        const unsigned char c = *p++;
-        if (c == '\\' && !after_backslash) {
-            after_backslash = true;
-            continue;
-        }
-        const uint8_t letter = after_backslash ? MYSQL_LETTER[c] : STD_LETTER[c];
-        after_backslash = false;
-        if (letter) {
-            *o++ = '\\';
-            *o++ = static_cast<char>(letter);
-        } else {
-            *o++ = static_cast<char>(c);
-        }
-    }
-    *out = buf;
-    *out_len = static_cast<uint32_t>(o - buf);
+            return true;
+        },
+        [&](unsigned char c) {
+            if (c == '\\' && !after_backslash) {
+                after_backslash = true;
+                return true;
+            }
+            o = put_escaped(o, c, after_backslash ? MYSQL_LETTER[c] : STD_LETTER[c]);
+            after_backslash = false;
+            return true;
+        });
+    set_out(buf, o, out, out_len);
     return after_backslash ? VXJSON_ERR_LONE_BACKSLASH : 0;
 }
 
@@ -445,41 +477,36 @@ VXJSON_API int32_t json_string_convert_ascii(void *env, vx_allocator *allocator,
                                              uint32_t len) {
     if (string->failed) return NOMEM;
     if (len == 0) return 0;
-    auto *buf = static_cast<char *>(vx_alloc(env, allocator, 3 * size_t(len) + 2, SRC_JSON,
-                                             LINE_ALLOC_ASCII));
+    char *buf = alloc_text(env, allocator, 3 * size_t(len) + 2, LINE_ALLOC_ASCII);
     if (!buf) return NOMEM;
     static constexpr char HEX[] = "0123456789ABCDEF";
     charset_cache cs;
-    const auto *p = reinterpret_cast<const unsigned char *>(text);
-    const auto *e = p + len;
     char *o = buf;
-    while (p < e) {
-        const size_t n = char_len(cs, p, static_cast<size_t>(e - p));
-        if (n > static_cast<size_t>(e - p)) break;
-        if (n == 1) {
-            *o++ = static_cast<char>(*p++);
-            continue;
-        }
-        uint16_t units[50];
-        int32_t count = 0;
-        if (LocalToUtf16(reinterpret_cast<const char *>(p), static_cast<int32_t>(n), cs.get(),
-                         units, 50, &count) < 0 ||
-            count < 1) {
-            vx_free(env, allocator, buf);
-            return VXJSON_ERR_INVALID_JSON;
-        }
-        const unsigned u = units[0];
-        o[0] = '\\';
-        o[1] = 'u';
-        o[2] = HEX[u >> 12];
-        o[3] = HEX[(u >> 8) & 15];
-        o[4] = HEX[(u >> 4) & 15];
-        o[5] = HEX[u & 15];
-        o += 6;
-        p += n;
-    }
-    const int32_t rc = vxstr_append_with_length(env, allocator, string, buf,
-                                                static_cast<uint32_t>(o - buf));
+    bool unconvertible = false;
+    walk_chars(
+        text, len, cs,
+        [&](const unsigned char *p, size_t n) {
+            uint16_t units[50];
+            int32_t count = 0;
+            if (LocalToUtf16(reinterpret_cast<const char *>(p), static_cast<int32_t>(n), cs.get(),
+                             units, 50, &count) < 0 ||
+                count < 1) {
+                unconvertible = true;
+                return false;
+            }
+            const unsigned u = units[0];
+            const char esc[6] = {'\\', 'u', HEX[u >> 12], HEX[(u >> 8) & 15], HEX[(u >> 4) & 15],
+                                 HEX[u & 15]};
+            o = copy_bytes(o, reinterpret_cast<const unsigned char *>(esc), 6);
+            return true;
+        },
+        [&](unsigned char c) {
+            *o++ = static_cast<char>(c);
+            return true;
+        });
+    const int32_t rc = unconvertible ? VXJSON_ERR_INVALID_JSON
+                                     : vxstr_append_with_length(env, allocator, string, buf,
+                                                                static_cast<uint32_t>(o - buf));
     vx_free(env, allocator, buf);
     return rc < 0 ? rc : 0;
 }
@@ -500,84 +527,65 @@ VXJSON_API int32_t json_org_str_escape_solve_for_mysql(void *env, vx_allocator *
     *out = nullptr;
     *out_len = 0;
     if (len == 0) return 0;
-    auto *buf = static_cast<char *>(vx_alloc(env, allocator, 2 * size_t(len), SRC_JSON,
-                                             LINE_ALLOC_SOLVE));
+    char *buf = alloc_text(env, allocator, 2 * size_t(len), LINE_ALLOC_SOLVE);
     if (!buf) return NOMEM;
     charset_cache cs;
-    const auto *p = reinterpret_cast<const unsigned char *>(text);
-    const auto *e = p + len;
     char *o = buf;
     bool pending = false, escaped_backslash = false, in_quotes = false, bad = false;
-    while (p < e && !bad) {
-        const size_t n = char_len(cs, p, static_cast<size_t>(e - p));
-        if (n > static_cast<size_t>(e - p)) break;
-        if (n > 1) {
-            std::memcpy(o, p, n);
-            o += n;
-            p += n;
-            pending = escaped_backslash = false;
-            continue;
-        }
-        const unsigned char c = *p++;
-        switch (c) {
-        case '\\':
-            if (pending) {
+    // Writes c (nothing when 0) and clears P and D.
+    auto plain = [&](char c) {
+        if (c) *o++ = c;
+        pending = escaped_backslash = false;
+        return true;
+    };
+    auto fail = [&] {
+        bad = true;
+        return false;
+    };
+    walk_chars(
+        text, len, cs,
+        [&](const unsigned char *p, size_t n) {
+            o = copy_bytes(o, p, n);
+            return plain(0);
+        },
+        [&](unsigned char c) {
+            switch (c) {
+            case '\\':
+                if (!pending) {
+                    pending = true;
+                    return true;
+                }
                 *o++ = '\\';
                 escaped_backslash = !escaped_backslash;
                 pending = false;
-            } else {
-                pending = true;
+                return true;
+            case '"':
+                in_quotes = in_quotes ? escaped_backslash : true;
+                return plain('"');
+            case 't':
+            case 'n':
+            case 'r':
+                if (!pending) return plain(static_cast<char>(c));
+                return in_quotes ? fail() : plain(' ');
+            case '_':
+            case 'b':
+            case '%':
+                return pending ? fail() : plain(static_cast<char>(c));
+            case '0':
+                if (!pending) return plain('0');
+                pending = false;
+                return false; // the rest of the text is ignored
+            case '\'':
+                return pending && !in_quotes ? fail() : plain('\'');
+            default:
+                return plain(static_cast<char>(c)); // a backslash before it is dropped
             }
-            continue;
-        case '"':
-            *o++ = '"';
-            in_quotes = in_quotes ? escaped_backslash : true;
-            escaped_backslash = pending = false;
-            continue;
-        case 't':
-        case 'n':
-        case 'r':
-            if (!pending) break;
-            if (in_quotes) {
-                bad = true;
-                continue;
-            }
-            *o++ = ' ';
-            pending = escaped_backslash = false;
-            continue;
-        case '_':
-        case 'b':
-        case '%':
-            if (!pending) break;
-            bad = true;
-            continue;
-        case '0':
-            if (!pending) break;
-            pending = false;
-            p = e; // the rest of the text is ignored
-            continue;
-        case '\'':
-            if (!pending) break;
-            if (!in_quotes) {
-                bad = true;
-                continue;
-            }
-            *o++ = '\'';
-            pending = escaped_backslash = false;
-            continue;
-        default:
-            break;
-        }
-        // Copied as it is; a backslash before it is dropped.
-        *o++ = static_cast<char>(c);
-        pending = escaped_backslash = false;
-    }
+        });
     if (bad || pending || in_quotes) {
         vx_free(env, allocator, buf);
         return VXJSON_ERR_INVALID_JSON;
     }
-    *out = buf;
-    *out_len = static_cast<uint32_t>(o - buf);
+    set_out(buf, o, out, out_len);
     return 0;
 }
 
@@ -588,42 +596,37 @@ VXJSON_API int32_t json_default_value_remove_escape_for_mysql(void *env,
                                                               vx_allocator *allocator,
                                                               const vx_nstr *src, vx_nstr *dst) {
     if (src->len == 0) return 0;
-    auto *buf = static_cast<char *>(vx_alloc(env, allocator, src->len, SRC_JSON,
-                                             LINE_ALLOC_DEFAULT));
+    char *buf = alloc_text(env, allocator, src->len, LINE_ALLOC_DEFAULT);
     if (!buf) return NOMEM;
     charset_cache cs;
-    const auto *p = reinterpret_cast<const unsigned char *>(nstr_text(src));
-    const auto *e = p + src->len;
     char *o = buf;
     bool pending = false;
-    while (p < e) {
-        const size_t n = char_len(cs, p, static_cast<size_t>(e - p));
-        if (n > static_cast<size_t>(e - p)) break;
-        if (n > 1) {
-            std::memcpy(o, p, n);
-            o += n;
-            p += n;
+    walk_chars(
+        nstr_text(src), src->len, cs,
+        [&](const unsigned char *p, size_t n) {
+            o = copy_bytes(o, p, n);
             pending = false;
-            continue;
-        }
-        const unsigned char c = *p++;
-        if (!pending) {
-            if (c == '\\')
+            return true;
+        },
+        [&](unsigned char c) {
+            if (!pending && c == '\\') {
                 pending = true;
-            else
-                *o++ = static_cast<char>(c);
-            continue;
-        }
-        pending = false;
-        switch (c) {
-        case 'n': *o++ = '\n'; break;
-        case 'b': *o++ = '\b'; break;
-        case 't': *o++ = '\t'; break;
-        case 'r': *o++ = '\r'; break;
-        case 'f': *o++ = '\f'; break;
-        default: *o++ = static_cast<char>(c); break;
-        }
-    }
+                return true;
+            }
+            if (pending) {
+                switch (c) {
+                case 'n': c = '\n'; break;
+                case 'b': c = '\b'; break;
+                case 't': c = '\t'; break;
+                case 'r': c = '\r'; break;
+                case 'f': c = '\f'; break;
+                default: break;
+                }
+            }
+            *o++ = static_cast<char>(c);
+            pending = false;
+            return true;
+        });
     int32_t rc;
     const auto n = static_cast<uint32_t>(o - buf);
     if (pending && src->assign == 0)
