@@ -271,22 +271,18 @@ public:
         // the caller allows a scalar.
         if (!ctx->cur_node && !ctx->compat && !ctx->scalar_top) [[unlikely]]
             return VXJSON_ERR_INVALID_JSON;
+        if (token == JT_DECIMAL || token == JT_DQSTRING || token == JT_SQSTRING)
+            return new_text_node(ctx, token == JT_DECIMAL ? JSON_DECIMAL : JSON_STRING);
         json_node *node;
-        switch (token) {
-        case JT_INT:
-        case JT_BIGINT:
+        if (token == JT_INT || token == JT_BIGINT) {
             if (!(node = new_node(ctx, JSON_INTEGER, 0))) return VXJSON_ERR_NOMEM;
             node->ival = ctx->tok_val;
             return 0;
-        case JT_DECIMAL: return new_text_node(ctx, JSON_DECIMAL);
-        case JT_TRUE:
-            if (!(node = new_node(ctx, JSON_BOOLEAN, 0))) return VXJSON_ERR_NOMEM;
-            node->bval = 1;
-            return 0;
-        case JT_FALSE: return new_node(ctx, JSON_BOOLEAN, 0) ? 0 : VXJSON_ERR_NOMEM;
-        case JT_NULL: return new_node(ctx, JSON_NULL, 0) ? 0 : VXJSON_ERR_NOMEM;
-        default: return new_text_node(ctx, JSON_STRING); // JT_DQSTRING, JT_SQSTRING
         }
+        if (!(node = new_node(ctx, token == JT_NULL ? JSON_NULL : JSON_BOOLEAN, 0)))
+            return VXJSON_ERR_NOMEM;
+        node->bval = token == JT_TRUE; // JT_TRUE, JT_FALSE, JT_NULL
+        return 0;
     }
 
     int32_t top_scalar(jlpca_ctx *ctx) {

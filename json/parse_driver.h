@@ -87,17 +87,19 @@ inline int32_t closer_of(uint32_t kind) { return kind == kArray ? ']' : '}'; }
 //   error(ctx, msg), error_ex(ctx, code)
 template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx, G &g) {
     constexpr uint32_t O = G::kOpen;
-    enum State { kValue, kOpened, kAfterItem, kAfterComma, kKey, kColon, kEnd };
     StateStack stack;
     uintptr_t *e = stack.entries();
     uint32_t n = 1;       // entries in use; entry 0 is the start state
     uint32_t base = 0;    // opening entry of the innermost container
     uint32_t kind = kTop; // and its kind
     bool top_is_scalar = false;
-    State state = kValue;
     int32_t rc = 0;
+    int32_t t;
     e[0] = kTop;
 
+    // Each state reads its token and goes straight to the next state: no
+    // state variable to dispatch on, so the branches stay predictable.
+#define VXJSON_NEXT() (t = scan::next_token<G::kMode>(s))
 #define VXJSON_PUSH(k)                                                                     \
     do {                                                                                   \
         n += (k);                                                                          \
@@ -106,140 +108,91 @@ template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx, G &g) {
         e = stack.entries();                                                               \
     } while (0)
 
-    for (;;) {
-        int32_t t = scan::next_token<G::kMode>(s);
-        switch (state) {
-        case kValue: goto value;
-        case kOpened: goto opened;
-        case kAfterItem: goto after_item;
-        case kAfterComma: goto after_comma;
-        case kKey: goto key;
-        case kColon: goto colon;
-        case kEnd: goto end;
-        }
-
-    value:
-        switch (t) {
-        case '[':
-        case '{':
-            VXJSON_PUSH(1);
-            e[n - 1] = uintptr_t(base) << 2 | (t == '[' ? kArray : kObject);
-            base = n - 1;
-            kind = t == '[' ? kArray : kObject;
-            state = kOpened;
-            continue;
-        case JT_INT:
-        case JT_BIGINT:
-        case JT_DECIMAL:
-        case JT_DQSTRING:
-        case JT_SQSTRING:
-        case JT_TRUE:
-        case JT_FALSE:
-        case JT_NULL:
-            VXJSON_PUSH(1); // the token's state, replaced by the value's
-            n -= 1;
-            if ((rc = g.scalar(ctx, t))) goto failed;
-            top_is_scalar = kind == kTop;
-            goto value_done;
-        default: goto syntax;
-        }
-
-    opened:
-        if (t == closer_of(kind)) {
-            VXJSON_PUSH(1);
-            if ((rc = g.open_empty(ctx, kind == kArray ? JSON_ARRAY : JSON_OBJECT))) goto failed;
-            goto close;
-        }
-        if constexpr (O != 0) VXJSON_PUSH(O);
-        if ((rc = g.open(ctx, kind == kArray ? JSON_ARRAY : JSON_OBJECT, e[n - 1]))) goto failed;
-        if (kind == kArray) goto value;
-        goto key;
-
-    value_done:
-        // The value is reduced into its container (it takes no entry of
-        // its own from here on).
-        if (kind == kTop) {
-            if (top_is_scalar && (rc = g.top_scalar(ctx))) goto failed;
-            state = kEnd;
-            continue;
-        }
-        if (kind == kArray) g.attach(ctx);
-        else g.member(ctx, e[n - 2]);
-        n = base + O + 2; // elements / members
-        state = kAfterItem;
-        continue;
-
-    after_item:
-        if (t == ',') {
-            VXJSON_PUSH(1);
-            state = kAfterComma;
-            continue;
-        }
-        if (t != closer_of(kind)) goto syntax;
-        VXJSON_PUSH(2); // the empty trailing comma and the bracket
-        goto close_items;
-
-    after_comma:
-        if (t == closer_of(kind)) {
-            if (ctx->strict) {
-                rc = VXJSON_ERR_SYNTAX;
-                goto failed;
-            }
-            VXJSON_PUSH(1);
-            goto close_items;
-        }
-        if (kind == kArray) goto value;
-        goto key;
-
-    key: {
-        uintptr_t member = 0;
-        switch (t) {
-        case JT_DQSTRING:
-        case JT_SQSTRING:
-        case JT_NAME:
-            VXJSON_PUSH(1);
-            rc = g.key(ctx, ctx->tok_str, uint32_t(ctx->tok_val), member);
-            break;
-        case JT_TRUE:
-        case JT_FALSE:
-        case JT_NULL:
-            VXJSON_PUSH(1);
-            if (ctx->strict) {
-                rc = VXJSON_ERR_SYNTAX;
-                goto failed;
-            }
-            rc = t == JT_TRUE    ? g.key(ctx, "true", 4, member)
-                 : t == JT_FALSE ? g.key(ctx, "false", 5, member)
-                                 : g.key(ctx, "null", 4, member);
-            break;
-        default: goto syntax;
-        }
-        if (rc) goto failed;
-        e[n - 1] = member;
-        state = kColon;
-        continue;
-    }
-
-    colon:
-        if (t != ':') goto syntax;
-        VXJSON_PUSH(1);
-        state = kValue;
-        continue;
-
-    close_items:
-        g.close(ctx, kind, e[base + O]);
-    close: {
-        const uintptr_t open = e[base];
-        n = base;
-        base = uint32_t(open >> 2);
-        kind = uint32_t(e[base] & 3);
+    VXJSON_NEXT();
+value:
+    if (scan::is_scalar_token(t)) {
+        VXJSON_PUSH(1); // the token's state, replaced by the value's
+        n -= 1;
+        if ((rc = g.scalar(ctx, t))) goto failed;
+        top_is_scalar = kind == kTop;
         goto value_done;
     }
+    if (t != '[' && t != '{') goto syntax;
+    VXJSON_PUSH(1);
+    kind = t == '[' ? kArray : kObject;
+    e[n - 1] = uintptr_t(base) << 2 | kind;
+    base = n - 1;
+    VXJSON_NEXT();
+    if (t == closer_of(kind)) {
+        VXJSON_PUSH(1);
+        if ((rc = g.open_empty(ctx, kind == kArray ? JSON_ARRAY : JSON_OBJECT))) goto failed;
+        goto close;
+    }
+    if constexpr (O != 0) VXJSON_PUSH(O);
+    if ((rc = g.open(ctx, kind == kArray ? JSON_ARRAY : JSON_OBJECT, e[n - 1]))) goto failed;
+    if (kind == kArray) goto value;
+    goto key;
 
-    end:
-        if (t != 0) goto syntax;
+value_done:
+    // The value is reduced into its container (it takes no entry of its
+    // own from here on).
+    if (kind == kTop) {
+        if (top_is_scalar && (rc = g.top_scalar(ctx))) goto failed;
+        if (VXJSON_NEXT() != 0) goto syntax;
         return 0;
     }
+    if (kind == kArray) g.attach(ctx);
+    else g.member(ctx, e[n - 2]);
+    n = base + O + 2; // elements / members
+    if (VXJSON_NEXT() == ',') {
+        VXJSON_PUSH(1);
+        if (VXJSON_NEXT() != closer_of(kind)) {
+            if (kind == kArray) goto value;
+            goto key;
+        }
+        if (ctx->strict) {
+            rc = VXJSON_ERR_SYNTAX;
+            goto failed;
+        }
+        VXJSON_PUSH(1); // the bracket after the trailing comma
+    } else if (t == closer_of(kind)) {
+        VXJSON_PUSH(2); // the empty trailing comma and the bracket
+    } else {
+        goto syntax;
+    }
+    g.close(ctx, kind, e[base + O]);
+close: {
+    const uintptr_t open = e[base];
+    n = base;
+    base = uint32_t(open >> 2);
+    kind = uint32_t(e[base] & 3);
+    goto value_done;
+}
+
+key: {
+    uintptr_t member = 0;
+    if (t == JT_DQSTRING || t == JT_SQSTRING || t == JT_NAME) {
+        VXJSON_PUSH(1);
+        rc = g.key(ctx, ctx->tok_str, uint32_t(ctx->tok_val), member);
+    } else if (t == JT_TRUE || t == JT_FALSE || t == JT_NULL) {
+        VXJSON_PUSH(1);
+        if (ctx->strict) {
+            rc = VXJSON_ERR_SYNTAX;
+            goto failed;
+        }
+        rc = t == JT_TRUE    ? g.key(ctx, "true", 4, member)
+             : t == JT_FALSE ? g.key(ctx, "false", 5, member)
+                             : g.key(ctx, "null", 4, member);
+    } else {
+        goto syntax;
+    }
+    if (rc) goto failed;
+    e[n - 1] = member;
+    if (VXJSON_NEXT() != ':') goto syntax;
+    VXJSON_PUSH(1);
+    VXJSON_NEXT();
+    goto value;
+}
 
 exhausted:
     g.error(ctx, "memory exhausted");
@@ -250,6 +203,7 @@ syntax:
 failed:
     return g.error_ex(ctx, rc);
 #undef VXJSON_PUSH
+#undef VXJSON_NEXT
 }
 
 } // namespace vxjson::parse

@@ -349,7 +349,14 @@ template <Mode M> inline int32_t scan_word(Scanner &s, const uchar *p) {
     return word_slow<M>(s, w, n);
 }
 
-template <Mode M> [[gnu::always_inline]] inline int32_t next_token(Scanner &s) {
+// Tokens that are a whole scalar value.
+inline bool is_scalar_token(int32_t t) {
+    return uint32_t(t - JT_INT) <= uint32_t(JT_NULL - JT_INT) && t != JT_NAME;
+}
+
+// The next token.  Dispatch by byte class, most frequent first, with
+// conditional branches rather than a jump table.
+template <Mode M> [[gnu::noinline]] int32_t next_token(Scanner &s) {
     const uchar *p = s.pos;
     const uchar *const end = s.end;
     jlpca_ctx *ctx = s.ctx;
@@ -360,49 +367,24 @@ template <Mode M> [[gnu::always_inline]] inline int32_t next_token(Scanner &s) {
             return 0;
         }
         const uchar c = *p;
-        switch (c) {
-        case ' ':
-        case '\t':
-        case '\n':
-        case '\f':
-        case '\r':
+        const uint16_t cls = kClass.v[c];
+        if (cls & kPunct) return byte_token(s, p);
+        if (cls & kNumStart) return scan_number<M>(s, p);
+        if (c == '"') return scan_string<M, '"'>(s, p);
+        if (cls & kBlank) {
             p = skip_blanks(p, end, s.line);
             continue;
-        case '"': return scan_string<M, '"'>(s, p);
-        case '\'':
+        }
+        if (cls & kWordStart) return scan_word<M>(s, p);
+        if (c == '\'') {
             if (ctx->strict) {
                 s.pos = p + 1;
                 return lex_error(s, VXJSON_ERR_LEX, "json strict only support double quotation");
             }
             return scan_string<M, '\''>(s, p);
-        case '{':
-        case '}':
-        case '[':
-        case ']':
-        case ',':
-        case ':':
-        case '(':
-        case ')':
-        case ';':
-        case '~': return byte_token(s, p);
-        case '-':
-        case '+':
-        case '.':
-        case '0':
-        case '1':
-        case '2':
-        case '3':
-        case '4':
-        case '5':
-        case '6':
-        case '7':
-        case '8':
-        case '9': return scan_number<M>(s, p);
-        default:
-            if (is_word_start(c)) return scan_word<M>(s, p);
-            // Any other byte is its own token; a NUL thus ends the input.
-            return byte_token(s, p);
         }
+        // Any other byte is its own token; a NUL thus ends the input.
+        return byte_token(s, p);
     }
 }
 
