@@ -5,8 +5,10 @@
 // byte is a backslash or a quote.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "read_cases.h"
 
@@ -163,6 +165,32 @@ TEST(Scan, RawTokensAreCopies) {
     EXPECT_STREQ(values[0], "first");
     EXPECT_STREQ(values[1], "abc");
     EXPECT_STREQ(values[3], "sec\nond");
+}
+
+// Out of heap at every call while scanning raw tokens: each run gives the
+// same tokens up to an "out of memory" error, or all of them.
+TEST(Scan, RawTokensHeapExhausted) {
+    const std::string doc = R"({"a\n":[-007,'q',name,1.5e3,"x"],"long":"\t)" +
+                            std::string(40000, 'y') + R"("})";
+    auto scan_with_limit = [&](uint64_t limit, uint64_t *calls) {
+        ReadEnv env(lax());
+        env.text = doc;
+        EXPECT_EQ(jlpca_reinit(env.ctx.get(), env.text.data(), uint32_t(env.text.size())), 0);
+        mem_heap_set_call_limit(env.heap, limit);
+        std::string out = scan_all(env.ctx.get());
+        if (calls) *calls = mem_heap_alloc_count(env.heap);
+        return out;
+    };
+    uint64_t needed = 0;
+    const std::string full = scan_with_limit(UINT64_MAX, &needed);
+    ASSERT_EQ(full.substr(full.size() - 3), "END");
+    for (uint64_t n = 0; n < needed; n++) {
+        const std::string got = scan_with_limit(n, nullptr);
+        if (got == "NOMEM") continue;
+        const size_t err = got.rfind("ERR(-503,out of memory,");
+        ASSERT_NE(err, std::string::npos) << n << ": " << got.substr(0, 80);
+        EXPECT_EQ(got.substr(0, err), full.substr(0, err)) << n;
+    }
 }
 
 TEST(Scan, LongLiteralLength) {
