@@ -16,6 +16,12 @@ namespace {
 
 constexpr int32_t GB = 0, UTF8 = 1, EUCKR = 2, SINGLE = 3; // configuration values
 
+// Rows print as their id; gtest would otherwise dump their bytes, padding
+// included.
+template <class Row> auto operator<<(std::ostream &os, const Row &r) -> decltype(os << r.id) {
+    return os << r.id;
+}
+
 template <class Row> std::string row_name(const ::testing::TestParamInfo<Row> &info) {
     return info.param.id;
 }
