@@ -176,9 +176,6 @@ TEST_P(Scalar, WritesTheValue) {
     EXPECT_EQ(o.str(), r.out);
 }
 
-auto integer(int64_t v) {
-    return [v](TreeEnv &t) { return t.integer(v); };
-}
 auto text(uint32_t type, std::string s, uint32_t flags = 0) {
     return [=](TreeEnv &t) {
         json_node *n = t.text(type, s);
@@ -190,10 +187,6 @@ auto text(uint32_t type, std::string s, uint32_t flags = 0) {
 INSTANTIATE_TEST_SUITE_P(
     Rows, Scalar,
     ::testing::Values(
-        ScalarRow{"zero", integer(0), 0, 0, "0"},
-        ScalarRow{"negative", integer(-42), 0, 0, "-42"},
-        ScalarRow{"int64_min", integer(INT64_MIN), 0, 0, "-9223372036854775808"},
-        ScalarRow{"int64_max", integer(INT64_MAX), 0, 0, "9223372036854775807"},
         ScalarRow{"decimal_as_stored", text(JSON_DECIMAL, "1.50E+3"), 0, 0, "1.50E+3"},
         ScalarRow{"big_integer_text", text(JSON_DECIMAL, "-123456789012345678901234567890"), 0,
                   0, "-123456789012345678901234567890"},
