@@ -1,3 +1,4 @@
+cmake_minimum_required(VERSION 3.25)
 # Script mode: every function the header declares is exported as a plain C
 # symbol, and no other name of the library's own leaves it.
 execute_process(COMMAND nm -D --defined-only ${LIB} OUTPUT_VARIABLE syms RESULT_VARIABLE rc)

@@ -1,3 +1,4 @@
+cmake_minimum_required(VERSION 3.25)
 # Script mode: install BUILD_DIR into WORK_DIR/prefix, then configure, build
 # and run the consumer project with both discovery methods.
 file(REMOVE_RECURSE ${WORK_DIR})
