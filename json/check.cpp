@@ -1,7 +1,7 @@
 // JSON check grammar: the language of the tree grammar without building
-// anything.  Its productions have no empty open states, so its state stack
-// is shallower per level and it reaches deeper before "memory exhausted"
-// (see parse_driver.h).
+// anything.  It keeps the tree grammar's stack accounting, open states
+// included, so that a text it calls well-formed is one json_flex reads,
+// at any nesting depth (see parse_driver.h).
 #include "parse_driver.h"
 
 using namespace vxjson;
@@ -10,7 +10,7 @@ namespace {
 
 struct CheckGrammar {
     static constexpr scan::Mode kMode = scan::Mode::check;
-    static constexpr uint32_t kOpen = 0;
+    static constexpr uint32_t kOpen = 1;
 
     static int32_t open(jlpca_ctx *, uint32_t, uintptr_t &) { return 0; }
     static int32_t open_empty(jlpca_ctx *, uint32_t) { return 0; }

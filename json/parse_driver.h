@@ -8,9 +8,9 @@
 // document may have: the stack starts with 200 entries and doubles up to
 // 10,000, and a document that needs more fails with "memory exhausted".
 //
-// Entries per open container (O is 1 for the tree grammar, whose empty
-// object_open / array_open productions each leave a state, 0 for the
-// check grammar, which has none):
+// Entries per open container (O is 1: the tree grammar's empty object_open
+// and array_open productions each leave a state, and the check grammar
+// counts the same entries so that both refuse the same depths):
 //
 //   array, first element:     '['  [array_open]                    1 + O
 //   array, later elements:    '['  [array_open] elements ','       3 + O
@@ -18,8 +18,8 @@
 //   object, later members:    '{'  [object_open] members ',' key ':'  5 + O
 //
 // plus one for the value token being reduced, and at a closing bracket
-// elements/members, trailing_comma and the bracket itself.  So the tree
-// grammar takes about 5,000 levels of arrays or 2,500 of objects.
+// elements/members, trailing_comma and the bracket itself.  So a document
+// may nest about 5,000 levels of arrays or 2,500 of objects.
 //
 // The opening entry of each container records the index of the enclosing
 // container's opening entry and its kind, so closing needs no other
