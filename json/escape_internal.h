@@ -146,6 +146,7 @@ struct out_buf {
     bool grow(size_t n);
     void put(char c) { *p++ = c; }
     void put(const char *b, size_t n) {
+        if (n == 0) return;  // an empty text may have no buffer at all
         std::memcpy(p, b, n);
         p += n;
     }
