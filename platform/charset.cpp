@@ -42,8 +42,10 @@ int32_t gb18030_len(const unsigned char *p, int32_t avail) {
     return 2;
 }
 
+// EUC-KR leads are 0xA1..0xFE; 0x80..0xA0 are single bytes (C1 controls),
+// as the converter maps them.
 int32_t euckr_len(const unsigned char *p, int32_t avail) {
-    if (p[0] < 0x81 || p[0] > 0xFE) return 1;
+    if (p[0] < 0xA1 || p[0] > 0xFE) return 1;
     return avail == 1 ? 1 : 2;
 }
 

@@ -46,6 +46,7 @@ INSTANTIATE_TEST_SUITE_P(
         MblenRow{"gb_lead_at_end", VX_CHARSET_GB18030, "\x81", 1, 1},
         MblenRow{"euckr_two", VX_CHARSET_EUCKR, "\xB0\xA1", 0, 2},
         MblenRow{"euckr_single", VX_CHARSET_EUCKR, "z", 0, 1},
+        MblenRow{"euckr_c1_is_single", VX_CHARSET_EUCKR, "\x91\x8A", 0, 1},
         MblenRow{"none_high_byte", VX_CHARSET_NONE, "\xE9", 0, 1}),
     [](const auto &info) { return std::string(info.param.id); });
 
@@ -89,6 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
         ConvRow{"gb_truncated", VX_CHARSET_GB18030, "\xD6", {}},
         ConvRow{"euckr_ga", VX_CHARSET_EUCKR, "\xB0\xA1", {0xAC00}},
         ConvRow{"euckr_invalid", VX_CHARSET_EUCKR, "\xFF\xFF", {}},
+        ConvRow{"euckr_c1_bytes", VX_CHARSET_EUCKR, "\x91\x8A", {0x91, 0x8A}},
         ConvRow{"none_latin1", VX_CHARSET_NONE, "\xE9", {0xE9}}),
     [](const auto &info) { return std::string(info.param.id); });
 
