@@ -13,7 +13,9 @@
 // exponent: 0d is kept as the text d, and -0e5 as -e5, which read as words.
 // With the ASCII flag the text must be valid, and U+0080 (written \u0080,
 // read back as the byte 0x80) and characters beyond U+FFFF (only their
-// high surrogate is written) are left out.
+// high surrogate is written) are left out.  And with sorted keys, members
+// of equal name come back in reverse order on each reading (a newcomer goes
+// before its equals), so objects with repeated names are left out there.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -68,6 +70,8 @@ bool written_unreadable(const json_node *node, int32_t keep_escapes) {
     case JSON_OBJECT:
         for (const json_keyval *kv = node->first_member; kv; kv = kv->next)
             if ((keep_escapes && has_quote(kv->name, kv->name_len)) ||
+                (kv->next && json_object_keyval_name_equal(kv->name, kv->name_len,
+                                                           kv->next->name, kv->next->name_len)) ||
                 written_unreadable(kv->value, keep_escapes))
                 return true;
         return false;
