@@ -6,6 +6,7 @@
 // The exported helpers take (text, length) and never read past the length:
 // the scanners hand them pieces of the caller's text, which is neither
 // copied nor NUL-terminated.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -27,6 +28,7 @@ constexpr int32_t LINE_UCHAR_REPORT = 890;
 
 // Growth unit of the literal buffer: the inline buffer's usable size.
 constexpr uint32_t kLitStep = JLPCA_LIT_INLINE_SIZE - 1;
+constexpr uint32_t kLitGeometricFrom = 1u << 20; // literals below this grow by the fixed step
 // Room for the bytes of one UTF-16 unit in any server character set.
 constexpr int32_t kUcharBuf = 50;
 // The token-text buffer holds a whole match plus a terminator and slack.
@@ -74,14 +76,20 @@ void set_error(jlpca_ctx *ctx, int32_t code, const char *msg) {
 }
 
 int32_t lit_grow(jlpca_ctx *ctx, uint32_t n) {
-    uint32_t cap = n > kLitStep - 1 ? ctx->lit_cap + (n / kLitStep + 1) * kLitStep
-                                    : ctx->lit_cap + kLitStep;
+    uint64_t cap = n > kLitStep - 1 ? uint64_t(ctx->lit_cap) + (n / kLitStep + 1) * kLitStep
+                                    : uint64_t(ctx->lit_cap) + kLitStep;
+    // Past a megabyte the fixed step would make a long literal built of
+    // many small pieces (an escape-heavy string) cost quadratic copying and
+    // heap; growing by half again keeps both linear.
+    if (ctx->lit_cap >= kLitGeometricFrom) cap = std::max(cap, uint64_t(ctx->lit_cap) * 3 / 2);
+    if (cap > INT32_MAX - 1) cap = INT32_MAX - 1;  // lit_len is a signed 32-bit count
+    if (cap <= uint64_t(ctx->lit_len) + n) return VXJSON_ERR_NOMEM;
     auto *buf = static_cast<char *>(
         mem_heap_alloc_low(ctx->env, ctx->heap, size_t(cap) + 1, 0, SRC_JLPCA, LINE_LIT_GROW));
     if (!buf) return VXJSON_ERR_NOMEM;
     std::memcpy(buf, ctx->lit_buf, size_t(ctx->lit_len) + 1);
     ctx->lit_buf = buf;
-    ctx->lit_cap = cap;
+    ctx->lit_cap = uint32_t(cap);
     return 0;
 }
 
