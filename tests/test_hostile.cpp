@@ -6,15 +6,15 @@
 
 #include <string>
 
-#include "doc_env.h"
-#include "vx_ini.h"
+#include "vx_env.h"
 
 namespace {
+using ::operator<<;
 
 TEST(Hostile, HundredMegabyteString) {
     constexpr size_t kLen = 100u * 1024 * 1024;
     std::string doc = "[\"" + std::string(kLen, 'a') + "\"]";
-    DocEnv env;
+    VxEnv env(strict());
     json_node *root = nullptr;
     ASSERT_EQ(env.read(doc, &root), 0);
     ASSERT_EQ(root->count, 1u);
@@ -23,11 +23,24 @@ TEST(Hostile, HundredMegabyteString) {
     EXPECT_LT(mem_heap_bytes_used(env.heap), 4 * kLen);
 }
 
+TEST(Hostile, EscapeHeavyStringGrowsInLinearSpace) {
+    // Each escape is its own small piece of the literal.
+    constexpr size_t kEscapes = 8u * 1024 * 1024;
+    std::string doc = "[\"";
+    for (size_t i = 0; i < kEscapes; i++) doc += "\\n";
+    doc += "\"]";
+    VxEnv env(strict());
+    json_node *root = nullptr;
+    ASSERT_EQ(env.read(doc, &root), 0);
+    EXPECT_EQ(root->items[0]->str_len, kEscapes);
+    EXPECT_LT(mem_heap_bytes_used(env.heap), 8 * kEscapes);
+}
+
 TEST(Hostile, MillionNestedArraysAreRejected) {
     for (const char *open : {"[", "{\"a\":"}) {
         std::string doc;
         for (int i = 0; i < 1000000; i++) doc += open;
-        DocEnv env;
+        VxEnv env(strict());
         json_node *root = nullptr;
         EXPECT_EQ(env.read(doc, &root), VXJSON_ERR_INVALID_JSON) << open;
         EXPECT_EQ(env.check(doc), VXJSON_ERR_INVALID_JSON) << open;
@@ -38,7 +51,7 @@ TEST(Hostile, MillionMemberObject) {
     std::string doc = "{";
     for (int i = 0; i < 1000000; i++) doc += (i ? ",\"k" : "\"k") + std::to_string(i) + "\":" + std::to_string(i);
     doc += "}";
-    DocEnv env;
+    VxEnv env(strict());
     json_node *root = nullptr;
     ASSERT_EQ(env.read(doc, &root), 0);
     EXPECT_EQ(root->count, 1000000u);
@@ -47,15 +60,11 @@ TEST(Hostile, MillionMemberObject) {
 
 TEST(Hostile, HundredThousandDigitNumbers) {
     std::string digits(100000, '7');
-    struct Row {
-        int32_t compat;
-        std::string doc;
-        int32_t rc;
-    };
-    for (const Row &r : {Row{0, "[" + digits + "]", 0}, Row{2, "[" + digits + "]", VXJSON_ERR_DOUBLE_OVERFLOW},
-                         Row{0, "[0." + digits + "]", 0}, Row{2, "[0." + digits + "]", 0},
-                         Row{0, "[1e" + digits + "]", 0}, Row{2, "[1e" + digits + "]", VXJSON_ERR_DOUBLE_OVERFLOW}}) {
-        DocEnv env(r.compat);
+    struct Row { int32_t compat; std::string doc; int32_t rc; };
+    const int32_t TOO_BIG = VXJSON_ERR_DOUBLE_OVERFLOW;
+    for (const Row &r : {Row{0, "[" + digits + "]", 0}, Row{2, "[" + digits + "]", TOO_BIG}, Row{0, "[0." + digits + "]", 0},
+                         Row{2, "[0." + digits + "]", 0}, Row{0, "[1e" + digits + "]", 0}, Row{2, "[1e" + digits + "]", TOO_BIG}}) {
+        VxEnv env({.compat = r.compat, .strict = 1});
         json_node *root = nullptr;
         ASSERT_EQ(env.read(r.doc, &root), r.rc) << r.compat << " " << r.doc.substr(0, 4);
         if (r.rc == 0) {
@@ -70,7 +79,7 @@ bool is_blank(int b) { return b == ' ' || b == '\t' || b == '\n' || b == '\f' ||
 TEST(Hostile, EveryByteInsideAndOutsideStrings) {
     for (int b = 0; b < 256; b++) {
         std::string byte(1, char(b));
-        DocEnv env;
+        VxEnv env(strict());
         json_node *root = nullptr;
         // Inside a string only the bytes that need escaping, the quote and
         // the backslash are refused; NUL and other control bytes are content.
@@ -94,26 +103,23 @@ struct CutRow {
 };
 
 class CutMultibyte : public ::testing::TestWithParam<CutRow> {};
-
 TEST_P(CutMultibyte, TextEndsInsideACharacter) {
     const CutRow &r = GetParam();
-    ini_set_value(0, VX_INI_CHARSET, r.charset_config);
-    DocEnv env;
+    CharsetScope cs(r.charset_config);
+    VxEnv env(strict());
     json_node *root = nullptr;
     EXPECT_EQ(env.read("[\"" + r.lead, &root), VXJSON_ERR_INVALID_JSON);
     EXPECT_EQ(env.read("[\"" + r.lead + "\"]", &root), r.closed_rc);
-    ini_reset_value(0, VX_INI_CHARSET);
 }
 
 // A double-byte lead before the quote makes the quote its trailing byte in
 // GB18030 and EUC-KR, so the string never closes; a malformed UTF-8
 // sequence is one byte of content and the quote closes the string.
-INSTANTIATE_TEST_SUITE_P(
-    Sets, CutMultibyte,
-    ::testing::Values(CutRow{"utf8", 1, "\xE4\xB8", 0},
-                      CutRow{"gb18030_lead", 0, "\x81", VXJSON_ERR_INVALID_JSON},
-                      CutRow{"gb18030_four_byte", 0, "\x81\x30", VXJSON_ERR_INVALID_JSON},
-                      CutRow{"euckr", 2, "\xB0", VXJSON_ERR_INVALID_JSON}),
-    [](const auto &info) { return std::string(info.param.id); });
+INSTANTIATE_TEST_SUITE_P(Sets, CutMultibyte, rows<CutRow>({
+    {"utf8", UTF8, "\xE4\xB8", 0},
+    {"gb18030_lead", GB, "\x81", VXJSON_ERR_INVALID_JSON},
+    {"gb18030_four_byte", GB, "\x81\x30", VXJSON_ERR_INVALID_JSON},
+    {"euckr", EUCKR, "\xB0", VXJSON_ERR_INVALID_JSON},
+}), by_id);
 
 } // namespace

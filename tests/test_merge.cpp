@@ -5,38 +5,31 @@
 
 #include <functional>
 #include <set>
-#include <ostream>
 #include <string>
 
-#include "tree_ops_env.h"
-#include "text_fixture.h"
-#include "vx_heap.h"
+#include "vx_env.h"
 
 namespace {
+using ::operator<<;
 
-constexpr auto kById = [](const auto &info) { return std::string(info.param.id); };
-
-// ------------------------------------------------------------------ merge
-
+// Merge.
 struct MergeRow {
     const char *id;
     const char *a, *b;
     const char *expect;  // compact text of the result
 };
-void PrintTo(const MergeRow &r, std::ostream *os) { *os << r.id; }
 
 class MergeCase : public ::testing::TestWithParam<MergeRow> {
 protected:
     std::string merge(int32_t patch) {
         const MergeRow &r = GetParam();
-        json_node *a = env.read(r.a, true);
-        json_node *b = env.read(r.b, true);
+        json_node *a = env.tree(r.a, true), *b = env.tree(r.b, true);
         char *text = nullptr;
         uint32_t len = 0;
         EXPECT_EQ(json_merge_mysql(a, b, patch, env.ctx.get(), &text, &len), 0);
         return text ? env.take(text, len) : std::string("<none>");
     }
-    TreeOpsEnv env{JLPCA_COMPAT_MYSQL};
+    VxEnv env{dialect(JLPCA_COMPAT_MYSQL)};
 };
 
 class Preserve : public MergeCase {};
@@ -45,85 +38,68 @@ class Patch : public MergeCase {};
 TEST_P(Preserve, Text) { EXPECT_EQ(merge(0), GetParam().expect); }
 TEST_P(Patch, Text) { EXPECT_EQ(merge(1), GetParam().expect); }
 
-INSTANTIATE_TEST_SUITE_P(
-    Shapes, Preserve,
-    ::testing::Values(
-        MergeRow{"SameMember", "{\"a\":1}", "{\"a\":2}", "{\"a\":[1,2]}"},
-        MergeRow{"ArrayMemberWithScalar", "{\"a\":[1]}", "{\"a\":2}", "{\"a\":[1,2]}"},
-        MergeRow{"ScalarMemberWithArray", "{\"a\":1}", "{\"a\":[2,3]}", "{\"a\":[1,2,3]}"},
-        MergeRow{"ArrayWithScalar", "[1,2]", "3", "[1,2,3]"},
-        MergeRow{"ScalarWithArray", "1", "[2,3]", "[1,2,3]"},
-        MergeRow{"ObjectWithArray", "{\"a\":1}", "[2]", "[{\"a\":1},2]"},
-        MergeRow{"ArrayWithObject", "[1]", "{\"a\":2}", "[1,{\"a\":2}]"},
-        MergeRow{"ScalarWithObject", "1", "{\"a\":2}", "[1,{\"a\":2}]"},
-        MergeRow{"EqualScalars", "1", "1", "[1,1]"},
-        MergeRow{"EqualArrays", "[1]", "[1]", "[1,1]"},
-        MergeRow{"EmptyArrays", "[]", "[]", "[]"},
-        MergeRow{"EmptyArrayAndScalar", "[]", "null", "[null]"},
-        MergeRow{"EmptyObjects", "{}", "{}", "{}"},
-        MergeRow{"NestedArraysStayNested", "{\"a\":[1,[2]]}", "{\"a\":[[3]]}",
-                 "{\"a\":[1,[2],[3]]}"},
-        MergeRow{"NestedObjects", "{\"a\":{\"b\":1}}", "{\"a\":{\"b\":2,\"c\":3}}",
-                 "{\"a\":{\"b\":[1,2],\"c\":3}}"},
-        MergeRow{"NullsAreKept", "{\"a\":{\"x\":1,\"y\":null}}",
-                 "{\"a\":{\"x\":2,\"z\":null},\"b\":null}",
-                 "{\"a\":{\"x\":[1,2],\"y\":null,\"z\":null},\"b\":null}"},
-        // Sorted order: shorter names first, then bytewise.
-        MergeRow{"InterleavedNames", "{\"b\":1,\"aa\":2}", "{\"a\":3,\"ccc\":4,\"bb\":5}",
-                 "{\"a\":3,\"b\":1,\"aa\":2,\"bb\":5,\"ccc\":4}"},
-        // Containers write their strings with the standard escapes whatever
-        // the caller asked for, so the backslash before n is doubled here.
-        MergeRow{"NestedStringsUseStandardEscapes", "{\"a\":\"x\\\"y\\\\n\"}", "{\"a\":1}",
-                 "{\"a\":[\"x\\\"y\\\\n\",1]}"}),
-    kById);
+INSTANTIATE_TEST_SUITE_P(Shapes, Preserve, rows<MergeRow>({
+    {"SameMember", "{\"a\":1}", "{\"a\":2}", "{\"a\":[1,2]}"},
+    {"ArrayMemberWithScalar", "{\"a\":[1]}", "{\"a\":2}", "{\"a\":[1,2]}"},
+    {"ScalarMemberWithArray", "{\"a\":1}", "{\"a\":[2,3]}", "{\"a\":[1,2,3]}"},
+    {"ArrayWithScalar", "[1,2]", "3", "[1,2,3]"},
+    {"ScalarWithArray", "1", "[2,3]", "[1,2,3]"},
+    {"ObjectWithArray", "{\"a\":1}", "[2]", "[{\"a\":1},2]"},
+    {"ArrayWithObject", "[1]", "{\"a\":2}", "[1,{\"a\":2}]"},
+    {"ScalarWithObject", "1", "{\"a\":2}", "[1,{\"a\":2}]"},
+    {"EqualScalars", "1", "1", "[1,1]"},
+    {"EqualArrays", "[1]", "[1]", "[1,1]"},
+    {"EmptyArrays", "[]", "[]", "[]"},
+    {"EmptyArrayAndScalar", "[]", "null", "[null]"},
+    {"EmptyObjects", "{}", "{}", "{}"},
+    {"NestedArraysStayNested", "{\"a\":[1,[2]]}", "{\"a\":[[3]]}", "{\"a\":[1,[2],[3]]}"},
+    {"NestedObjects", "{\"a\":{\"b\":1}}", "{\"a\":{\"b\":2,\"c\":3}}", "{\"a\":{\"b\":[1,2],\"c\":3}}"},
+    {"NullsAreKept", "{\"a\":{\"x\":1,\"y\":null}}", "{\"a\":{\"x\":2,\"z\":null},\"b\":null}", "{\"a\":{\"x\":[1,2],\"y\":null,\"z\":null},\"b\":null}"},
+    // Sorted order: shorter names first, then bytewise.
+    {"InterleavedNames", "{\"b\":1,\"aa\":2}", "{\"a\":3,\"ccc\":4,\"bb\":5}", "{\"a\":3,\"b\":1,\"aa\":2,\"bb\":5,\"ccc\":4}"},
+    // Containers write their strings with the standard escapes whatever
+    // the caller asked for, so the backslash before n is doubled here.
+    {"NestedStringsUseStandardEscapes", "{\"a\":\"x\\\"y\\\\n\"}", "{\"a\":1}", "{\"a\":[\"x\\\"y\\\\n\",1]}"},
+}), by_id);
 
-INSTANTIATE_TEST_SUITE_P(
-    Shapes, Patch,
-    ::testing::Values(
-        MergeRow{"NullRemovesAndNewAdds", "{\"a\":1,\"b\":2}", "{\"b\":null,\"c\":3}",
-                 "{\"a\":1,\"c\":3}"},
-        MergeRow{"ObjectReplacesScalar", "{\"a\":1,\"b\":2}", "{\"a\":{\"x\":1}}",
-                 "{\"a\":{\"x\":1},\"b\":2}"},
-        MergeRow{"PatchOntoScalarKeepsItsNulls", "1", "{\"a\":null}", "{\"a\":null}"},
-        MergeRow{"ScalarPatchReplaces", "{\"a\":1}", "2", "2"},
-        // A string result is written with MySQL escapes: a backslash before
-        // n stands as the escape \n instead of being doubled.
-        MergeRow{"StringResultUsesMySqlEscapes", "{\"a\":1}", "\"x\\\"y\\\\n\"",
-                 "\"x\\\"y\\n\""},
-        MergeRow{"ArrayPatchReplaces", "{\"a\":1}", "[1,null]", "[1,null]"},
-        MergeRow{"ObjectPatchOntoArray", "[1,2]", "{\"a\":1}", "{\"a\":1}"},
-        MergeRow{"ArraysAreNotMerged", "{\"a\":[1,2]}", "{\"a\":[3]}", "{\"a\":[3]}"},
-        MergeRow{"NullForMissingMember", "{\"a\":1}", "{\"b\":null}", "{\"a\":1}"},
-        MergeRow{"NullSortingFirst", "{\"b\":1}", "{\"a\":null}", "{\"b\":1}"},
-        MergeRow{"NullPastTheEnd", "{\"a\":1}", "{\"zz\":null,\"b\":2}", "{\"a\":1,\"b\":2}"},
-        MergeRow{"RemoveEveryMember", "{\"a\":1,\"b\":2}", "{\"b\":null,\"a\":null}", "{}"},
-        MergeRow{"EmptyObjects", "{}", "{}", "{}"},
-        MergeRow{"PatchKeepsTargetNulls", "{\"a\":null,\"b\":1}", "{\"b\":2}",
-                 "{\"a\":null,\"b\":2}"},
-        MergeRow{"PatchKeepsNullsInsideMovedObjects", "{\"a\":{\"x\":1,\"y\":2}}",
-                 "{\"a\":{\"x\":null,\"z\":{\"q\":null}},\"c\":{\"d\":null}}",
-                 "{\"a\":{\"y\":2,\"z\":{\"q\":null}},\"c\":{\"d\":null}}"},
-        MergeRow{"DeepNullRemoves", "{\"a\":{\"b\":{\"c\":1,\"d\":2}}}",
-                 "{\"a\":{\"b\":{\"c\":null}}}", "{\"a\":{\"b\":{\"d\":2}}}"}),
-    kById);
+INSTANTIATE_TEST_SUITE_P(Shapes, Patch, rows<MergeRow>({
+    {"NullRemovesAndNewAdds", "{\"a\":1,\"b\":2}", "{\"b\":null,\"c\":3}", "{\"a\":1,\"c\":3}"},
+    {"ObjectReplacesScalar", "{\"a\":1,\"b\":2}", "{\"a\":{\"x\":1}}", "{\"a\":{\"x\":1},\"b\":2}"},
+    {"PatchOntoScalarKeepsItsNulls", "1", "{\"a\":null}", "{\"a\":null}"},
+    {"ScalarPatchReplaces", "{\"a\":1}", "2", "2"},
+    // A string result is written with MySQL escapes: a backslash before
+    // n stands as the escape \n instead of being doubled.
+    {"StringResultUsesMySqlEscapes", "{\"a\":1}", "\"x\\\"y\\\\n\"", "\"x\\\"y\\n\""},
+    {"ArrayPatchReplaces", "{\"a\":1}", "[1,null]", "[1,null]"},
+    {"ObjectPatchOntoArray", "[1,2]", "{\"a\":1}", "{\"a\":1}"},
+    {"ArraysAreNotMerged", "{\"a\":[1,2]}", "{\"a\":[3]}", "{\"a\":[3]}"},
+    {"NullForMissingMember", "{\"a\":1}", "{\"b\":null}", "{\"a\":1}"},
+    {"NullSortingFirst", "{\"b\":1}", "{\"a\":null}", "{\"b\":1}"},
+    {"NullPastTheEnd", "{\"a\":1}", "{\"zz\":null,\"b\":2}", "{\"a\":1,\"b\":2}"},
+    {"RemoveEveryMember", "{\"a\":1,\"b\":2}", "{\"b\":null,\"a\":null}", "{}"},
+    {"EmptyObjects", "{}", "{}", "{}"},
+    {"PatchKeepsTargetNulls", "{\"a\":null,\"b\":1}", "{\"b\":2}", "{\"a\":null,\"b\":2}"},
+    {"PatchKeepsNullsInsideMovedObjects", "{\"a\":{\"x\":1,\"y\":2}}", "{\"a\":{\"x\":null,\"z\":{\"q\":null}},\"c\":{\"d\":null}}", "{\"a\":{\"y\":2,\"z\":{\"q\":null}},\"c\":{\"d\":null}}"},
+    {"DeepNullRemoves", "{\"a\":{\"b\":{\"c\":1,\"d\":2}}}", "{\"a\":{\"b\":{\"c\":null}}}", "{\"a\":{\"b\":{\"d\":2}}}"},
+}), by_id);
 
 // The merge walks both member lists in sorted order; read without sorted
 // keys, same-named members are not paired.
 TEST(MergeOrder, MergeWalksMembersInSortedOrderOnly) {
-    TreeOpsEnv env{JLPCA_COMPAT_MYSQL};
+    VxEnv env{dialect(JLPCA_COMPAT_MYSQL)};
     json_node *out = nullptr;
-    json_node *a = env.read("{\"b\":1,\"a\":2}");
-    ASSERT_EQ(json_merge_preserve_mysql(a, env.read("{\"a\":3}"), env.ctx.get(), &out), 0);
+    json_node *a = env.tree("{\"b\":1,\"a\":2}");
+    ASSERT_EQ(json_merge_preserve_mysql(a, env.tree("{\"a\":3}"), env.ctx.get(), &out), 0);
     EXPECT_EQ(env.text_of(out), "{\"a\":3,\"b\":1,\"a\":2}");
-    json_node *c = env.read("{\"b\":1,\"a\":2}", true);
-    ASSERT_EQ(json_merge_preserve_mysql(c, env.read("{\"a\":3}", true), env.ctx.get(), &out), 0);
+    json_node *c = env.tree("{\"b\":1,\"a\":2}", true);
+    ASSERT_EQ(json_merge_preserve_mysql(c, env.tree("{\"a\":3}", true), env.ctx.get(), &out), 0);
     EXPECT_EQ(env.text_of(out), "{\"a\":[2,3],\"b\":1}");
 }
 
 TEST(MergeOrder, MembersMoveFromSecondObject) {
-    TreeOpsEnv env{JLPCA_COMPAT_MYSQL};
-    json_node *a = env.read("{\"a\":1,\"c\":2}", true);
-    json_node *b = env.read("{\"b\":3,\"c\":4,\"dd\":5}", true);
+    VxEnv env{dialect(JLPCA_COMPAT_MYSQL)};
+    json_node *a = env.tree("{\"a\":1,\"c\":2}", true);
+    json_node *b = env.tree("{\"b\":3,\"c\":4,\"dd\":5}", true);
     json_node *out = nullptr;
     ASSERT_EQ(json_object_merge_mysql(a, b, env.ctx.get(), 0, &out), 0);
     EXPECT_EQ(out, a);
@@ -133,9 +109,8 @@ TEST(MergeOrder, MembersMoveFromSecondObject) {
 }
 
 TEST(MergeOrder, PreserveArrayIsPointerArrayOfSharedElements) {
-    TreeOpsEnv env{JLPCA_COMPAT_MYSQL};
-    json_node *a = env.read("[1,2]");
-    json_node *b = env.read("{\"x\":3}");
+    VxEnv env{dialect(JLPCA_COMPAT_MYSQL)};
+    json_node *a = env.tree("[1,2]"), *b = env.tree("{\"x\":3}");
     json_node *out = nullptr;
     ASSERT_EQ(json_merge_preserve_mysql(a, b, env.ctx.get(), &out), 0);
     ASSERT_EQ(out->type, uint32_t(JSON_ARRAY));
@@ -148,8 +123,7 @@ TEST(MergeOrder, PreserveArrayIsPointerArrayOfSharedElements) {
     EXPECT_EQ(out->items[0]->parent, a);  // parents are left as they were
 }
 
-// ----------------------------------------------------------- concatenation
-
+// Concatenation.
 struct ConcatRow {
     const char *id;
     const char *a, *b;
@@ -157,15 +131,12 @@ struct ConcatRow {
     int32_t rc;
     const char *expect;
 };
-void PrintTo(const ConcatRow &r, std::ostream *os) { *os << r.id; }
 
 class Concat : public ::testing::TestWithParam<ConcatRow> {};
-
 TEST_P(Concat, Text) {
     const ConcatRow &r = GetParam();
-    TreeOpsEnv env;
-    json_node *a = env.read(r.a, r.policy == 3);
-    json_node *b = env.read(r.b, r.policy == 3);
+    VxEnv env(dialect(JLPCA_COMPAT_PG));
+    json_node *a = env.tree(r.a, r.policy == 3), *b = env.tree(r.b, r.policy == 3);
     env.ctx->dup_key_replace = r.policy == 1;
     env.ctx->unique_keys = r.policy == 2;
     char *text = nullptr;
@@ -176,66 +147,51 @@ TEST_P(Concat, Text) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Shapes, Concat,
-    ::testing::Values(
-        ConcatRow{"ObjectObject", "{\"a\":1}", "{\"b\":[2]}", 0, 0, "{\"a\":1,\"b\":[2]}"},
-        ConcatRow{"ObjectObjectReplace", "{\"a\":1,\"b\":2}", "{\"a\":3}", 1, 0,
-                  "{\"a\":3,\"b\":2}"},
-        ConcatRow{"ConcatKeepsDuplicateMembersWithoutPolicy", "{\"a\":1}", "{\"a\":2}", 0, 0,
-                  "{\"a\":1,\"a\":2}"},
-        ConcatRow{"ObjectObjectUniqueKeys", "{\"a\":1}", "{\"a\":2}", 2,
-                  VXJSON_ERR_INVALID_JSON, ""},
-        ConcatRow{"ObjectObjectSorted", "{\"bb\":1}", "{\"c\":2,\"a\":3}", 3, 0,
-                  "{\"a\":3,\"c\":2,\"bb\":1}"},
-        ConcatRow{"EmptyObjects", "{}", "{}", 0, 0, "{}"},
-        ConcatRow{"ObjectArray", "{\"a\":1}", "[2]", 0, 0, "[{\"a\":1},2]"},
-        ConcatRow{"ObjectScalar", "{\"a\":1}", "1", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
-        ConcatRow{"ObjectNull", "{}", "null", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
-        ConcatRow{"ScalarObject", "1", "{\"a\":1}", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
-        ConcatRow{"StringObject", "\"x\"", "{}", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
-        ConcatRow{"ArrayArray", "[1]", "[2,3]", 0, 0, "[1,2,3]"},
-        ConcatRow{"ArrayObject", "[1]", "{\"a\":1}", 0, 0, "[1,{\"a\":1}]"},
-        ConcatRow{"ArrayScalar", "[1]", "2", 0, 0, "[1,2]"},
-        ConcatRow{"ConcatOfEmptyArrayKeepsLeadingComma", "[]", "[1]", 0, 0, "[,1]"},
-        ConcatRow{"ConcatWithEmptyArrayKeepsTrailingComma", "[1]", "[]", 0, 0, "[1,]"},
-        ConcatRow{"EmptyArraysGiveLoneComma", "[]", "[]", 0, 0, "[,]"},
-        ConcatRow{"NestedArrays", "[[1]]", "[[2]]", 0, 0, "[[1],[2]]"},
-        ConcatRow{"ScalarScalar", "1", "2", 0, 0, "[1,2]"},
-        ConcatRow{"ScalarArray", "1", "[2,3]", 0, 0, "[1,2,3]"},
-        ConcatRow{"StringNull", "\"a\"", "null", 0, 0, "[\"a\",null]"},
-        ConcatRow{"StringsEscapedAsJson", "[\"a\\\"b\"]", "\"c\\nd\\\\n\"", 0, 0,
-                  "[\"a\\\"b\",\"c\\nd\\\\n\"]"},
-        ConcatRow{"DecimalsAsWritten", "1.50E+3", "[2.0]", 0, 0, "[1.50E+3,2.0]"}),
-    kById);
+INSTANTIATE_TEST_SUITE_P(Shapes, Concat, rows<ConcatRow>({
+    {"ObjectObject", "{\"a\":1}", "{\"b\":[2]}", 0, 0, "{\"a\":1,\"b\":[2]}"},
+    {"ObjectObjectReplace", "{\"a\":1,\"b\":2}", "{\"a\":3}", 1, 0, "{\"a\":3,\"b\":2}"},
+    {"ConcatKeepsDuplicateMembersWithoutPolicy", "{\"a\":1}", "{\"a\":2}", 0, 0, "{\"a\":1,\"a\":2}"},
+    {"ObjectObjectUniqueKeys", "{\"a\":1}", "{\"a\":2}", 2, VXJSON_ERR_INVALID_JSON, ""},
+    {"ObjectObjectSorted", "{\"bb\":1}", "{\"c\":2,\"a\":3}", 3, 0, "{\"a\":3,\"c\":2,\"bb\":1}"},
+    {"EmptyObjects", "{}", "{}", 0, 0, "{}"},
+    {"ObjectArray", "{\"a\":1}", "[2]", 0, 0, "[{\"a\":1},2]"},
+    {"ObjectScalar", "{\"a\":1}", "1", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
+    {"ObjectNull", "{}", "null", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
+    {"ScalarObject", "1", "{\"a\":1}", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
+    {"StringObject", "\"x\"", "{}", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
+    {"ArrayArray", "[1]", "[2,3]", 0, 0, "[1,2,3]"},
+    {"ArrayObject", "[1]", "{\"a\":1}", 0, 0, "[1,{\"a\":1}]"},
+    {"ArrayScalar", "[1]", "2", 0, 0, "[1,2]"},
+    {"ConcatOfEmptyArrayKeepsLeadingComma", "[]", "[1]", 0, 0, "[,1]"},
+    {"ConcatWithEmptyArrayKeepsTrailingComma", "[1]", "[]", 0, 0, "[1,]"},
+    {"EmptyArraysGiveLoneComma", "[]", "[]", 0, 0, "[,]"},
+    {"NestedArrays", "[[1]]", "[[2]]", 0, 0, "[[1],[2]]"},
+    {"ScalarScalar", "1", "2", 0, 0, "[1,2]"},
+    {"ScalarArray", "1", "[2,3]", 0, 0, "[1,2,3]"},
+    {"StringNull", "\"a\"", "null", 0, 0, "[\"a\",null]"},
+    {"StringsEscapedAsJson", "[\"a\\\"b\"]", "\"c\\nd\\\\n\"", 0, 0, "[\"a\\\"b\",\"c\\nd\\\\n\"]"},
+    {"DecimalsAsWritten", "1.50E+3", "[2.0]", 0, 0, "[1.50E+3,2.0]"},
+}), by_id);
 
 TEST(ConcatReports, RefusedMemberNamesTheAddSite) {
-    TreeOpsEnv env;
-    json_node *a = env.read("{\"a\":1}");
-    json_node *b = env.read("{\"a\":2}");
+    VxEnv env(dialect(JLPCA_COMPAT_PG));
+    json_node *a = env.tree("{\"a\":1}"), *b = env.tree("{\"a\":2}");
     env.ctx->unique_keys = 1;
     elog_trail_clear();
     char *text = nullptr;
     uint32_t len = 0;
     ASSERT_EQ(jsonb_concat_to_object(a, b, env.ctx.get(), &text, &len), VXJSON_ERR_INVALID_JSON);
-    EXPECT_EQ(trail(), (std::vector<std::pair<int32_t, int32_t>>{{VXJSON_ERR_INVALID_JSON, 1842}}));
+    EXPECT_EQ(trail(), (Trail{{VXJSON_ERR_INVALID_JSON, 1842}}));
 }
 
-// ---------------------------------------------------------- null stripping
-
-struct StripRow {
-    const char *id;
-    const char *doc;
-    const char *expect;
-};
-void PrintTo(const StripRow &r, std::ostream *os) { *os << r.id; }
+// Null stripping.
+struct StripRow { const char *id; const char *doc; const char *expect; };
 
 class StripNulls : public ::testing::TestWithParam<StripRow> {};
-
 TEST_P(StripNulls, Text) {
     const StripRow &r = GetParam();
-    TreeOpsEnv env;
-    json_node *doc = env.read(r.doc);
+    VxEnv env(dialect(JLPCA_COMPAT_PG));
+    json_node *doc = env.tree(r.doc);
     if (doc->type == JSON_OBJECT) {
         ASSERT_EQ(jsonb_strip_nulls_object(doc), 0);
         member_names(doc);  // checks count and both ends of the list
@@ -245,40 +201,32 @@ TEST_P(StripNulls, Text) {
     EXPECT_EQ(env.text_of(doc), r.expect);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Docs, StripNulls,
-    ::testing::Values(
-        StripRow{"MembersAndNested", "{\"a\":null,\"b\":[null,{\"c\":null}]}",
-                 "{\"b\":[null,{}]}"},
-        StripRow{"Deep", "{\"a\":{\"b\":{\"c\":{\"d\":null,\"e\":1}}}}",
-                 "{\"a\":{\"b\":{\"c\":{\"e\":1}}}}"},
-        StripRow{"ArrayNullsStay", "[null,{\"a\":null},[{\"b\":null,\"c\":[null]}]]",
-                 "[null,{},[{\"c\":[null]}]]"},
-        StripRow{"EmptyObject", "{}", "{}"},
-        StripRow{"OnlyNull", "{\"a\":null}", "{}"},
-        StripRow{"AllNull", "{\"a\":null,\"b\":null,\"c\":null}", "{}"},
-        StripRow{"LastNull", "{\"a\":1,\"b\":null}", "{\"a\":1}"},
-        StripRow{"FirstNull", "{\"a\":null,\"b\":1}", "{\"b\":1}"},
-        StripRow{"MiddleNull", "{\"a\":1,\"b\":null,\"c\":2}", "{\"a\":1,\"c\":2}"},
-        StripRow{"NullStringKept", "{\"a\":\"null\",\"b\":false}", "{\"a\":\"null\",\"b\":false}"}),
-    kById);
+INSTANTIATE_TEST_SUITE_P(Docs, StripNulls, rows<StripRow>({
+    {"MembersAndNested", "{\"a\":null,\"b\":[null,{\"c\":null}]}", "{\"b\":[null,{}]}"},
+    {"Deep", "{\"a\":{\"b\":{\"c\":{\"d\":null,\"e\":1}}}}", "{\"a\":{\"b\":{\"c\":{\"e\":1}}}}"},
+    {"ArrayNullsStay", "[null,{\"a\":null},[{\"b\":null,\"c\":[null]}]]", "[null,{},[{\"c\":[null]}]]"},
+    {"EmptyObject", "{}", "{}"},
+    {"OnlyNull", "{\"a\":null}", "{}"},
+    {"AllNull", "{\"a\":null,\"b\":null,\"c\":null}", "{}"},
+    {"LastNull", "{\"a\":1,\"b\":null}", "{\"a\":1}"},
+    {"FirstNull", "{\"a\":null,\"b\":1}", "{\"b\":1}"},
+    {"MiddleNull", "{\"a\":1,\"b\":null,\"c\":2}", "{\"a\":1,\"c\":2}"},
+    {"NullStringKept", "{\"a\":\"null\",\"b\":false}", "{\"a\":\"null\",\"b\":false}"},
+}), by_id);
 
-// ----------------------------------------------------------- out of memory
-
+// Out of memory.
 // Reads its inputs, calls arm() and then runs one operation, returning its
 // status and text.  Everything it allocates after arm() counts.
 using Arm = std::function<void()>;
-using Op = std::function<int32_t(TreeOpsEnv &, const Arm &, char **, uint32_t *)>;
+using Op = std::function<int32_t(VxEnv &, const Arm &, char **, uint32_t *)>;
 
 struct OomRow {
     const char *id;
     Op op;
     std::set<int32_t> outer_lines;  // where the outermost -503 may be reported
 };
-void PrintTo(const OomRow &r, std::ostream *os) { *os << r.id; }
 
 class OutOfMemory : public ::testing::TestWithParam<OomRow> {};
-
 // Run the operation with the heap or the allocator failing after n calls,
 // for every n up to what a successful run makes: the result is either a
 // reported -503 or the same text as without limits.
@@ -287,7 +235,7 @@ TEST_P(OutOfMemory, EveryFailingCallIsReported) {
     std::string expect;
     uint64_t calls[2];  // heap, allocator
     {
-        TreeOpsEnv env;
+        VxEnv env(dialect(JLPCA_COMPAT_PG));
         char *text = nullptr;
         uint32_t len = 0;
         uint64_t h0 = 0, a0 = 0;
@@ -304,9 +252,8 @@ TEST_P(OutOfMemory, EveryFailingCallIsReported) {
     for (int which = 0; which < 2; which++) {
         int failures = 0;
         for (uint64_t n = 0; n <= calls[which]; n++) {
-            SCOPED_TRACE(std::string(which == 0 ? "heap" : "allocator") + " call limit " +
-                         std::to_string(n));
-            TreeOpsEnv env;
+            SCOPED_TRACE(std::string(which == 0 ? "heap" : "allocator") + " call limit " + std::to_string(n));
+            VxEnv env(dialect(JLPCA_COMPAT_PG));
             char *text = nullptr;
             uint32_t len = 0;
             const Arm limit = [&] {
@@ -342,33 +289,27 @@ const char *const kDocB =
     "\"e\":[7],\"i\":8}";
 
 Op merge_op(int32_t patch) {
-    return [patch](TreeOpsEnv &env, const Arm &arm, char **text, uint32_t *len) {
-        json_node *a = env.read(kDocA, true);
-        json_node *b = env.read(kDocB, true);
+    return [patch](VxEnv &env, const Arm &arm, char **text, uint32_t *len) {
+        json_node *a = env.tree(kDocA, true), *b = env.tree(kDocB, true);
         arm();
         return json_merge_mysql(a, b, patch, env.ctx.get(), text, len);
     };
 }
 
 Op concat_op(const char *a_text, const char *b_text) {
-    return [a_text, b_text](TreeOpsEnv &env, const Arm &arm, char **text, uint32_t *len) {
-        json_node *a = env.read(a_text);
-        json_node *b = env.read(b_text);
+    return [a_text, b_text](VxEnv &env, const Arm &arm, char **text, uint32_t *len) {
+        json_node *a = env.tree(a_text), *b = env.tree(b_text);
         arm();
         return jsonb_concat(a, b, env.ctx.get(), text, len);
     };
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Operations, OutOfMemory,
-    ::testing::Values(OomRow{"MergePreserve", merge_op(0), {3539, 3547}},
-                      OomRow{"MergePatch", merge_op(1), {3539, 3547}},
-                      OomRow{"ConcatObjects", concat_op(kDocA, kDocB), {1842, 1856}},
-                      OomRow{"ConcatArrays", concat_op("[{\"x\":\"a long enough string\"},2,3]",
-                                                       kDocB),
-                             {1794, 1804}},
-                      OomRow{"ConcatScalars", concat_op("\"a string\"", "[1,2,3,4,5,6,7,8,9]"),
-                             {1794, 1804}}),
-    kById);
+INSTANTIATE_TEST_SUITE_P(Operations, OutOfMemory, rows<OomRow>({
+    {"MergePreserve", merge_op(0), {3539, 3547}},
+    {"MergePatch", merge_op(1), {3539, 3547}},
+    {"ConcatObjects", concat_op(kDocA, kDocB), {1842, 1856}},
+    {"ConcatArrays", concat_op("[{\"x\":\"a long enough string\"},2,3]", kDocB), {1794, 1804}},
+    {"ConcatScalars", concat_op("\"a string\"", "[1,2,3,4,5,6,7,8,9]"), {1794, 1804}},
+}), by_id);
 
 } // namespace

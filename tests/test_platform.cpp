@@ -7,16 +7,22 @@
 #include <thread>
 #include <vector>
 
-#include "vx_alloc.h"
-#include "vx_elog.h"
-#include "vx_heap.h"
-#include "vx_ini.h"
+#include "vx_env.h"
 #include "vx_number.h"
-#include "vxstr.h"
 
 namespace {
+using ::operator<<;
 
 void *heap_alloc(vx_heap *h, size_t n) { return mem_heap_alloc_low(nullptr, h, n, 0, "t", 1); }
+
+// A counting allocator for the allocator and growable-string tests.
+class Allocator : public ::testing::Test {
+protected:
+    void SetUp() override { vx_allocator_init(&a, &st); }
+    vx_alloc_state st{};
+    vx_allocator a{};
+};
+using Vxstr = Allocator;
 
 TEST(Heap, AllocationsAreAlignedDistinctAndSurviveGrowth) {
     vx_heap *h = mem_heap_create(64);
@@ -64,10 +70,7 @@ TEST(Heap, ByteLimitFailsOversizedRequests) {
     mem_heap_free(h);
 }
 
-TEST(Allocator, CountsOutstandingBlocksAndFailsOnLimit) {
-    vx_alloc_state st;
-    vx_allocator a;
-    vx_allocator_init(&a, &st);
+TEST_F(Allocator, CountsOutstandingBlocksAndFailsOnLimit) {
     void *p = vx_alloc(nullptr, &a, 10, "t", 1);
     void *q = vx_alloc(nullptr, &a, 20, "t", 2);
     ASSERT_TRUE(p && q);
@@ -81,10 +84,7 @@ TEST(Allocator, CountsOutstandingBlocksAndFailsOnLimit) {
     EXPECT_EQ(st.bytes_out, 0u);
 }
 
-TEST(Allocator, ReleaseAllFreesWhatIsOutstandingAndIgnoresForeignBlocks) {
-    vx_alloc_state st;
-    vx_allocator a;
-    vx_allocator_init(&a, &st);
+TEST_F(Allocator, ReleaseAllFreesWhatIsOutstandingAndIgnoresForeignBlocks) {
     void *blocks[3];
     for (void *&b : blocks) b = vx_alloc(nullptr, &a, 24, "t", 1);
     vx_free(nullptr, &a, blocks[1]);
@@ -98,9 +98,8 @@ TEST(Allocator, ReleaseAllFreesWhatIsOutstandingAndIgnoresForeignBlocks) {
     mem_heap_free(h);
 }
 
-TEST(Allocator, HeapBackedCarvesFromTheHeapAndFreesNothing) {
+TEST_F(Allocator, HeapBackedCarvesFromTheHeapAndFreesNothing) {
     vx_heap *h = mem_heap_create(0);
-    vx_allocator a;
     vx_allocator_init_heap(&a, h);
     void *p = vx_alloc(nullptr, &a, 32, "t", 1);
     ASSERT_NE(p, nullptr);
@@ -111,10 +110,7 @@ TEST(Allocator, HeapBackedCarvesFromTheHeapAndFreesNothing) {
     mem_heap_free(h);
 }
 
-TEST(Allocator, FreeWithoutHandleDoesNothing) {
-    vx_alloc_state st;
-    vx_allocator a;
-    vx_allocator_init(&a, &st);
+TEST_F(Allocator, FreeWithoutHandleDoesNothing) {
     void *p = vx_alloc(nullptr, &a, 10, "t", 1);
     vx_allocator no_handle = a;
     no_handle.handle = nullptr;
@@ -124,10 +120,7 @@ TEST(Allocator, FreeWithoutHandleDoesNothing) {
     EXPECT_EQ(st.outstanding, 0u);
 }
 
-TEST(Vxstr, AppendsGrowAndKeepTheTerminator) {
-    vx_alloc_state st;
-    vx_allocator a;
-    vx_allocator_init(&a, &st);
+TEST_F(Vxstr, AppendsGrowAndKeepTheTerminator) {
     vxstr *s = vxstr_create(nullptr, &a, 0);
     ASSERT_NE(s, nullptr);
     EXPECT_EQ(s->cap, uint32_t(VXSTR_INITIAL_SIZE));
@@ -151,10 +144,7 @@ TEST(Vxstr, AppendsGrowAndKeepTheTerminator) {
     EXPECT_EQ(st.outstanding, 0u);
 }
 
-TEST(Vxstr, FirstGrowthFailureIsSticky) {
-    vx_alloc_state st;
-    vx_allocator a;
-    vx_allocator_init(&a, &st);
+TEST_F(Vxstr, FirstGrowthFailureIsSticky) {
     vxstr *s = vxstr_create(nullptr, &a, 4);
     ASSERT_NE(s, nullptr);
     vx_allocator_set_call_limit(&st, 0);
@@ -167,10 +157,7 @@ TEST(Vxstr, FirstGrowthFailureIsSticky) {
     EXPECT_EQ(st.outstanding, 0u);
 }
 
-TEST(Vxstr, CreateFailsCleanly) {
-    vx_alloc_state st;
-    vx_allocator a;
-    vx_allocator_init(&a, &st);
+TEST_F(Vxstr, CreateFailsCleanly) {
     for (uint64_t limit : {0u, 1u}) {
         vx_allocator_set_call_limit(&st, limit);
         EXPECT_EQ(vxstr_create(nullptr, &a, 0), nullptr) << limit;
@@ -178,10 +165,7 @@ TEST(Vxstr, CreateFailsCleanly) {
     }
 }
 
-TEST(Vxstr, RecordReleasedAloneLeavesTheText) {
-    vx_alloc_state st;
-    vx_allocator a;
-    vx_allocator_init(&a, &st);
+TEST_F(Vxstr, RecordReleasedAloneLeavesTheText) {
     vxstr *s = vxstr_create(nullptr, &a, 0);
     ASSERT_EQ(vxstr_append(nullptr, &a, s, "kept"), 0);
     char *text = vxstr_getstr(s);
@@ -226,14 +210,9 @@ TEST(Ini, CharsetOverrideAndUnknownValues) {
     EXPECT_EQ(ini_get_value(0, 1), 0);
 }
 
-struct Int64Row {
-    const char *text;
-    int32_t rc;
-    int64_t value;
-};
+struct Int64Row { const char *id, *text; int32_t rc; int64_t value = 0; };
 
 class Str2Int64 : public ::testing::TestWithParam<Int64Row> {};
-
 TEST_P(Str2Int64, Reads) {
     const Int64Row &r = GetParam();
     int64_t v = 12345;
@@ -243,15 +222,22 @@ TEST_P(Str2Int64, Reads) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Edges, Str2Int64,
-    ::testing::Values(Int64Row{"0", 0, 0}, Int64Row{"-0", 0, 0}, Int64Row{"+17", 0, 17},
-                      Int64Row{"9223372036854775807", 0, INT64_MAX},
-                      Int64Row{"-9223372036854775808", 0, INT64_MIN},
-                      Int64Row{"9223372036854775808", -2, 0},
-                      Int64Row{"-9223372036854775809", -2, 0}, Int64Row{"", -1, 0},
-                      Int64Row{"-", -1, 0}, Int64Row{"+", -1, 0}, Int64Row{"1.5", -1, 0},
-                      Int64Row{"12a", -1, 0}, Int64Row{" 1", -1, 0}, Int64Row{"+-1", -1, 0}));
+INSTANTIATE_TEST_SUITE_P(Edges, Str2Int64, rows<Int64Row>({
+    {"zero", "0", 0, 0},
+    {"minus_zero", "-0", 0, 0},
+    {"plus", "+17", 0, 17},
+    {"max", "9223372036854775807", 0, INT64_MAX},
+    {"min", "-9223372036854775808", 0, INT64_MIN},
+    {"above_max", "9223372036854775808", -2},
+    {"below_min", "-9223372036854775809", -2},
+    {"empty", "", -1},
+    {"minus_alone", "-", -1},
+    {"plus_alone", "+", -1},
+    {"fraction", "1.5", -1},
+    {"trailing_letter", "12a", -1},
+    {"leading_blank", " 1", -1},
+    {"two_signs", "+-1", -1},
+}), by_id);
 
 TEST(Number, DoubleOverflowIsInfinity) {
     EXPECT_EQ(ntype_is_double_overflow(1e308 * 10), 1);

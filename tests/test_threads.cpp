@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "doc_env.h"
+#include "vx_env.h"
 
 namespace {
 
@@ -21,13 +21,10 @@ const std::vector<std::string> kDocs = {
     "{\"bad\":[1,2,}",
 };
 
-struct Result {
-    int32_t rc;
-    std::string text;
-};
+struct Result { int32_t rc; std::string text; };
 
 Result round(const std::string &doc) {
-    DocEnv env;
+    VxEnv env(strict());
     json_node *root = nullptr;
     Result r{env.read(doc, &root), ""};
     if (r.rc == 0) r.rc = env.write(root, &r.text, JSON_FMT_PRETTY_B);

@@ -4,23 +4,18 @@
 
 #include <cstring>
 
-#include "tree_fixture.h"
-#include "vx_elog.h"
+#include "vx_env.h"
 
 namespace {
+using ::operator<<;
 
 using Names = std::vector<std::string>;
 
 TEST(Create, TopLevelScalarNeedsADialectOrScalarTop) {
-    struct Row {
-        int32_t compat, scalar_top;
-        uint32_t type;
-        int32_t rc;
-    };
-    for (Row r : {Row{0, 0, JSON_STRING, VXJSON_ERR_INVALID_JSON}, Row{0, 0, JSON_INTEGER, -3105},
-                  Row{0, 0, JSON_OBJECT, 0}, Row{0, 0, JSON_ARRAY, 0}, Row{0, 1, JSON_NULL, 0},
-                  Row{1, 0, JSON_BOOLEAN, 0}, Row{2, 0, JSON_DECIMAL, 0}}) {
-        TreeEnv env;
+    struct Row { int32_t compat, scalar_top; uint32_t type; int32_t rc; };
+    for (Row r : {Row{0, 0, JSON_STRING, VXJSON_ERR_INVALID_JSON}, Row{0, 0, JSON_INTEGER, -3105}, Row{0, 0, JSON_OBJECT, 0},
+                  Row{0, 0, JSON_ARRAY, 0}, Row{0, 1, JSON_NULL, 0}, Row{1, 0, JSON_BOOLEAN, 0}, Row{2, 0, JSON_DECIMAL, 0}}) {
+        VxEnv env;
         env.ctx->compat = r.compat;
         env.ctx->scalar_top = r.scalar_top;
         uint64_t before = mem_heap_alloc_count(env.heap);
@@ -33,7 +28,7 @@ TEST(Create, TopLevelScalarNeedsADialectOrScalarTop) {
 }
 
 TEST(Create, ChainsNodesInCreationOrderAndTracksTheCurrentNode) {
-    TreeEnv env;
+    VxEnv env;
     jlpca_ctx *ctx = env.ctx.get();
     ASSERT_EQ(json_create(ctx, JSON_ARRAY), 0);
     json_node *array = ctx->cur_node;
@@ -62,10 +57,9 @@ struct KeyRow {
 };
 
 class KeyPolicy : public ::testing::TestWithParam<KeyRow> {};
-
 TEST_P(KeyPolicy, MembersFollowTheContextSwitches) {
     const KeyRow &r = GetParam();
-    TreeEnv env;
+    VxEnv env;
     jlpca_ctx *ctx = env.ctx.get();
     ctx->unique_keys = r.unique_keys;
     ctx->dup_key_replace = r.dup_key_replace;
@@ -84,25 +78,21 @@ TEST_P(KeyPolicy, MembersFollowTheContextSwitches) {
     EXPECT_EQ(values, r.values);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Policies, KeyPolicy,
-    ::testing::Values(
-        KeyRow{"duplicates_kept", 0, 0, 0, {"a", "a"}, 0, {"a", "a"}, {0, 1}},
-        KeyRow{"last_wins_in_first_place", 0, 1, 0, {"a", "b", "a"}, 0, {"a", "b"}, {2, 1}},
-        KeyRow{"unique_rejects", 1, 0, 0, {"a", "b", "a"}, -3105, {"a", "b"}, {0, 1}},
-        KeyRow{"unique_wins_over_replace", 1, 1, 0, {"a", "a"}, -3105, {"a"}, {0}},
-        KeyRow{"sorted_by_length_then_bytes", 0, 0, 1, {"bb", "a", "ab"}, 0, {"a", "ab", "bb"},
-               {1, 2, 0}},
-        KeyRow{"sorted_newcomer_before_equal", 0, 0, 1, {"b", "a", "b"}, 0, {"a", "b", "b"},
-               {1, 2, 0}},
-        KeyRow{"sorted_replace", 0, 1, 1, {"b", "a", "b"}, 0, {"a", "b"}, {1, 2}},
-        KeyRow{"empty_name", 0, 1, 1, {"", "x", ""}, 0, {"", "x"}, {2, 1}},
-        KeyRow{"bytes_not_case_folded", 0, 1, 0, {"A", "a"}, 0, {"A", "a"}, {0, 1}}),
-    [](const auto &info) { return std::string(info.param.id); });
+INSTANTIATE_TEST_SUITE_P(Policies, KeyPolicy, rows<KeyRow>({
+    {"duplicates_kept", 0, 0, 0, {"a", "a"}, 0, {"a", "a"}, {0, 1}},
+    {"last_wins_in_first_place", 0, 1, 0, {"a", "b", "a"}, 0, {"a", "b"}, {2, 1}},
+    {"unique_rejects", 1, 0, 0, {"a", "b", "a"}, -3105, {"a", "b"}, {0, 1}},
+    {"unique_wins_over_replace", 1, 1, 0, {"a", "a"}, -3105, {"a"}, {0}},
+    {"sorted_by_length_then_bytes", 0, 0, 1, {"bb", "a", "ab"}, 0, {"a", "ab", "bb"}, {1, 2, 0}},
+    {"sorted_newcomer_before_equal", 0, 0, 1, {"b", "a", "b"}, 0, {"a", "b", "b"}, {1, 2, 0}},
+    {"sorted_replace", 0, 1, 1, {"b", "a", "b"}, 0, {"a", "b"}, {1, 2}},
+    {"empty_name", 0, 1, 1, {"", "x", ""}, 0, {"", "x"}, {2, 1}},
+    {"bytes_not_case_folded", 0, 1, 0, {"A", "a"}, 0, {"A", "a"}, {0, 1}},
+}), by_id);
 
 TEST(AddOneNode, ReplaceMovesTheMemberLastUnlessSorted) {
     for (int32_t sorted : {0, 1}) {
-        TreeEnv env;
+        VxEnv env;
         env.ctx->sorted_keys = sorted;
         json_node *obj = env.object({{"a", env.integer(1)}, {"b", env.integer(2)}, {"c", env.integer(3)}});
         json_node *v = env.integer(9);
@@ -120,7 +110,7 @@ TEST(Names, EqualityAndSortPosition) {
     EXPECT_EQ(json_object_keyval_name_equal("ab", 2, "abc", 2), 1);
     EXPECT_EQ(json_object_keyval_name_equal("ab", 2, "ab", 1), 0);
     EXPECT_EQ(json_object_keyval_name_equal("a\0b", 3, "a\0c", 3), 0);
-    TreeEnv env;
+    VxEnv env;
     json_node *obj = env.object({{"b", env.integer(1)}, {"aa", env.integer(2)}});
     EXPECT_EQ(jsonb_object_add_keyval_sort_by_name(obj, "a", 1), obj->first_member);
     EXPECT_EQ(jsonb_object_add_keyval_sort_by_name(obj, "c", 1), obj->last_member);
@@ -137,7 +127,7 @@ std::vector<int64_t> items_of(const json_node *a) {
 
 TEST(ListToArray, CapacityIsCountPlusSpare) {
     for (uint32_t spare : {0u, 3u}) {
-        TreeEnv env;
+        VxEnv env;
         env.ctx->array_spare = spare;
         json_node *a = env.array({env.integer(1), env.integer(2), env.integer(3)});
         EXPECT_EQ(a->count, 3u);
@@ -148,27 +138,20 @@ TEST(ListToArray, CapacityIsCountPlusSpare) {
 }
 
 TEST(ListToArray, FailureLeavesCapacitySetAndNoItems) {
-    TreeEnv env;
-    json_node *a = env.array({});
-    json_node *e = env.integer(1);
+    VxEnv env;
+    json_node *a = env.array({}), *e = env.integer(1);
     vx_allocator_set_call_limit(&env.alloc_state, 0);
     EXPECT_EQ(json_lst_to_arr(env.ctx.get(), a, 1, e, e), VXJSON_ERR_NOMEM);
     EXPECT_EQ(a->capacity, 1u);
     EXPECT_EQ(a->items, nullptr);
 }
 
-struct ArrayOpRow {
-    const char *id;
-    int32_t position, mode;
-    std::vector<int64_t> expect;
-    uint32_t capacity;
-};
+struct ArrayOpRow { const char *id; int32_t position, mode; std::vector<int64_t> expect; uint32_t capacity; };
 
 class ArrayAddOne : public ::testing::TestWithParam<ArrayOpRow> {};
-
 TEST_P(ArrayAddOne, OnAFullArrayOfThree) {
     const ArrayOpRow &r = GetParam();
-    TreeEnv env;
+    VxEnv env;
     json_node *a = env.array({env.integer(1), env.integer(2), env.integer(3)});
     ASSERT_EQ(json_array_add_one_node(env.ctx.get(), a, r.position, env.integer(9), r.mode), 0);
     EXPECT_EQ(items_of(a), r.expect);
@@ -177,16 +160,15 @@ TEST_P(ArrayAddOne, OnAFullArrayOfThree) {
     EXPECT_EQ(env.alloc_state.outstanding, 1u);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Modes, ArrayAddOne,
-    ::testing::Values(ArrayOpRow{"insert_front_grows_by_five", 0, 0, {9, 1, 2, 3}, 8},
-                      ArrayOpRow{"insert_middle", 2, 0, {1, 2, 9, 3}, 8},
-                      ArrayOpRow{"append", -1, 0, {1, 2, 3, 9}, 8},
-                      ArrayOpRow{"replace_does_not_grow", 1, 1, {1, 9, 3}, 3}),
-    [](const auto &info) { return std::string(info.param.id); });
+INSTANTIATE_TEST_SUITE_P(Modes, ArrayAddOne, rows<ArrayOpRow>({
+    {"insert_front_grows_by_five", 0, 0, {9, 1, 2, 3}, 8},
+    {"insert_middle", 2, 0, {1, 2, 9, 3}, 8},
+    {"append", -1, 0, {1, 2, 3, 9}, 8},
+    {"replace_does_not_grow", 1, 1, {1, 9, 3}, 3},
+}), by_id);
 
 TEST(ArrayAddOne, GrowthFailureLeavesTheArrayUnchanged) {
-    TreeEnv env;
+    VxEnv env;
     json_node *a = env.array({env.integer(1)});
     json_node **items = a->items;
     vx_allocator_set_call_limit(&env.alloc_state, 0);
@@ -197,7 +179,7 @@ TEST(ArrayAddOne, GrowthFailureLeavesTheArrayUnchanged) {
 }
 
 TEST(ArrayAppendWithNth, AllocatesWhenEmptyThenShifts) {
-    TreeEnv env;
+    VxEnv env;
     json_node *a = json_mem_create(env.ctx.get(), JSON_ARRAY);
     json_node *x = env.integer(1), *y = env.integer(2), *z = env.integer(3);
     ASSERT_EQ(json_array_append_with_nth(env.ctx.get(), x, a, 4, 0), 0);
@@ -219,9 +201,8 @@ TEST(StringValue, PaddingAndEmptyTexts) {
         uint32_t len, pad;
         const char *expect;  // nullptr: no text stored
     };
-    for (Row r : {Row{"", 0, 0, nullptr}, Row{"", 0, 3, "   "}, Row{"ab", 2, 2, "ab  "},
-                  Row{"a\0b", 3, 0, "a\0b"}}) {
-        TreeEnv env;
+    for (Row r : {Row{"", 0, 0, nullptr}, Row{"", 0, 3, "   "}, Row{"ab", 2, 2, "ab  "}, Row{"a\0b", 3, 0, "a\0b"}}) {
+        VxEnv env;
         json_node *n = json_mem_create(env.ctx.get(), JSON_STRING);
         ASSERT_EQ(json_string_set_value_low(nullptr, env.heap, n, r.text, r.len, r.pad, 1), 0);
         if (!r.expect) {
@@ -237,7 +218,7 @@ TEST(StringValue, PaddingAndEmptyTexts) {
 }
 
 TEST(StringValue, TakesTheContextLiteral) {
-    TreeEnv env;
+    VxEnv env;
     jlpca_ctx *ctx = env.ctx.get();
     ctx->compat = 1;
     ASSERT_EQ(json_create(ctx, JSON_DECIMAL), 0);
@@ -251,65 +232,31 @@ TEST(StringValue, TakesTheContextLiteral) {
 }
 
 TEST(LengthAndDepth, ByShape) {
-    TreeEnv env;
+    VxEnv env;
     EXPECT_EQ(json_depth(env.object({})), 1u);
     EXPECT_EQ(json_depth(env.array({})), 1u);
     EXPECT_EQ(json_depth(env.array({env.array({})})), 2u);
     EXPECT_EQ(json_depth(env.object({{"a", env.array({env.integer(1)})}})), 3u);
     EXPECT_EQ(json_depth(env.integer(1)), 1u);
     EXPECT_EQ(json_length(env.string("abc")), 1u);
-    EXPECT_EQ(json_length(json_mem_create(env.ctx.get(), JSON_NULL)), 1u);
+    EXPECT_EQ(json_length(env.scalar(JSON_NULL)), 1u);
     EXPECT_EQ(json_length(env.array({env.integer(1), env.integer(2)})), 2u);
     EXPECT_EQ(json_length(env.object({{"a", env.integer(1)}, {"b", env.integer(1)}})), 2u);
 }
 
-json_node *sample(TreeEnv &env) {
+json_node *sample(VxEnv &env) {
     json_node *date = json_mem_create(env.ctx.get(), JSON_DATE);
     date->dt = vxtime{86400, 5, VXTIME_TYPE_DATE};
-    json_node *t = json_mem_create(env.ctx.get(), JSON_BOOLEAN);
-    t->bval = 1;
-    json_node *s = env.string("x\"y");
-    s->str_flags = 1;
-    return env.object({{"a", env.array({env.integer(-7), env.text(JSON_DECIMAL, "1.5e3"), t})},
-                       {"", s},
+    json_node *t = env.scalar(JSON_BOOLEAN, 1);
+    return env.object({{"a", env.array({env.integer(-7), env.decimal("1.5e3"), t})},
+                       {"", env.string("x\"y", 1)},
                        {"d", date},
-                       {"n", json_mem_create(env.ctx.get(), JSON_NULL)},
+                       {"n", env.scalar(JSON_NULL)},
                        {"e", env.array({})}});
 }
 
-// Structural equality for tests, independent of the comparison module.
-bool same_tree(const json_node *a, const json_node *b) {
-    if (a->type != b->type) return false;
-    switch (a->type) {
-    case JSON_OBJECT: {
-        if (a->count != b->count) return false;
-        const json_keyval *x = a->first_member, *y = b->first_member;
-        for (; x && y; x = x->next, y = y->next)
-            if (x->name_len != y->name_len || std::memcmp(x->name, y->name, x->name_len) ||
-                x->flags != y->flags || !same_tree(x->value, y->value))
-                return false;
-        return !x && !y;
-    }
-    case JSON_ARRAY:
-        if (a->count != b->count) return false;
-        for (uint32_t i = 0; i < a->count; i++)
-            if (!same_tree(a->items[i], b->items[i])) return false;
-        return true;
-    case JSON_INTEGER: return a->ival == b->ival;
-    case JSON_BOOLEAN: return a->bval == b->bval;
-    case JSON_STRING:
-    case JSON_DECIMAL:
-        return a->str_len == b->str_len && a->str_flags == b->str_flags &&
-               (a->str_len == 0 || std::memcmp(a->str, b->str, a->str_len) == 0);
-    case JSON_DATE:
-    case JSON_DATETIME:
-        return a->dt.sec == b->dt.sec && a->dt.nsec == b->dt.nsec && a->dt.type == b->dt.type;
-    default: return true;
-    }
-}
-
 TEST(Copy, IsDeepEqualAndIndependent) {
-    TreeEnv env;
+    VxEnv env;
     env.ctx->array_spare = 2;
     json_node *src = sample(env);
     json_node *copy = json_mem_copy(env.ctx.get(), src);
@@ -328,13 +275,13 @@ TEST(Copy, IsDeepEqualAndIndependent) {
 }
 
 TEST(Copy, UnknownTypeFails) {
-    TreeEnv env;
+    VxEnv env;
     json_node *bad = json_mem_create(env.ctx.get(), 42);
     EXPECT_EQ(json_mem_copy(env.ctx.get(), env.array({bad})), nullptr);
 }
 
 TEST(Copy, EveryAllocationFailureGivesNull) {
-    TreeEnv probe;
+    VxEnv probe;
     json_node *src = sample(probe);
     uint64_t heap_before = mem_heap_alloc_count(probe.heap);
     uint64_t alloc_before = probe.alloc_state.calls;
@@ -353,11 +300,9 @@ TEST(Copy, EveryAllocationFailureGivesNull) {
 }
 
 TEST(OutOfMemory, BuildingOperationsReturn503AndReport) {
-    TreeEnv env;
+    VxEnv env;
     jlpca_ctx *ctx = env.ctx.get();
-    json_node *obj = json_mem_create(ctx, JSON_OBJECT);
-    json_node *s = json_mem_create(ctx, JSON_STRING);
-    json_node *arr = json_mem_create(ctx, JSON_ARRAY);
+    json_node *obj = env.scalar(JSON_OBJECT), *s = env.scalar(JSON_STRING), *arr = env.scalar(JSON_ARRAY);
     mem_heap_set_call_limit(env.heap, 0);
     elog_trail_clear();
     EXPECT_EQ(json_mem_create(ctx, JSON_NULL), nullptr);

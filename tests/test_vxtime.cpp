@@ -27,14 +27,9 @@ vxtime record(const DataRow &r, size_t col) {
     return vxtime{r.num(col), int32_t(r.num(col + 1)), uint8_t(r.num(col + 2))};
 }
 
-bool same_record(const vxtime &a, const vxtime &b) {
-    return a.sec == b.sec && a.nsec == b.nsec && a.type == b.type;
-}
-
-// ---------------------------------------------------------------- reading
+bool same_record(const vxtime &a, const vxtime &b) { return a.sec == b.sec && a.nsec == b.nsec && a.type == b.type; }
 
 class VxtimeParse : public testing::TestWithParam<DataRow> {};
-
 TEST_P(VxtimeParse, RecordAndRoundTrip) {
     const DataRow &r = GetParam();  // id, text, type, status, sec, nsec, type_out
     // A digit right behind the text: a reader that looks past `len` fails.
@@ -55,13 +50,9 @@ TEST_P(VxtimeParse, RecordAndRoundTrip) {
     EXPECT_TRUE(same_record(again, t)) << text;
 }
 
-INSTANTIATE_TEST_SUITE_P(vxtime, VxtimeParse, testing::ValuesIn(read_data_rows("vxtime/parse.tsv")),
-                         data_row_namer());
-
-// --------------------------------------------------------------- printing
+INSTANTIATE_TEST_SUITE_P(vxtime, VxtimeParse, testing::ValuesIn(read_data_rows("vxtime/parse.tsv")), data_row_namer());
 
 class VxtimePrint : public testing::TestWithParam<DataRow> {};
-
 TEST_P(VxtimePrint, Text) {
     const DataRow &r = GetParam();  // id, sec, nsec, type, prec, fmt, status, text
     const vxtime t = record(r, 1);
@@ -76,13 +67,9 @@ TEST_P(VxtimePrint, Text) {
     EXPECT_EQ(buf[n], '\0');
 }
 
-INSTANTIATE_TEST_SUITE_P(vxtime, VxtimePrint, testing::ValuesIn(read_data_rows("vxtime/print.tsv")),
-                         data_row_namer());
-
-// --------------------------------------------- Unix time, fraction, type
+INSTANTIATE_TEST_SUITE_P(vxtime, VxtimePrint, testing::ValuesIn(read_data_rows("vxtime/print.tsv")), data_row_namer());
 
 class VxtimeUnix : public testing::TestWithParam<DataRow> {};
-
 TEST_P(VxtimeUnix, Operation) {
     // id, op, sec, nsec, type, arg, status, out_sec, out_nsec, out_type
     const DataRow &r = GetParam();
@@ -113,14 +100,10 @@ TEST_P(VxtimeUnix, Operation) {
     EXPECT_EQ(vxtime_get_msec(&t), r.num(8));
 }
 
-INSTANTIATE_TEST_SUITE_P(vxtime, VxtimeUnix, testing::ValuesIn(read_data_rows("vxtime/unix.tsv")),
-                         data_row_namer(1));
-
-// ----------------------------------------------------------------- others
+INSTANTIATE_TEST_SUITE_P(vxtime, VxtimeUnix, testing::ValuesIn(read_data_rows("vxtime/unix.tsv")), data_row_namer(1));
 
 TEST(vxtime, EveryFileHasItsRows) {
-    expect_row_counts({{"vxtime/parse.tsv", 250}, {"vxtime/print.tsv", 150},
-                       {"vxtime/unix.tsv", 140}});
+    expect_row_counts({{"vxtime/parse.tsv", 250}, {"vxtime/print.tsv", 150}, {"vxtime/unix.tsv", 140}});
 }
 
 TEST(vxtime, NullTextAndUnknownType) {

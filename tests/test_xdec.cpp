@@ -32,30 +32,21 @@ xdec parsed(const std::string &s) {
 }
 
 // Byte equality: the padding is part of the contract.
-bool same_record(const xdec &a, const xdec &b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
-// ---------------------------------------------------------------- reading
+bool same_record(const xdec &a, const xdec &b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
 class XdecParse : public testing::TestWithParam<DataRow> {};
-
 TEST_P(XdecParse, StatusTextAndRoundTrip) {
     const DataRow &r = GetParam();  // id, text, status, result
     xdec d{};
     ASSERT_EQ(parse(r.f[1], &d), r.num(2));
-    if (r.num(2) != 0)
-        return;
+    if (r.num(2) != 0) return;
     std::string text = text_of(d);
     EXPECT_EQ(text, r.f[3]);
     // The text reads back as the very same record.
     EXPECT_TRUE(same_record(parsed(text), d)) << text;
 }
 
-INSTANTIATE_TEST_SUITE_P(xdec, XdecParse, testing::ValuesIn(read_data_rows("xdec/parse.tsv")),
-                         data_row_namer());
-
-// ------------------------------------------------------------- arithmetic
+INSTANTIATE_TEST_SUITE_P(xdec, XdecParse, testing::ValuesIn(read_data_rows("xdec/parse.tsv")), data_row_namer());
 
 using binary_op = int32_t (*)(xdec *, const xdec *, const xdec *);
 
@@ -67,7 +58,6 @@ binary_op op_named(const std::string &op) {
 }
 
 class XdecArith : public testing::TestWithParam<DataRow> {};
-
 TEST_P(XdecArith, MatchesDecimalModule) {
     const DataRow &r = GetParam();  // id, op, a, b, status, result
     binary_op op = op_named(r.f[1]);
@@ -88,20 +78,15 @@ TEST_P(XdecArith, MatchesDecimalModule) {
     EXPECT_TRUE(same_record(in_b, out));
 }
 
-INSTANTIATE_TEST_SUITE_P(xdec, XdecArith, testing::ValuesIn(read_data_rows("xdec/arith.tsv")),
-                         data_row_namer(1));
-
-// --------------------------------------------------- scale and precision
+INSTANTIATE_TEST_SUITE_P(xdec, XdecArith, testing::ValuesIn(read_data_rows("xdec/arith.tsv")), data_row_namer(1));
 
 class XdecScale : public testing::TestWithParam<DataRow> {};
-
 TEST_P(XdecScale, FormatAndTruncate) {
     const DataRow &r = GetParam();  // id, op, a, prec, scale, status, result
     const xdec a = parsed(r.f[2]);
     xdec d = a;
     int32_t scale = int32_t(r.num(4));
-    int32_t rc = r.f[1] == "format" ? xdec_format(&d, int32_t(r.num(3)), scale)
-                                    : xdec_trunc_scale(&d, scale);
+    int32_t rc = r.f[1] == "format" ? xdec_format(&d, int32_t(r.num(3)), scale) : xdec_trunc_scale(&d, scale);
     ASSERT_EQ(rc, r.num(5));
     if (rc == 0) {
         EXPECT_EQ(text_of(d), r.f[6]);
@@ -110,13 +95,9 @@ TEST_P(XdecScale, FormatAndTruncate) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(xdec, XdecScale, testing::ValuesIn(read_data_rows("xdec/scale.tsv")),
-                         data_row_namer(1));
-
-// ------------------------------------------------------------ conversions
+INSTANTIATE_TEST_SUITE_P(xdec, XdecScale, testing::ValuesIn(read_data_rows("xdec/scale.tsv")), data_row_namer(1));
 
 class XdecConvert : public testing::TestWithParam<DataRow> {};
-
 TEST_P(XdecConvert, IntegersAndDoubles) {
     const DataRow &r = GetParam();  // id, op, input, status, result
     const std::string &op = r.f[1];
@@ -136,14 +117,10 @@ TEST_P(XdecConvert, IntegersAndDoubles) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(xdec, XdecConvert, testing::ValuesIn(read_data_rows("xdec/convert.tsv")),
-                         data_row_namer(1));
-
-// ----------------------------------------------------------------- others
+INSTANTIATE_TEST_SUITE_P(xdec, XdecConvert, testing::ValuesIn(read_data_rows("xdec/convert.tsv")), data_row_namer(1));
 
 TEST(xdec, EveryFileHasItsRows) {
-    expect_row_counts({{"xdec/parse.tsv", 250}, {"xdec/arith.tsv", 400},
-                       {"xdec/scale.tsv", 150}, {"xdec/convert.tsv", 100}});
+    expect_row_counts({{"xdec/parse.tsv", 250}, {"xdec/arith.tsv", 400}, {"xdec/scale.tsv", 150}, {"xdec/convert.tsv", 100}});
 }
 
 TEST(xdec, BufferMustHoldTextAndTerminator) {
@@ -177,9 +154,7 @@ TEST(xdec, ZeroCopyAndNullText) {
 // Seconds and a fraction: the steps that turn a number into Unix time.
 TEST(xdec, SplitsSecondsAndNanoseconds) {
     struct { const char *value; int64_t secs, nanos; } rows[] = {
-        {"12.5", 12, 500000000}, {"-1.5", -1, -500000000},
-        {"1.25", 1, 250000000}, {"0.0000004", 0, 0}, {"-0.0000005", 0, -1000},
-    };
+        {"12.5", 12, 500000000}, {"-1.5", -1, -500000000}, {"1.25", 1, 250000000}, {"0.0000004", 0, 0}, {"-0.0000005", 0, -1000}};
     for (const auto &row : rows) {
         xdec d = parsed(row.value), t, f, billion, n;
         ASSERT_EQ(xdec_copy(&t, &d), 0);

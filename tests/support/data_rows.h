@@ -11,34 +11,31 @@
 #include <cstdlib>
 #include <fstream>
 #include <initializer_list>
-#include <utility>
+#include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct DataRow {
-    std::vector<std::string> f;  // fields; f[0] is the id
-
+    std::vector<std::string> f; // fields; f[0] is the id
     const std::string &id() const { return f[0]; }
     int64_t num(size_t i) const { return std::strtoll(f[i].c_str(), nullptr, 10); }
 };
 
+// Rows print as their id in test listings.
+inline void PrintTo(const DataRow &row, std::ostream *os) { *os << row.id(); }
+
 inline std::string data_unescape(const std::string &s) {
     std::string out;
     for (size_t i = 0; i < s.size(); i++) {
-        if (s[i] != '\\' || i + 1 == s.size()) {
+        const char c = s[i] == '\\' && i + 1 < s.size() ? s[++i] : 0;
+        if (!c) {
             out += s[i];
-            continue;
-        }
-        char c = s[++i];
-        if (c == 't') {
-            out += '\t';
-        } else if (c == 'n') {
-            out += '\n';
         } else if (c == 'x' && i + 2 < s.size()) {
             out += static_cast<char>(std::stoi(s.substr(i + 1, 2), nullptr, 16));
             i += 2;
         } else {
-            out += c;
+            out += c == 't' ? '\t' : c == 'n' ? '\n' : c;
         }
     }
     return out;
@@ -51,31 +48,17 @@ inline std::vector<DataRow> read_data_rows(const std::string &name) {
     std::ifstream in(std::string(VXJSON_SOURCE_DIR) + "/tests/data/" + name);
     std::string line;
     while (std::getline(in, line)) {
-        if (line.empty() || line[0] == '#')
-            continue;
+        if (line.empty() || line[0] == '#') continue;
         DataRow row;
-        size_t start = 0;
-        for (;;) {
-            size_t tab = line.find('\t', start);
+        for (size_t start = 0, tab = 0; tab != std::string::npos; start = tab + 1) {
+            tab = line.find('\t', start);
             row.f.push_back(data_unescape(line.substr(start, tab - start)));
-            if (tab == std::string::npos)
-                break;
-            start = tab + 1;
         }
         rows.push_back(std::move(row));
     }
     return rows;
 }
 
-// A test name from a row: its op column (if any) and id, letters, digits
-// and '_' only.
-inline std::string data_row_name(const DataRow &row, size_t op_column = 0) {
-    std::string name = op_column ? row.f[op_column] + "_" + row.id() : row.id();
-    for (char &c : name)
-        if (!std::isalnum(static_cast<unsigned char>(c)))
-            c = '_';
-    return name;
-}
 
 // Each file holds at least its expected number of rows: a missing or cut
 // file must fail rather than run fewer cases.
@@ -84,9 +67,14 @@ inline void expect_row_counts(std::initializer_list<std::pair<const char *, size
         EXPECT_GE(read_data_rows(name).size(), minimum) << name;
 }
 
-// The name generator for INSTANTIATE_TEST_SUITE_P over data rows.
+// The name generator for INSTANTIATE_TEST_SUITE_P over data rows: the op
+// column (if any) and the id, letters, digits and '_' only.
 inline auto data_row_namer(size_t op_column = 0) {
-    return [op_column](const auto &info) { return data_row_name(info.param, op_column); };
+    return [op_column](const auto &info) {
+        std::string name = op_column ? info.param.f[op_column] + "_" + info.param.id() : info.param.id();
+        for (char &c : name) c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+        return name;
+    };
 }
 
 #endif
