@@ -22,6 +22,7 @@
 #include <emmintrin.h>
 #endif
 
+#include "member_index.h"
 #include "parse_driver.h"
 #include "report.h"
 #include "vx_alloc.h"
@@ -304,7 +305,7 @@ public:
 
     int32_t key(jlpca_ctx *ctx, const char *name, uint32_t len, uintptr_t &member) {
         json_keyval *kv = nullptr;
-        int32_t rc = json_object_add_keyval(ctx, ctx->cur_node, name, len, &kv);
+        int32_t rc = members_.add(ctx, ctx->cur_node, name, len, &kv);
         member = reinterpret_cast<uintptr_t>(kv);
         return rc;
     }
@@ -336,6 +337,7 @@ public:
 
 private:
     ElementLog log_;
+    MemberIndex members_;
 };
 
 } // namespace

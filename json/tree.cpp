@@ -16,6 +16,7 @@
 #include <cstring>
 
 #include "links.h"
+#include "member_index.h"
 #include "report.h"
 #include "vx_alloc.h"
 #include "vx_heap.h"
@@ -58,6 +59,22 @@ void append_to_list(json_node *array, json_node *element) {
 }
 
 } // namespace
+
+namespace vxjson {
+
+int32_t insert_new_member(jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
+                          json_keyval *before, json_keyval **out) {
+    json_keyval *kv;
+    if (int32_t rc = json_object_keyval_mem_create(ctx, name, name_len, uint32_t(ctx->lit_escaped),
+                                                   &kv))
+        return report_json(rc, LINE_ADD_KEYVAL);
+    if (before) member_insert_before(object, before, kv);
+    else member_append(object, kv);
+    *out = kv;
+    return 0;
+}
+
+} // namespace vxjson
 
 extern "C" {
 
@@ -131,14 +148,7 @@ VXJSON_API int32_t json_object_add_keyval(jlpca_ctx *ctx, json_node *object, con
     }
     json_keyval *before = nullptr;
     if (ctx->sorted_keys == 1) before = jsonb_object_add_keyval_sort_by_name(object, name, name_len);
-    json_keyval *kv;
-    if (int32_t rc = json_object_keyval_mem_create(ctx, name, name_len, uint32_t(ctx->lit_escaped),
-                                                   &kv))
-        return report_json(rc, LINE_ADD_KEYVAL);
-    if (before) member_insert_before(object, before, kv);
-    else member_append(object, kv);
-    *out = kv;
-    return 0;
+    return vxjson::insert_new_member(ctx, object, name, name_len, before, out);
 }
 
 VXJSON_API int32_t json_object_add_one_node(jlpca_ctx *ctx, json_node *object, const char *name,
