@@ -2,9 +2,6 @@
 // sets, including malformed input.
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "vx_charset.h"
 #include "vx_env.h"
 

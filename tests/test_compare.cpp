@@ -3,10 +3,6 @@
 // and containment and overlap in both dialects.
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <string>
-#include <vector>
-
 #include "vx_env.h"
 #include "xdec.h"
 

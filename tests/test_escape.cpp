@@ -3,7 +3,6 @@
 // choices of json_string_convert, and every out-of-memory path.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <functional>
 #include <random>
 

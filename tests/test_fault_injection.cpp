@@ -4,9 +4,6 @@
 // specified code, never crash, and give back every temporary block.
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "vx_env.h"
 
 namespace {

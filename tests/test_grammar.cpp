@@ -5,9 +5,6 @@
 // spare slots, truncated input and allocator failure during conversion.
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "read_cases.h"
 
 namespace {

@@ -4,8 +4,6 @@
 // bounded memory (ASan builds would catch any overread).
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "vx_env.h"
 
 namespace {

@@ -3,9 +3,7 @@
 // with sorted keys wherever the merge needs sorted member lists.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <set>
-#include <string>
 
 #include "vx_env.h"
 
@@ -214,102 +212,74 @@ INSTANTIATE_TEST_SUITE_P(Docs, StripNulls, rows<StripRow>({
     {"NullStringKept", "{\"a\":\"null\",\"b\":false}", "{\"a\":\"null\",\"b\":false}"},
 }), by_id);
 
-// Out of memory.
-// Reads its inputs, calls arm() and then runs one operation, returning its
-// status and text.  Everything it allocates after arm() counts.
-using Arm = std::function<void()>;
-using Op = std::function<int32_t(VxEnv &, const Arm &, char **, uint32_t *)>;
+// Inputs long enough that the result text must grow, with nested merges
+// that each need a new array.
+const char *const kDocA = "{\"a\":[1,2,3],\"b\":{\"c\":\"a string long enough to make the text grow\",\"d\":[4,5]},"
+                          "\"e\":1,\"f\":{\"g\":2}}";
+const char *const kDocB = "{\"a\":4,\"b\":{\"c\":\"another string, also long enough to matter\",\"d\":6,\"h\":null},"
+                          "\"e\":[7],\"i\":8}";
 
 struct OomRow {
-    const char *id;
-    Op op;
-    std::set<int32_t> outer_lines;  // where the outermost -503 may be reported
+    const char *id, *a, *b;
+    int32_t op;                    // 0 merge preserve, 1 merge patch, 2 concatenation
+    std::set<int32_t> outer_lines; // where the outermost -503 may be reported
 };
 
-class OutOfMemory : public ::testing::TestWithParam<OomRow> {};
-// Run the operation with the heap or the allocator failing after n calls,
-// for every n up to what a successful run makes: the result is either a
+// The row's operation on fresh trees with the heap (which 0) or the
+// allocator (which 1) failing after `limit` calls of its own: its code,
+// its text in *out, and in calls[] what it asked of each.
+int32_t run_op(const OomRow &r, int which, uint64_t limit, std::string *out, uint64_t calls[2]) {
+    VxEnv env(dialect(JLPCA_COMPAT_PG));
+    json_node *a = env.tree(r.a, r.op < 2), *b = env.tree(r.b, r.op < 2);
+    const uint64_t heap0 = mem_heap_alloc_count(env.heap), alloc0 = env.alloc_state.calls;
+    if (which == 0) mem_heap_set_call_limit(env.heap, limit);
+    else vx_allocator_set_call_limit(&env.alloc_state, limit);
+    elog_trail_clear();
+    char *text = nullptr;
+    uint32_t len = 0;
+    const int32_t rc = r.op < 2 ? json_merge_mysql(a, b, r.op, env.ctx.get(), &text, &len)
+                                : jsonb_concat(a, b, env.ctx.get(), &text, &len);
+    calls[0] = mem_heap_alloc_count(env.heap) - heap0;
+    calls[1] = env.alloc_state.calls - alloc0;
+    if (rc == 0) *out = env.take(text, len);
+    return rc;
+}
+
+// Every n up to what a successful run makes: the result is either a
 // reported -503 or the same text as without limits.
+class OutOfMemory : public ::testing::TestWithParam<OomRow> {};
 TEST_P(OutOfMemory, EveryFailingCallIsReported) {
     const OomRow &r = GetParam();
-    std::string expect;
-    uint64_t calls[2];  // heap, allocator
-    {
-        VxEnv env(dialect(JLPCA_COMPAT_PG));
-        char *text = nullptr;
-        uint32_t len = 0;
-        uint64_t h0 = 0, a0 = 0;
-        const Arm count = [&] {
-            h0 = mem_heap_alloc_count(env.heap);
-            a0 = env.alloc_state.calls;
-        };
-        ASSERT_EQ(r.op(env, count, &text, &len), 0);
-        calls[0] = mem_heap_alloc_count(env.heap) - h0;
-        calls[1] = env.alloc_state.calls - a0;
-        expect = env.take(text, len);
-    }
-    ASSERT_GT(calls[1], 0u);  // every result text comes from the allocator
+    std::string expect, got;
+    uint64_t calls[2], ignored[2];
+    ASSERT_EQ(run_op(r, 0, UINT64_MAX, &expect, calls), 0);
+    ASSERT_GT(calls[1], 0u) << "every result text comes from the allocator";
     for (int which = 0; which < 2; which++) {
         int failures = 0;
         for (uint64_t n = 0; n <= calls[which]; n++) {
             SCOPED_TRACE(std::string(which == 0 ? "heap" : "allocator") + " call limit " + std::to_string(n));
-            VxEnv env(dialect(JLPCA_COMPAT_PG));
-            char *text = nullptr;
-            uint32_t len = 0;
-            const Arm limit = [&] {
-                if (which == 0) mem_heap_set_call_limit(env.heap, n);
-                else vx_allocator_set_call_limit(&env.alloc_state, n);
-                elog_trail_clear();
-            };
-            const int32_t rc = r.op(env, limit, &text, &len);
+            const int32_t rc = run_op(r, which, n, &got, ignored);
             if (rc == 0) {
-                EXPECT_EQ(env.take(text, len), expect);
+                EXPECT_EQ(got, expect);
                 continue;
             }
             failures++;
             ASSERT_EQ(rc, VXJSON_ERR_NOMEM);
-            const auto reports = trail();
+            const Trail reports = trail();
             ASSERT_FALSE(reports.empty());
             EXPECT_EQ(reports.back().first, VXJSON_ERR_NOMEM);
             EXPECT_TRUE(r.outer_lines.count(reports.back().second)) << reports.back().second;
         }
-        if (calls[which] > 0) {
-            EXPECT_GT(failures, 0);
-        }
+        EXPECT_TRUE(calls[which] == 0 || failures > 0) << "a limit below the calls made must fail";
     }
 }
 
-// Inputs long enough that the result text must grow, with nested merges
-// that each need a new array.
-const char *const kDocA =
-    "{\"a\":[1,2,3],\"b\":{\"c\":\"a string long enough to make the text grow\",\"d\":[4,5]},"
-    "\"e\":1,\"f\":{\"g\":2}}";
-const char *const kDocB =
-    "{\"a\":4,\"b\":{\"c\":\"another string, also long enough to matter\",\"d\":6,\"h\":null},"
-    "\"e\":[7],\"i\":8}";
-
-Op merge_op(int32_t patch) {
-    return [patch](VxEnv &env, const Arm &arm, char **text, uint32_t *len) {
-        json_node *a = env.tree(kDocA, true), *b = env.tree(kDocB, true);
-        arm();
-        return json_merge_mysql(a, b, patch, env.ctx.get(), text, len);
-    };
-}
-
-Op concat_op(const char *a_text, const char *b_text) {
-    return [a_text, b_text](VxEnv &env, const Arm &arm, char **text, uint32_t *len) {
-        json_node *a = env.tree(a_text), *b = env.tree(b_text);
-        arm();
-        return jsonb_concat(a, b, env.ctx.get(), text, len);
-    };
-}
-
 INSTANTIATE_TEST_SUITE_P(Operations, OutOfMemory, rows<OomRow>({
-    {"MergePreserve", merge_op(0), {3539, 3547}},
-    {"MergePatch", merge_op(1), {3539, 3547}},
-    {"ConcatObjects", concat_op(kDocA, kDocB), {1842, 1856}},
-    {"ConcatArrays", concat_op("[{\"x\":\"a long enough string\"},2,3]", kDocB), {1794, 1804}},
-    {"ConcatScalars", concat_op("\"a string\"", "[1,2,3,4,5,6,7,8,9]"), {1794, 1804}},
+    {"MergePreserve", kDocA, kDocB, 0, {3539, 3547}},
+    {"MergePatch", kDocA, kDocB, 1, {3539, 3547}},
+    {"ConcatObjects", kDocA, kDocB, 2, {1842, 1856}},
+    {"ConcatArrays", "[{\"x\":\"a long enough string\"},2,3]", kDocB, 2, {1794, 1804}},
+    {"ConcatScalars", "\"a string\"", "[1,2,3,4,5,6,7,8,9]", 2, {1794, 1804}},
 }), by_id);
 
 } // namespace

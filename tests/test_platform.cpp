@@ -2,10 +2,7 @@
 // helpers of the stand-alone platform layer.
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "vx_env.h"
 #include "vx_number.h"

@@ -5,11 +5,6 @@
 // byte is a backslash or a quote.
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <cstdio>
-#include <string>
-#include <vector>
-
 #include "vx_env.h"
 
 namespace {
@@ -87,8 +82,9 @@ INSTANTIATE_TEST_SUITE_P(Rules, ScanTable, ::testing::ValuesIn(std::vector<ScanR
         {"nul_ends_input", std::string("[1]\0[2]", 7), 0, "[ INT:1 ] END"},
         {"unquoted_lax", "{a:TRUE}", 0, "{ NAME:a : TRUE } END"},
         {"unquoted_strict", "{a:true}", 1, "{ ERR(-5,json strict only support double quotation,1)"},
-        {"keyword_case_lax", "True fALSE NULL nulls tru", 0, "TRUE FALSE NULL NAME:nulls NAME:tru END"},
-        {"keyword_case_strict", "true TRUE", 1, "TRUE ERR(-5,json strict only support double quotation,1)"},
+        {"keyword_case_lax", "True fALSE NULL nulls tru nul truefalse", 0, "TRUE FALSE NULL NAME:nulls NAME:tru NAME:nul NAME:truefalse END"},
+        {"keyword_case_strict", "true false null TRUE", 1, "TRUE FALSE NULL ERR(-5,json strict only support double quotation,1)"},
+    {"keyword_prefix_strict", "nul", 1, "ERR(-5,json strict only support double quotation,1)"},
         {"word_chars", "_a1\xC3\xA9 b", 0, "NAME:_a1\\xC3\\xA9 NAME:b END"},
         // Numbers.
         {"integers", "0 -0 -1 2147483647 -2147483648 2147483648 -2147483649", 1, "INT:0 INT:0 INT:-1 INT:2147483647 INT:-2147483648 BIG:2147483648 BIG:-2147483649 END"},

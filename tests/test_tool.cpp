@@ -11,12 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
-#include <string>
-#include <vector>
 
 #include "vx_env.h"
 

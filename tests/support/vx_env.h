@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <initializer_list>
 #include <memory>
@@ -200,48 +201,6 @@ inline bool trail_has(int32_t code, const char *src, int32_t line) {
 
 inline std::string bytes(const char *p, uint32_t n) { return p ? std::string(p, n) : std::string(); }
 
-// Equal values: types, numbers (decimal texts byte for byte), string bytes,
-// dates, member names and order, element order; with `flags`, escape flags
-// too (a string written with escapes may read back without needing any).
-inline ::testing::AssertionResult same_tree(const json_node *a, const json_node *b, bool flags = true,
-                                            const std::string &path = "$") {
-    auto differ = [&](const std::string &what) { return ::testing::AssertionFailure() << path << ": " << what; };
-    const auto same = ::testing::AssertionSuccess();
-    if (!a || !b) return a == b ? same : differ("one side missing");
-    if (a->type != b->type) return differ("type " + std::to_string(a->type) + " vs " + std::to_string(b->type));
-    switch (a->type) {
-    case JSON_OBJECT: {
-        const json_keyval *x = a->first_member, *y = b->first_member;
-        for (; x && y; x = x->next, y = y->next) {
-            const std::string nx(x->name, x->name_len), ny(y->name, y->name_len);
-            if (nx != ny || (flags && x->flags != y->flags))
-                return differ("member " + ::testing::PrintToString(nx) + " vs " + ::testing::PrintToString(ny));
-            if (auto r = same_tree(x->value, y->value, flags, path + "." + nx); !r) return r;
-        }
-        return x || y ? differ("member count") : same;
-    }
-    case JSON_ARRAY: {
-        const uint32_t na = a->items ? a->count : 0, nb = b->items ? b->count : 0;
-        if (na != nb) return differ(std::to_string(na) + " vs " + std::to_string(nb) + " elements");
-        for (uint32_t i = 0; i < na; ++i)
-            if (auto r = same_tree(a->items[i], b->items[i], flags, path + "[" + std::to_string(i) + "]"); !r) return r;
-        return same;
-    }
-    case JSON_INTEGER: return a->ival == b->ival ? same : differ(std::to_string(a->ival) + " vs " + std::to_string(b->ival));
-    case JSON_BOOLEAN: return !a->bval == !b->bval ? same : differ("boolean");
-    case JSON_STRING:
-    case JSON_DECIMAL: {
-        const std::string x = bytes(a->str, a->str_len), y = bytes(b->str, b->str_len);
-        if (x == y && (!flags || a->str_flags == b->str_flags)) return same;
-        return differ(::testing::PrintToString(x) + " vs " + ::testing::PrintToString(y));
-    }
-    case JSON_DATE:
-    case JSON_DATETIME:
-        return a->dt.sec == b->dt.sec && a->dt.nsec == b->dt.nsec && a->dt.type == b->dt.type ? same : differ("date");
-    default: return same;
-    }
-}
-
 inline std::string read_file(const std::string &path) {
     std::ifstream in(path, std::ios::binary);
     std::stringstream ss;
@@ -262,28 +221,29 @@ inline std::vector<std::string> member_names(const json_node *o) {
     return names;
 }
 
-// A plain text form of a read tree, independent of the writer: strings
-// quoted with bytes outside printable ASCII (and '"' and '\') as \xHH,
-// numbers as read, arrays through their pointer arrays.
-inline void dump_to(const json_node *n, std::string &out) {
-    auto quoted = [&](const char *s, uint32_t len) {
+// A plain text form of a tree, independent of the writer: strings quoted
+// with bytes outside printable ASCII (and '"' and '\') as \xHH, numbers as
+// read, arrays through their pointer arrays, dates as seconds.nanoseconds/type.
+// With `flags`, names and strings that held an escape are marked with '!'.
+inline void dump_to(const json_node *n, std::string &out, bool flags) {
+    auto quoted = [&](const char *s, uint32_t len, uint32_t escaped) {
         out += '"';
         for (uint32_t i = 0; i < len; i++) {
-            unsigned char c = static_cast<unsigned char>(s[i]);
+            const unsigned char c = static_cast<unsigned char>(s[i]);
             char buf[8];
             std::snprintf(buf, sizeof buf, "\\x%02X", c);
             out += c < 0x20 || c >= 0x7F || c == '"' || c == '\\' ? std::string(buf) : std::string(1, char(c));
         }
-        out += '"';
+        out += flags && escaped ? "\"!" : "\"";
     };
     switch (n->type) {
     case JSON_OBJECT:
         out += '{';
         for (const json_keyval *kv = n->first_member; kv; kv = kv->next) {
             if (kv != n->first_member) out += ',';
-            quoted(kv->name, kv->name_len);
+            quoted(kv->name, kv->name_len, kv->flags);
             out += ':';
-            dump_to(kv->value, out);
+            dump_to(kv->value, out, flags);
         }
         out += '}';
         break;
@@ -291,22 +251,27 @@ inline void dump_to(const json_node *n, std::string &out) {
         out += '[';
         for (uint32_t i = 0; i < n->count; i++) {
             if (i) out += ',';
-            dump_to(n->items[i], out);
+            dump_to(n->items[i], out, flags);
         }
         out += ']';
         break;
     case JSON_INTEGER: out += std::to_string(n->ival); break;
     case JSON_DECIMAL: out += bytes(n->str, n->str_len); break;
-    case JSON_STRING: quoted(n->str, n->str_len); break;
+    case JSON_STRING: quoted(n->str, n->str_len, n->str_flags); break;
     case JSON_BOOLEAN: out += n->bval ? "true" : "false"; break;
     case JSON_NULL: out += "null"; break;
+    case JSON_DATE:
+    case JSON_DATETIME:
+        out += (n->type == JSON_DATE ? "date:" : "datetime:") + std::to_string(n->dt.sec) + "." +
+               std::to_string(n->dt.nsec) + "/" + std::to_string(n->dt.type);
+        break;
     default: out += '?';
     }
 }
 
-inline std::string dump(const json_node *n) {
+inline std::string dump(const json_node *n, bool flags = false) {
     std::string out;
-    if (n) dump_to(n, out);
+    if (n) dump_to(n, out, flags);
     return out;
 }
 
