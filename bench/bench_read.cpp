@@ -7,14 +7,13 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "bench_data.h"
 #include "vx_heap.h"
 #include "vxjson.h"
 
@@ -30,15 +29,7 @@
 
 namespace {
 
-const char *const FILES[] = {"canada", "citm_catalog", "twitter"};
 const char *const PEERS[] = {"rapidjson", "simdjson_dom", "nlohmann"};
-
-std::string load(const std::string &name) {
-    std::ifstream in(std::string(VXJSON_BENCH_DATA_DIR) + "/" + name + ".json", std::ios::binary);
-    std::ostringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
 
 // Element arrays come from the same heap, so one reset frees the whole
 // tree between iterations, as releasing the heap does in the server.
@@ -180,7 +171,7 @@ void print_summary(const Collect &c) {
     };
     std::printf("\n%-13s %-12s %9s %9s %6s %9s %9s %9s\n", "file", "", "json_flex", "jcheck",
                 "chk/fx", "peer MB/s", "flex/peer", "heap B/B");
-    for (const char *file : FILES) {
+    for (const char *file : BENCH_FILES) {
         const std::string base = std::string("read/") + file + "/";
         const double flex = rate(base + "json_flex"), check = rate(base + "jcheck_flex");
         auto heap = c.heap_per_byte.find(base + "json_flex");
@@ -201,13 +192,10 @@ void print_summary(const Collect &c) {
 int main(int argc, char **argv) {
     benchmark::Initialize(&argc, argv);
     std::vector<std::unique_ptr<Reader>> readers;
-    for (const char *file : FILES) {
+    for (const char *file : BENCH_FILES) {
         auto r = std::make_unique<Reader>();
-        r->text = load(file);
-        if (r->text.empty()) {
-            std::fprintf(stderr, "cannot read %s/%s.json\n", VXJSON_BENCH_DATA_DIR, file);
-            return 1;
-        }
+        r->text = load_bench_data(file);
+        if (r->text.empty()) return 1;
         // One read on a default heap tells how big the tree is.
         r->open(0);
         json_node *root = nullptr;

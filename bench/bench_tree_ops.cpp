@@ -8,31 +8,23 @@
 #include <benchmark/benchmark.h>
 
 #include <cstring>
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 
+#include "bench_data.h"
 #include "vx_alloc.h"
 #include "vx_heap.h"
 #include "vxjson.h"
 
 namespace {
 
-std::string load(const char *name) {
-    std::ifstream in(std::string(VXJSON_BENCH_DATA_DIR) + "/" + name, std::ios::binary);
-    std::ostringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
-
 const std::string &twitter() {
-    static const std::string text = load("twitter.json");
+    static const std::string text = load_bench_data("twitter");
     return text;
 }
 
 const std::string &citm() {
-    static const std::string text = load("citm_catalog.json");
+    static const std::string text = load_bench_data("citm_catalog");
     return text;
 }
 

@@ -7,13 +7,12 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <map>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "bench_data.h"
 #include "vx_alloc.h"
 #include "vx_heap.h"
 #include "vxjson.h"
@@ -33,15 +32,6 @@
 #endif
 
 namespace {
-
-const char *const FILES[] = {"canada", "citm_catalog", "twitter"};
-
-std::string load(const std::string &name) {
-    std::ifstream in(std::string(VXJSON_BENCH_DATA_DIR) + "/" + name + ".json", std::ios::binary);
-    std::ostringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
 
 // One document read into a vxjson tree that lives for the whole run.
 struct Doc {
@@ -144,7 +134,7 @@ public:
 void print_ratios(const Collect &c) {
     std::printf("\n%-14s %-8s %10s  %-22s %10s %8s\n", "file", "layout", "vxjson MB/s", "peer",
                 "peer MB/s", "ratio");
-    for (const char *file : FILES) {
+    for (const char *file : BENCH_FILES) {
         for (const char *mode : {"compact", "pretty"}) {
             const std::string base = std::string("write/") + file + "/" + mode + "/";
             auto ours = c.mbps.find(base + "vxjson");
@@ -180,13 +170,10 @@ int main(int argc, char **argv) {
 #ifdef VXJSON_HAVE_NLOHMANN
     std::vector<std::unique_ptr<nlohmann::json>> ndocs;
 #endif
-    for (const char *file : FILES) {
+    for (const char *file : BENCH_FILES) {
         auto d = std::make_unique<Doc>();
-        d->text = load(file);
-        if (d->text.empty()) {
-            std::fprintf(stderr, "cannot read %s/%s.json\n", VXJSON_BENCH_DATA_DIR, file);
-            return 1;
-        }
+        d->text = load_bench_data(file);
+        if (d->text.empty()) return 1;
         d->heap = mem_heap_create(4 * d->text.size());
         vx_allocator_init(&d->alloc, &d->state);
         jlpca_init(nullptr, d->ctx.get(), d->heap, &d->alloc, JLPCA_ESCAPE_DECODE, 0, 0,
