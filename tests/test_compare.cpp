@@ -3,6 +3,7 @@
 // and containment and overlap in both dialects.
 #include <gtest/gtest.h>
 
+#include "data_rows.h"
 #include "vx_env.h"
 #include "xdec.h"
 
@@ -14,83 +15,18 @@ constexpr int32_t kLineToDouble = 2139;
 constexpr int32_t kLineCmpFirst = 2183;
 constexpr int32_t kLineCmpSecond = 2186;
 
-const std::string k38 = "12345678901234567890123456789012345678";
-const std::string k38Next = "12345678901234567890123456789012345679";
-
-struct EqualRow {
-    const char *id;
-    std::string a, b;
-    int32_t equal;
-    bool sorted = false; // read with sorted keys
-};
-
-class Equality : public ::testing::TestWithParam<EqualRow> {};
+// Rows of tests/data/tree_ops/equality.tsv: id, a, b, equal, sorted keys.
+class Equality : public ::testing::TestWithParam<DataRow> {};
 TEST_P(Equality, BothWaysAsExpected) {
-    const EqualRow &r = GetParam();
+    const DataRow &r = GetParam();
+    const bool sorted = r.f.size() > 4 && r.f[4] == "1";
     VxEnv env(dialect(JLPCA_COMPAT_PG));
-    json_node *a = env.tree(r.a, r.sorted), *b = env.tree(r.b, r.sorted);
-    EXPECT_EQ(json_cmp(a, b, JSON_CMP_EQUAL), r.equal) << r.a << " = " << r.b;
-    EXPECT_EQ(json_cmp(b, a, JSON_CMP_EQUAL), r.equal) << r.b << " = " << r.a;
+    json_node *a = env.tree(r.f[1], sorted), *b = env.tree(r.f[2], sorted);
+    EXPECT_EQ(json_cmp(a, b, JSON_CMP_EQUAL), r.num(3)) << r.f[1] << " = " << r.f[2];
+    EXPECT_EQ(json_cmp(b, a, JSON_CMP_EQUAL), r.num(3)) << r.f[2] << " = " << r.f[1];
 }
 
-INSTANTIATE_TEST_SUITE_P(Numbers, Equality, rows<EqualRow>({
-    {"IntAndPointZero", "1", "1.0", 1},
-    {"PointZeroAndPointZeroZero", "1.0", "1.00", 1},
-    {"IntAndExponent", "1", "1e0", 1},
-    {"IntAndNegativeExponent", "1", "10E-1", 1},
-    {"ExponentAndNegativeExponent", "1e0", "10E-1", 1},
-    {"ExponentCaseOnly", "1E2", "1e2", 1},
-    {"ExponentAndInt", "1e2", "100", 1},
-    {"NegativeZero", "-0.0", "0", 1},
-    {"NegativeInts", "-1", "-1.0", 1},
-    {"DifferentInts", "1", "2", 0},
-    {"DifferentFractions", "1.0", "1.1", 0},
-    {"SignMatters", "1.5", "-1.5", 0},
-    {"Long38Same", k38, k38, 1},
-    {"Long38AndPointZero", k38, k38 + ".0", 1},
-    // Texts of equal length that differ are compared as doubles, which
-    // cannot tell the 38th digit apart: kept as the dialects have it.
-    {"LongNumbersEqualPastDoublePrecision", k38, k38Next, 1},
-    {"Long40DifferEarly", "1234567890123456789012345678901234567890", "1334567890123456789012345678901234567890", 0},
-    // Up to 18 characters the reader keeps integers, compared exactly
-    // (these two share one double); longer ones are number texts.
-    {"IntegersCompareExactly", "900719925474099301", "900719925474099302", 0},
-    {"NineteenDigitsCompareAsDoubles", "1000000000000000001", "1000000000000000002", 1},
-    // An integer against a number text goes through doubles too.
-    {"IntegerAgainstTextComparesAsDoubles", "9007199254740993", "9007199254740992.0", 1},
-    {"IntNotString", "1", "\"1\"", 0},
-}), by_id);
-
-INSTANTIATE_TEST_SUITE_P(Scalars, Equality, rows<EqualRow>({
-    {"TrueTrue", "true", "true", 1},
-    {"TrueFalse", "true", "false", 0},
-    {"NullNull", "null", "null", 1},
-    {"NullFalse", "null", "false", 0},
-    {"SameString", "\"ab\"", "\"ab\"", 1},
-    {"StringCaseMatters", "\"ab\"", "\"aB\"", 0},
-    {"StringPrefix", "\"ab\"", "\"abc\"", 0},
-    {"EmptyStrings", "\"\"", "\"\"", 1},
-    {"EscapedAndPlain", "\"\\u0041\"", "\"A\"", 1},
-}), by_id);
-
-INSTANTIATE_TEST_SUITE_P(Containers, Equality, rows<EqualRow>({
-    {"SameArray", "[1,2]", "[1,2]", 1},
-    {"ArrayOrderMatters", "[1,2]", "[2,1]", 0},
-    {"ArrayLength", "[1]", "[1,1]", 0},
-    {"EmptyArrays", "[]", "[]", 1},
-    {"EmptyArrayAndObject", "[]", "{}", 0},
-    {"NestedNumbersWrittenDifferently", "[[1,[2]],{\"a\":3}]", "[[1.0,[2e0]],{\"a\":30E-1}]", 1},
-    {"NestedDiffersDeep", "[[1,[2]]]", "[[1,[3]]]", 0},
-    {"EmptyObjects", "{}", "{}", 1},
-    {"SameObject", "{\"a\":1,\"b\":[null]}", "{\"a\":1,\"b\":[null]}", 1},
-    {"MemberOrderMattersWithoutSortedKeys", "{\"a\":1,\"b\":2}", "{\"b\":2,\"a\":1}", 0},
-    {"SortedKeysCompareAsSets", "{\"a\":1,\"b\":2}", "{\"b\":2,\"a\":1}", 1, true},
-    {"MemberCount", "{\"a\":1}", "{\"a\":1,\"b\":2}", 0},
-    {"MemberName", "{\"a\":1}", "{\"b\":1}", 0},
-    {"MemberValue", "{\"a\":{\"b\":1}}", "{\"a\":{\"b\":2}}", 0},
-    {"DuplicateMembers", "{\"a\":1,\"a\":1}", "{\"a\":1}", 0},
-    {"DuplicateElements", "[1,1,2]", "[1,2,2]", 0},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Pairs, Equality, rows_of("tree_ops/equality.tsv"), data_row_namer());
 
 // Number texts the reader would refuse (beyond the double range) are built
 // directly; the predicates must treat the failure as "not equal".
@@ -177,7 +113,7 @@ TEST_P(DecimalToXdec, Converts) {
 
 INSTANTIATE_TEST_SUITE_P(Texts, DecimalToXdec, rows<XdecRow>({
     {"Exact", "12.50", 0, "12.50"},
-    {"Long38Exact", k38 + ".5", 0, "12345678901234567890123456789012345678.5"},
+    {"Long38Exact", "12345678901234567890123456789012345678.5", 0, "12345678901234567890123456789012345678.5"},
     {"Empty", "", 0, nullptr},
     {"Overflow", "1e400", kOverflow, nullptr},
     // Refused by the exact reader, read by strtod instead.
@@ -217,93 +153,21 @@ TEST(ScalarEquality, PredicatesReadTheElementList) {
     EXPECT_EQ(json_contains_pg(a, env.integer(2)), 0);
 }
 
-// Containment in both dialects and MySQL overlap, over one table of
-// document pairs: each row states what @>, JSON_CONTAINS and JSON_OVERLAPS
-// answer for it.
-struct ContainRow {
-    const char *id;
-    const char *a, *b;
-    int32_t pg;       // json_contains_pg(a, b)
-    int32_t mysql;    // json_contains_mysql(a, b)
-    int32_t overlap;  // json_overlaps_mysql(a, b)
-};
-
-class Containment : public ::testing::TestWithParam<ContainRow> {};
+// Containment in both dialects and MySQL overlap: rows of
+// tests/data/tree_ops/containment.tsv state what @>, JSON_CONTAINS and
+// JSON_OVERLAPS answer for a pair of documents.
+class Containment : public ::testing::TestWithParam<DataRow> {};
 TEST_P(Containment, EachDialect) {
-    const ContainRow &r = GetParam();
+    const DataRow &r = GetParam();
     VxEnv env(dialect(JLPCA_COMPAT_PG));
-    json_node *a = env.tree(r.a), *b = env.tree(r.b);
-    EXPECT_EQ(json_contains_pg(a, b), r.pg) << r.a << " @> " << r.b;
-    EXPECT_EQ(json_contains_mysql(a, b), r.mysql) << "JSON_CONTAINS(" << r.a << ", " << r.b << ")";
-    EXPECT_EQ(json_overlaps_mysql(a, b), r.overlap) << "JSON_OVERLAPS(" << r.a << ", " << r.b << ")";
-    // Overlap is symmetric whatever the shapes.
-    EXPECT_EQ(json_overlaps_mysql(b, a), r.overlap) << "JSON_OVERLAPS(" << r.b << ", " << r.a << ")";
+    json_node *a = env.tree(r.f[1]), *b = env.tree(r.f[2]);
+    EXPECT_EQ(json_contains_pg(a, b), r.num(3)) << r.f[1] << " @> " << r.f[2];
+    EXPECT_EQ(json_contains_mysql(a, b), r.num(4)) << "JSON_CONTAINS(" << r.f[1] << ", " << r.f[2] << ")";
+    EXPECT_EQ(json_overlaps_mysql(a, b), r.num(5)) << "JSON_OVERLAPS(" << r.f[1] << ", " << r.f[2] << ")";
+    EXPECT_EQ(json_overlaps_mysql(b, a), r.num(5)) << "overlap is symmetric whatever the shapes";
 }
 
-INSTANTIATE_TEST_SUITE_P(Scalars, Containment, rows<ContainRow>({
-    {"SameInt", "1", "1", 1, 1, 1},
-    {"IntAndDecimal", "1", "1.0", 1, 1, 1},
-    {"IntNotString", "1", "\"1\"", 0, 0, 0},
-    {"Booleans", "true", "false", 0, 0, 0},
-}), by_id);
-
-INSTANTIATE_TEST_SUITE_P(Arrays, Containment, rows<ContainRow>({
-    {"ScalarElement", "[1,2]", "2", 1, 1, 1},
-    // @> and JSON_CONTAINS find a scalar at any depth; overlap looks one
-    // level down only.
-    {"ScalarInNestedArray", "[1,[2]]", "2", 1, 1, 0},
-    {"ScalarTwoLevelsDown", "[[1]]", "1", 1, 1, 0},
-    {"NestedArrayNotInFlat", "[1,2]", "[[1]]", 0, 0, 0},
-    // @> matches array elements one level at a time (a scalar element of
-    // b needs a scalar element of a); JSON_CONTAINS searches in depth.
-    {"PgMatchesArrayElementsOneLevelAtATime", "[[1,2]]", "[1]", 0, 1, 0},
-    {"NestedArrayInNestedArray", "[[1,2],3]", "[[1],3]", 1, 1, 1},
-    {"DuplicatesInCandidate", "[1,2]", "[2,2,1]", 1, 1, 1},
-    {"DuplicatesInTarget", "[1,1]", "[1]", 1, 1, 1},
-    {"NumbersWrittenDifferently", "[1.0,2e0]", "[2,1]", 1, 1, 1},
-    {"MissingElement", "[1,2]", "[1,3]", 0, 0, 1},
-    {"BothEmpty", "[]", "[]", 1, 1, 0},
-    {"EmptyCandidate", "[1]", "[]", 1, 1, 0},
-    {"EmptyTarget", "[]", "[1]", 0, 0, 0},
-    {"EmptyTargetScalar", "[]", "1", 0, 0, 0},
-    {"ScalarTargetArrayCandidate", "1", "[1]", 0, 0, 1},
-    {"StringInArray", "\"x\"", "[\"x\"]", 0, 0, 1},
-    {"MixedTypes", "[1,\"1\"]", "\"1\"", 1, 1, 1},
-    {"NullElement", "[null]", "null", 1, 1, 1},
-}), by_id);
-
-INSTANTIATE_TEST_SUITE_P(Objects, Containment, rows<ContainRow>({
-    {"EmptyCandidateObject", "{\"a\":1}", "{}", 1, 1, 0},
-    {"EmptyTargetObject", "{}", "{\"a\":1}", 0, 0, 0},
-    {"BothEmptyObjects", "{}", "{}", 1, 1, 0},
-    {"SubsetOfMembers", "{\"a\":1,\"b\":2}", "{\"a\":1}", 1, 1, 1},
-    {"SupersetOfMembers", "{\"a\":1}", "{\"a\":1,\"b\":2}", 0, 0, 1},
-    {"MemberOrderIgnored", "{\"a\":1,\"b\":2}", "{\"b\":2,\"a\":1}", 1, 1, 1},
-    {"SameNameOtherValue", "{\"a\":1}", "{\"a\":2}", 0, 0, 0},
-    {"ArrayValueContained", "{\"a\":[1,2,3]}", "{\"a\":[3]}", 1, 1, 0},
-    // A scalar member value needs a scalar in @>; JSON_CONTAINS looks
-    // inside the array.
-    {"ScalarAgainstArrayValue", "{\"a\":[1,2,3]}", "{\"a\":3}", 0, 1, 0},
-    {"DeepObject", "{\"a\":{\"b\":[1,{\"c\":2,\"d\":3}],\"e\":4}}", "{\"a\":{\"b\":[{\"c\":2}]}}", 1, 1, 0},
-    {"DeepObjectMissing", "{\"a\":{\"b\":[1,{\"c\":2}]}}", "{\"a\":{\"b\":[{\"c\":3}]}}", 0, 0, 0},
-    {"NestedObjectEqualForOverlap", "{\"a\":{\"b\":1},\"c\":2}", "{\"a\":{\"b\":1}}", 1, 1, 1},
-    {"NestedObjectPartForOverlap", "{\"a\":{\"b\":1,\"c\":2}}", "{\"a\":{\"c\":2}}", 1, 1, 0},
-    // Without a key policy the reader keeps both members; any of them
-    // may match.
-    {"DuplicateMembers", "{\"a\":1,\"a\":2}", "{\"a\":2}", 1, 1, 1},
-    {"NullMember", "{\"a\":null}", "{\"a\":null}", 1, 1, 1},
-}), by_id);
-
-INSTANTIATE_TEST_SUITE_P(Mixed, Containment, rows<ContainRow>({
-    {"ObjectInArrayPartly", "[{\"a\":1,\"b\":2}]", "{\"a\":1}", 0, 1, 0},
-    {"ObjectInArrayWhole", "[{\"a\":1}]", "{\"a\":1}", 0, 1, 1},
-    {"ArrayOfObjects", "[{\"a\":1},{\"b\":2}]", "[{\"b\":2}]", 1, 1, 1},
-    {"ObjectTargetArrayCandidate", "{\"a\":1}", "[{\"a\":1}]", 0, 0, 1},
-    {"ObjectAndScalar", "{\"a\":1}", "1", 0, 0, 0},
-    {"ScalarAndObject", "1", "{\"a\":1}", 0, 0, 0},
-    {"ArrayAndEmptyObject", "[{}]", "{}", 0, 1, 1},
-    {"EmptyObjectAndEmptyArray", "{}", "[]", 0, 0, 0},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Pairs, Containment, rows_of("tree_ops/containment.tsv"), data_row_namer());
 
 TEST(Containment, ModesOfTheDispatcher) {
     VxEnv env(dialect(JLPCA_COMPAT_PG));

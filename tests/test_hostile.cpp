@@ -60,8 +60,9 @@ TEST(Hostile, HundredThousandDigitNumbers) {
     std::string digits(100000, '7');
     struct Row { int32_t compat; std::string doc; int32_t rc; };
     const int32_t TOO_BIG = VXJSON_ERR_DOUBLE_OVERFLOW;
-    for (const Row &r : {Row{0, "[" + digits + "]", 0}, Row{2, "[" + digits + "]", TOO_BIG}, Row{0, "[0." + digits + "]", 0},
-                         Row{2, "[0." + digits + "]", 0}, Row{0, "[1e" + digits + "]", 0}, Row{2, "[1e" + digits + "]", TOO_BIG}}) {
+    for (const Row &r : {Row{0, "[" + digits + "]", 0}, Row{2, "[" + digits + "]", TOO_BIG},
+                         Row{0, "[0." + digits + "]", 0}, Row{2, "[0." + digits + "]", 0},
+                         Row{0, "[1e" + digits + "]", 0}, Row{2, "[1e" + digits + "]", TOO_BIG}}) {
         VxEnv env({.compat = r.compat, .strict = 1});
         json_node *root = nullptr;
         ASSERT_EQ(env.read(r.doc, &root), r.rc) << r.compat << " " << r.doc.substr(0, 4);

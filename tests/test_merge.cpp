@@ -5,23 +5,18 @@
 
 #include <set>
 
+#include "data_rows.h"
 #include "vx_env.h"
 
 namespace {
 using ::operator<<;
 
-// Merge.
-struct MergeRow {
-    const char *id;
-    const char *a, *b;
-    const char *expect;  // compact text of the result
-};
-
-class MergeCase : public ::testing::TestWithParam<MergeRow> {
+// Rows of tests/data/tree_ops/merge_*.tsv: id, a, b, the result text.
+class MergeCase : public ::testing::TestWithParam<DataRow> {
 protected:
     std::string merge(int32_t patch) {
-        const MergeRow &r = GetParam();
-        json_node *a = env.tree(r.a, true), *b = env.tree(r.b, true);
+        const DataRow &r = GetParam();
+        json_node *a = env.tree(r.f[1], true), *b = env.tree(r.f[2], true);
         char *text = nullptr;
         uint32_t len = 0;
         EXPECT_EQ(json_merge_mysql(a, b, patch, env.ctx.get(), &text, &len), 0);
@@ -29,57 +24,18 @@ protected:
     }
     VxEnv env{dialect(JLPCA_COMPAT_MYSQL)};
 };
-
 class Preserve : public MergeCase {};
 class Patch : public MergeCase {};
+TEST_P(Preserve, Text) { EXPECT_EQ(merge(0), GetParam().f[3]); }
+TEST_P(Patch, Text) { EXPECT_EQ(merge(1), GetParam().f[3]); }
+INSTANTIATE_TEST_SUITE_P(Shapes, Preserve, rows_of("tree_ops/merge_preserve.tsv"), data_row_namer());
+INSTANTIATE_TEST_SUITE_P(Shapes, Patch, rows_of("tree_ops/merge_patch.tsv"), data_row_namer());
 
-TEST_P(Preserve, Text) { EXPECT_EQ(merge(0), GetParam().expect); }
-TEST_P(Patch, Text) { EXPECT_EQ(merge(1), GetParam().expect); }
-
-INSTANTIATE_TEST_SUITE_P(Shapes, Preserve, rows<MergeRow>({
-    {"SameMember", "{\"a\":1}", "{\"a\":2}", "{\"a\":[1,2]}"},
-    {"ArrayMemberWithScalar", "{\"a\":[1]}", "{\"a\":2}", "{\"a\":[1,2]}"},
-    {"ScalarMemberWithArray", "{\"a\":1}", "{\"a\":[2,3]}", "{\"a\":[1,2,3]}"},
-    {"ArrayWithScalar", "[1,2]", "3", "[1,2,3]"},
-    {"ScalarWithArray", "1", "[2,3]", "[1,2,3]"},
-    {"ObjectWithArray", "{\"a\":1}", "[2]", "[{\"a\":1},2]"},
-    {"ArrayWithObject", "[1]", "{\"a\":2}", "[1,{\"a\":2}]"},
-    {"ScalarWithObject", "1", "{\"a\":2}", "[1,{\"a\":2}]"},
-    {"EqualScalars", "1", "1", "[1,1]"},
-    {"EqualArrays", "[1]", "[1]", "[1,1]"},
-    {"EmptyArrays", "[]", "[]", "[]"},
-    {"EmptyArrayAndScalar", "[]", "null", "[null]"},
-    {"EmptyObjects", "{}", "{}", "{}"},
-    {"NestedArraysStayNested", "{\"a\":[1,[2]]}", "{\"a\":[[3]]}", "{\"a\":[1,[2],[3]]}"},
-    {"NestedObjects", "{\"a\":{\"b\":1}}", "{\"a\":{\"b\":2,\"c\":3}}", "{\"a\":{\"b\":[1,2],\"c\":3}}"},
-    {"NullsAreKept", "{\"a\":{\"x\":1,\"y\":null}}", "{\"a\":{\"x\":2,\"z\":null},\"b\":null}", "{\"a\":{\"x\":[1,2],\"y\":null,\"z\":null},\"b\":null}"},
-    // Sorted order: shorter names first, then bytewise.
-    {"InterleavedNames", "{\"b\":1,\"aa\":2}", "{\"a\":3,\"ccc\":4,\"bb\":5}", "{\"a\":3,\"b\":1,\"aa\":2,\"bb\":5,\"ccc\":4}"},
-    // Containers write their strings with the standard escapes whatever
-    // the caller asked for, so the backslash before n is doubled here.
-    {"NestedStringsUseStandardEscapes", "{\"a\":\"x\\\"y\\\\n\"}", "{\"a\":1}", "{\"a\":[\"x\\\"y\\\\n\",1]}"},
-}), by_id);
-
-INSTANTIATE_TEST_SUITE_P(Shapes, Patch, rows<MergeRow>({
-    {"NullRemovesAndNewAdds", "{\"a\":1,\"b\":2}", "{\"b\":null,\"c\":3}", "{\"a\":1,\"c\":3}"},
-    {"ObjectReplacesScalar", "{\"a\":1,\"b\":2}", "{\"a\":{\"x\":1}}", "{\"a\":{\"x\":1},\"b\":2}"},
-    {"PatchOntoScalarKeepsItsNulls", "1", "{\"a\":null}", "{\"a\":null}"},
-    {"ScalarPatchReplaces", "{\"a\":1}", "2", "2"},
-    // A string result is written with MySQL escapes: a backslash before
-    // n stands as the escape \n instead of being doubled.
-    {"StringResultUsesMySqlEscapes", "{\"a\":1}", "\"x\\\"y\\\\n\"", "\"x\\\"y\\n\""},
-    {"ArrayPatchReplaces", "{\"a\":1}", "[1,null]", "[1,null]"},
-    {"ObjectPatchOntoArray", "[1,2]", "{\"a\":1}", "{\"a\":1}"},
-    {"ArraysAreNotMerged", "{\"a\":[1,2]}", "{\"a\":[3]}", "{\"a\":[3]}"},
-    {"NullForMissingMember", "{\"a\":1}", "{\"b\":null}", "{\"a\":1}"},
-    {"NullSortingFirst", "{\"b\":1}", "{\"a\":null}", "{\"b\":1}"},
-    {"NullPastTheEnd", "{\"a\":1}", "{\"zz\":null,\"b\":2}", "{\"a\":1,\"b\":2}"},
-    {"RemoveEveryMember", "{\"a\":1,\"b\":2}", "{\"b\":null,\"a\":null}", "{}"},
-    {"EmptyObjects", "{}", "{}", "{}"},
-    {"PatchKeepsTargetNulls", "{\"a\":null,\"b\":1}", "{\"b\":2}", "{\"a\":null,\"b\":2}"},
-    {"PatchKeepsNullsInsideMovedObjects", "{\"a\":{\"x\":1,\"y\":2}}", "{\"a\":{\"x\":null,\"z\":{\"q\":null}},\"c\":{\"d\":null}}", "{\"a\":{\"y\":2,\"z\":{\"q\":null}},\"c\":{\"d\":null}}"},
-    {"DeepNullRemoves", "{\"a\":{\"b\":{\"c\":1,\"d\":2}}}", "{\"a\":{\"b\":{\"c\":null}}}", "{\"a\":{\"b\":{\"d\":2}}}"},
-}), by_id);
+TEST(TreeOpsFiles, EveryFileHasItsRows) {
+    expect_row_counts({{"tree_ops/merge_preserve.tsv", 18}, {"tree_ops/merge_patch.tsv", 16},
+                       {"tree_ops/concat.tsv", 23}, {"tree_ops/strip_nulls.tsv", 10},
+                       {"tree_ops/equality.tsv", 45}, {"tree_ops/containment.tsv", 45}});
+}
 
 // The merge walks both member lists in sorted order; read without sorted
 // keys, same-named members are not paired.
@@ -122,54 +78,24 @@ TEST(MergeOrder, PreserveArrayIsPointerArrayOfSharedElements) {
 }
 
 // Concatenation.
-struct ConcatRow {
-    const char *id;
-    const char *a, *b;
-    int32_t policy;  // 0 none, 1 dup_key_replace, 2 unique_keys, 3 sorted_keys
-    int32_t rc;
-    const char *expect;
-};
-
-class Concat : public ::testing::TestWithParam<ConcatRow> {};
+// Rows of tests/data/tree_ops/concat.tsv: id, a, b, key policy, code, text.
+class Concat : public ::testing::TestWithParam<DataRow> {};
 TEST_P(Concat, Text) {
-    const ConcatRow &r = GetParam();
+    const DataRow &r = GetParam();
+    const int64_t policy = r.num(3); // 0 none, 1 dup_key_replace, 2 unique_keys, 3 sorted_keys
     VxEnv env(dialect(JLPCA_COMPAT_PG));
-    json_node *a = env.tree(r.a, r.policy == 3), *b = env.tree(r.b, r.policy == 3);
-    env.ctx->dup_key_replace = r.policy == 1;
-    env.ctx->unique_keys = r.policy == 2;
+    json_node *a = env.tree(r.f[1], policy == 3), *b = env.tree(r.f[2], policy == 3);
+    env.ctx->dup_key_replace = policy == 1;
+    env.ctx->unique_keys = policy == 2;
     char *text = nullptr;
     uint32_t len = 0;
-    ASSERT_EQ(jsonb_concat(a, b, env.ctx.get(), &text, &len), r.rc);
-    if (r.rc == 0) {
-        EXPECT_EQ(env.take(text, len), r.expect);
+    ASSERT_EQ(jsonb_concat(a, b, env.ctx.get(), &text, &len), r.num(4));
+    if (r.num(4) == 0) {
+        EXPECT_EQ(env.take(text, len), r.f[5]);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Shapes, Concat, rows<ConcatRow>({
-    {"ObjectObject", "{\"a\":1}", "{\"b\":[2]}", 0, 0, "{\"a\":1,\"b\":[2]}"},
-    {"ObjectObjectReplace", "{\"a\":1,\"b\":2}", "{\"a\":3}", 1, 0, "{\"a\":3,\"b\":2}"},
-    {"ConcatKeepsDuplicateMembersWithoutPolicy", "{\"a\":1}", "{\"a\":2}", 0, 0, "{\"a\":1,\"a\":2}"},
-    {"ObjectObjectUniqueKeys", "{\"a\":1}", "{\"a\":2}", 2, VXJSON_ERR_INVALID_JSON, ""},
-    {"ObjectObjectSorted", "{\"bb\":1}", "{\"c\":2,\"a\":3}", 3, 0, "{\"a\":3,\"c\":2,\"bb\":1}"},
-    {"EmptyObjects", "{}", "{}", 0, 0, "{}"},
-    {"ObjectArray", "{\"a\":1}", "[2]", 0, 0, "[{\"a\":1},2]"},
-    {"ObjectScalar", "{\"a\":1}", "1", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
-    {"ObjectNull", "{}", "null", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
-    {"ScalarObject", "1", "{\"a\":1}", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
-    {"StringObject", "\"x\"", "{}", 0, VXJSON_ERR_CONCAT_SCALAR, ""},
-    {"ArrayArray", "[1]", "[2,3]", 0, 0, "[1,2,3]"},
-    {"ArrayObject", "[1]", "{\"a\":1}", 0, 0, "[1,{\"a\":1}]"},
-    {"ArrayScalar", "[1]", "2", 0, 0, "[1,2]"},
-    {"ConcatOfEmptyArrayKeepsLeadingComma", "[]", "[1]", 0, 0, "[,1]"},
-    {"ConcatWithEmptyArrayKeepsTrailingComma", "[1]", "[]", 0, 0, "[1,]"},
-    {"EmptyArraysGiveLoneComma", "[]", "[]", 0, 0, "[,]"},
-    {"NestedArrays", "[[1]]", "[[2]]", 0, 0, "[[1],[2]]"},
-    {"ScalarScalar", "1", "2", 0, 0, "[1,2]"},
-    {"ScalarArray", "1", "[2,3]", 0, 0, "[1,2,3]"},
-    {"StringNull", "\"a\"", "null", 0, 0, "[\"a\",null]"},
-    {"StringsEscapedAsJson", "[\"a\\\"b\"]", "\"c\\nd\\\\n\"", 0, 0, "[\"a\\\"b\",\"c\\nd\\\\n\"]"},
-    {"DecimalsAsWritten", "1.50E+3", "[2.0]", 0, 0, "[1.50E+3,2.0]"},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Shapes, Concat, rows_of("tree_ops/concat.tsv"), data_row_namer());
 
 TEST(ConcatReports, RefusedMemberNamesTheAddSite) {
     VxEnv env(dialect(JLPCA_COMPAT_PG));
@@ -183,34 +109,22 @@ TEST(ConcatReports, RefusedMemberNamesTheAddSite) {
 }
 
 // Null stripping.
-struct StripRow { const char *id; const char *doc; const char *expect; };
-
-class StripNulls : public ::testing::TestWithParam<StripRow> {};
+// Rows of tests/data/tree_ops/strip_nulls.tsv: id, document, its text after.
+class StripNulls : public ::testing::TestWithParam<DataRow> {};
 TEST_P(StripNulls, Text) {
-    const StripRow &r = GetParam();
+    const DataRow &r = GetParam();
     VxEnv env(dialect(JLPCA_COMPAT_PG));
-    json_node *doc = env.tree(r.doc);
+    json_node *doc = env.tree(r.f[1]);
     if (doc->type == JSON_OBJECT) {
         ASSERT_EQ(jsonb_strip_nulls_object(doc), 0);
-        member_names(doc);  // checks count and both ends of the list
+        member_names(doc); // checks count and both ends of the list
     } else {
         ASSERT_EQ(jsonb_strip_nulls_array(doc), 0);
     }
-    EXPECT_EQ(env.text_of(doc), r.expect);
+    EXPECT_EQ(env.text_of(doc), r.f[2]);
 }
 
-INSTANTIATE_TEST_SUITE_P(Docs, StripNulls, rows<StripRow>({
-    {"MembersAndNested", "{\"a\":null,\"b\":[null,{\"c\":null}]}", "{\"b\":[null,{}]}"},
-    {"Deep", "{\"a\":{\"b\":{\"c\":{\"d\":null,\"e\":1}}}}", "{\"a\":{\"b\":{\"c\":{\"e\":1}}}}"},
-    {"ArrayNullsStay", "[null,{\"a\":null},[{\"b\":null,\"c\":[null]}]]", "[null,{},[{\"c\":[null]}]]"},
-    {"EmptyObject", "{}", "{}"},
-    {"OnlyNull", "{\"a\":null}", "{}"},
-    {"AllNull", "{\"a\":null,\"b\":null,\"c\":null}", "{}"},
-    {"LastNull", "{\"a\":1,\"b\":null}", "{\"a\":1}"},
-    {"FirstNull", "{\"a\":null,\"b\":1}", "{\"b\":1}"},
-    {"MiddleNull", "{\"a\":1,\"b\":null,\"c\":2}", "{\"a\":1,\"c\":2}"},
-    {"NullStringKept", "{\"a\":\"null\",\"b\":false}", "{\"a\":\"null\",\"b\":false}"},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Docs, StripNulls, rows_of("tree_ops/strip_nulls.tsv"), data_row_namer());
 
 // Inputs long enough that the result text must grow, with nested merges
 // that each need a new array.

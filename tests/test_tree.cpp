@@ -11,8 +11,9 @@ using Names = std::vector<std::string>;
 
 TEST(Create, TopLevelScalarNeedsADialectOrScalarTop) {
     struct Row { int32_t compat, scalar_top; uint32_t type; int32_t rc; };
-    for (Row r : {Row{0, 0, JSON_STRING, VXJSON_ERR_INVALID_JSON}, Row{0, 0, JSON_INTEGER, -3105}, Row{0, 0, JSON_OBJECT, 0},
-                  Row{0, 0, JSON_ARRAY, 0}, Row{0, 1, JSON_NULL, 0}, Row{1, 0, JSON_BOOLEAN, 0}, Row{2, 0, JSON_DECIMAL, 0}}) {
+    for (Row r : {Row{0, 0, JSON_STRING, VXJSON_ERR_INVALID_JSON}, Row{0, 0, JSON_INTEGER, -3105},
+                  Row{0, 0, JSON_OBJECT, 0}, Row{0, 0, JSON_ARRAY, 0}, Row{0, 1, JSON_NULL, 0},
+                  Row{1, 0, JSON_BOOLEAN, 0}, Row{2, 0, JSON_DECIMAL, 0}}) {
         VxEnv env;
         env.ctx->compat = r.compat;
         env.ctx->scalar_top = r.scalar_top;
@@ -268,7 +269,8 @@ TEST(Copy, EveryAllocationFailureGivesNull) {
     json_node *src = sample(probe);
     const uint64_t heap0 = mem_heap_alloc_count(probe.heap), alloc0 = probe.alloc_state.calls;
     ASSERT_NE(json_mem_copy(probe.ctx.get(), src), nullptr);
-    const uint64_t heap_calls = mem_heap_alloc_count(probe.heap) - heap0, alloc_calls = probe.alloc_state.calls - alloc0;
+    const uint64_t heap_calls = mem_heap_alloc_count(probe.heap) - heap0;
+    const uint64_t alloc_calls = probe.alloc_state.calls - alloc0;
     for (uint64_t n = 0; n < heap_calls; n++) {
         mem_heap_set_call_limit(probe.heap, n);
         EXPECT_EQ(json_mem_copy(probe.ctx.get(), src), nullptr) << "heap call " << n;

@@ -50,7 +50,7 @@ TEST_P(VxtimeParse, RecordAndRoundTrip) {
     EXPECT_TRUE(same_record(again, t)) << text;
 }
 
-INSTANTIATE_TEST_SUITE_P(vxtime, VxtimeParse, testing::ValuesIn(read_data_rows("vxtime/parse.tsv")), data_row_namer());
+INSTANTIATE_TEST_SUITE_P(vxtime, VxtimeParse, rows_of("vxtime/parse.tsv"), data_row_namer());
 
 class VxtimePrint : public testing::TestWithParam<DataRow> {};
 TEST_P(VxtimePrint, Text) {
@@ -67,7 +67,7 @@ TEST_P(VxtimePrint, Text) {
     EXPECT_EQ(buf[n], '\0');
 }
 
-INSTANTIATE_TEST_SUITE_P(vxtime, VxtimePrint, testing::ValuesIn(read_data_rows("vxtime/print.tsv")), data_row_namer());
+INSTANTIATE_TEST_SUITE_P(vxtime, VxtimePrint, rows_of("vxtime/print.tsv"), data_row_namer());
 
 class VxtimeUnix : public testing::TestWithParam<DataRow> {};
 TEST_P(VxtimeUnix, Operation) {
@@ -100,7 +100,7 @@ TEST_P(VxtimeUnix, Operation) {
     EXPECT_EQ(vxtime_get_msec(&t), r.num(8));
 }
 
-INSTANTIATE_TEST_SUITE_P(vxtime, VxtimeUnix, testing::ValuesIn(read_data_rows("vxtime/unix.tsv")), data_row_namer(1));
+INSTANTIATE_TEST_SUITE_P(vxtime, VxtimeUnix, rows_of("vxtime/unix.tsv"), data_row_namer(1));
 
 TEST(vxtime, EveryFileHasItsRows) {
     expect_row_counts({{"vxtime/parse.tsv", 250}, {"vxtime/print.tsv", 150}, {"vxtime/unix.tsv", 140}});

@@ -46,7 +46,7 @@ TEST_P(XdecParse, StatusTextAndRoundTrip) {
     EXPECT_TRUE(same_record(parsed(text), d)) << text;
 }
 
-INSTANTIATE_TEST_SUITE_P(xdec, XdecParse, testing::ValuesIn(read_data_rows("xdec/parse.tsv")), data_row_namer());
+INSTANTIATE_TEST_SUITE_P(xdec, XdecParse, rows_of("xdec/parse.tsv"), data_row_namer());
 
 using binary_op = int32_t (*)(xdec *, const xdec *, const xdec *);
 
@@ -78,7 +78,7 @@ TEST_P(XdecArith, MatchesDecimalModule) {
     EXPECT_TRUE(same_record(in_b, out));
 }
 
-INSTANTIATE_TEST_SUITE_P(xdec, XdecArith, testing::ValuesIn(read_data_rows("xdec/arith.tsv")), data_row_namer(1));
+INSTANTIATE_TEST_SUITE_P(xdec, XdecArith, rows_of("xdec/arith.tsv"), data_row_namer(1));
 
 class XdecScale : public testing::TestWithParam<DataRow> {};
 TEST_P(XdecScale, FormatAndTruncate) {
@@ -95,7 +95,7 @@ TEST_P(XdecScale, FormatAndTruncate) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(xdec, XdecScale, testing::ValuesIn(read_data_rows("xdec/scale.tsv")), data_row_namer(1));
+INSTANTIATE_TEST_SUITE_P(xdec, XdecScale, rows_of("xdec/scale.tsv"), data_row_namer(1));
 
 class XdecConvert : public testing::TestWithParam<DataRow> {};
 TEST_P(XdecConvert, IntegersAndDoubles) {
@@ -117,10 +117,11 @@ TEST_P(XdecConvert, IntegersAndDoubles) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(xdec, XdecConvert, testing::ValuesIn(read_data_rows("xdec/convert.tsv")), data_row_namer(1));
+INSTANTIATE_TEST_SUITE_P(xdec, XdecConvert, rows_of("xdec/convert.tsv"), data_row_namer(1));
 
 TEST(xdec, EveryFileHasItsRows) {
-    expect_row_counts({{"xdec/parse.tsv", 250}, {"xdec/arith.tsv", 400}, {"xdec/scale.tsv", 150}, {"xdec/convert.tsv", 100}});
+    expect_row_counts(
+        {{"xdec/parse.tsv", 250}, {"xdec/arith.tsv", 400}, {"xdec/scale.tsv", 150}, {"xdec/convert.tsv", 100}});
 }
 
 TEST(xdec, BufferMustHoldTextAndTerminator) {
@@ -154,7 +155,8 @@ TEST(xdec, ZeroCopyAndNullText) {
 // Seconds and a fraction: the steps that turn a number into Unix time.
 TEST(xdec, SplitsSecondsAndNanoseconds) {
     struct { const char *value; int64_t secs, nanos; } rows[] = {
-        {"12.5", 12, 500000000}, {"-1.5", -1, -500000000}, {"1.25", 1, 250000000}, {"0.0000004", 0, 0}, {"-0.0000005", 0, -1000}};
+        {"12.5", 12, 500000000}, {"-1.5", -1, -500000000}, {"1.25", 1, 250000000},
+        {"0.0000004", 0, 0},     {"-0.0000005", 0, -1000}};
     for (const auto &row : rows) {
         xdec d = parsed(row.value), t, f, billion, n;
         ASSERT_EQ(xdec_copy(&t, &d), 0);

@@ -1,6 +1,7 @@
-// Rows of the tab-separated expectation files under tests/data, written by
-// tests/data/gen_platform_data.py: one row a line, the first field a stable
-// id, '#' lines are comments, and \t \n \\ \xHH stand for their bytes.
+// Rows of the tab-separated expectation files under tests/data (the
+// platform's written by tests/data/gen_platform_data.py, the others by
+// hand): one row a line, the first field a stable id, '#' lines are
+// comments, and \t \n \\ \xHH stand for their bytes.
 #ifndef VXJSON_TEST_DATA_ROWS_H
 #define VXJSON_TEST_DATA_ROWS_H
 
@@ -59,6 +60,9 @@ inline std::vector<DataRow> read_data_rows(const std::string &name) {
     return rows;
 }
 
+
+// The rows of tests/data/<name> for INSTANTIATE_TEST_SUITE_P.
+inline auto rows_of(const std::string &name) { return ::testing::ValuesIn(read_data_rows(name)); }
 
 // Each file holds at least its expected number of rows: a missing or cut
 // file must fail rather than run fewer cases.

@@ -27,7 +27,9 @@ inline int32_t expected_check(const ReadCase &c) {
 
 inline constexpr int32_t BAD = VXJSON_ERR_INVALID_JSON;
 
-inline std::string nested_arrays(int depth) { return std::string(size_t(depth), '[') + "1" + std::string(size_t(depth), ']'); }
+inline std::string nested_arrays(int depth) {
+    return std::string(size_t(depth), '[') + "1" + std::string(size_t(depth), ']');
+}
 inline std::string nested_objects(int depth) {
     std::string s;
     for (int i = 0; i < depth; i++) s += R"({"a":)";

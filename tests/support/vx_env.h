@@ -86,7 +86,8 @@ struct VxEnv {
 
     explicit VxEnv(const ReadSwitches &sw = lax()) {
         vx_allocator_init(&alloc, &alloc_state);
-        EXPECT_EQ(jlpca_init(nullptr, ctx.get(), heap, &alloc, sw.escape_mode, sw.strict, sw.unique_keys, sw.compat), 0);
+        EXPECT_EQ(jlpca_init(nullptr, ctx.get(), heap, &alloc, sw.escape_mode, sw.strict, sw.unique_keys, sw.compat),
+                  0);
         ctx->scalar_top = sw.scalar_top;
         ctx->number_mode = sw.number_mode;
     }
