@@ -1,7 +1,7 @@
 // Out-of-memory at every allocation: fail the Nth heap call and, apart,
 // the Nth allocator call, over small documents (every N) and the bench-data
 // documents (a few hundred N across the range).  Each run must end with the
-// specified code, never crash, and give back every temporary block.
+// expected code, never crash, and give back every temporary block.
 #include <gtest/gtest.h>
 
 #include "vx_env.h"

@@ -1,8 +1,8 @@
 // The tree grammar (json_flex) and the check grammar (jcheck_flex): both
-// over the shared case table (nesting limits included), empty text and the
-// parsers' own result codes; then what only the tree reader
-// does: the order in which nodes are created and linked, escape flags,
-// spare slots, truncated input and allocator failure during conversion.
+// over the shared case table (nesting limits included), empty text,
+// truncated input and the parsers' own result codes; then what only the
+// tree reader does: the order in which nodes are created and linked,
+// escape flags, spare slots and allocator failure during conversion.
 #include <gtest/gtest.h>
 
 #include "read_cases.h"

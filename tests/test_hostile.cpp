@@ -1,6 +1,6 @@
 // Hostile input: huge strings, absurd nesting, huge objects and numbers,
 // every byte value in and out of strings, and text that stops inside a
-// multibyte character.  Each gets its specified code, quickly, within
+// multibyte character.  Each gets its expected code, quickly, within
 // bounded memory (ASan builds would catch any overread).
 #include <gtest/gtest.h>
 

@@ -243,4 +243,17 @@ TEST(Numbers, PrefixCopies) {
     EXPECT_EQ(c->err_code, 0) << "tolerated in the standard dialect";
 }
 
+// The exported lookup: a keyword's token, or -1 for another word (a name
+// when lax), -2 for any word a strict reader refuses.
+TEST(Keywords, Lookup) {
+    struct Row { const char *word; int32_t lax, strict; };
+    for (const Row &r : {Row{"true", JT_TRUE, JT_TRUE}, Row{"false", JT_FALSE, JT_FALSE}, Row{"null", JT_NULL, JT_NULL},
+                         Row{"TRUE", JT_TRUE, -2}, Row{"FaLsE", JT_FALSE, -2}, Row{"Null", JT_NULL, -2},
+                         Row{"nul", -1, -2}, Row{"nulls", -1, -2}, Row{"", -1, -2}, Row{"truefalse", -1, -2}}) {
+        VxEnv l(lax()), s(strict());
+        EXPECT_EQ(jkeyword_lookup(r.word, l.ctx.get()), r.lax) << r.word;
+        EXPECT_EQ(jkeyword_lookup(r.word, s.ctx.get()), r.strict) << r.word;
+    }
+}
+
 } // namespace
