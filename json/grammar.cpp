@@ -22,6 +22,7 @@
 #include <emmintrin.h>
 #endif
 
+#include "links.h"
 #include "member_index.h"
 #include "parse_driver.h"
 #include "report.h"
@@ -87,14 +88,69 @@ inline void copy_words(void *dst, const void *src, size_t n) {
     for (size_t i = 0; i < n; i++) d[i] = s[i];
 }
 
-// json_create with the node's text in the same heap bump: a read tree
-// costs one allocation per value.  The node is linked exactly as
-// json_create links it (parent, creation chain, cur_node, first_node).
-[[gnu::always_inline]] inline json_node *new_node(jlpca_ctx *ctx, uint32_t type,
+// The nodes and members of one read are carved from chunks of the heap
+// instead of taking one heap call each: the tree is the same, and a value
+// costs a pointer bump.  A chunk is sized from the text still to read, so a
+// small document takes little more than it needs and a large one few
+// chunks; a request too large to share a chunk gets a block of its own, and
+// a chunk the heap refuses is asked for again at the exact size, so the
+// read fails with -503 only when the value itself does not fit.
+class Pool {
+public:
+    Pool(jlpca_ctx *ctx, const scan::Scanner &s) : ctx_(ctx), s_(s) {}
+
+    void *take(size_t size) {
+        size = (size + kAlign - 1) & ~(kAlign - 1);
+        if (size <= size_t(end_ - next_)) [[likely]] {
+            char *p = next_;
+            next_ += size;
+            return p;
+        }
+        return refill(size);
+    }
+
+private:
+    static constexpr size_t kAlign = alignof(json_node);
+    static constexpr size_t kMinChunk = 256;
+    static constexpr size_t kMaxChunk = 64 * 1024;
+    // Heap bytes a byte of text usually becomes, at the low end, so that
+    // a chunk seldom outgrows what the rest of the text needs.
+    static constexpr size_t kBytesPerTextByte = 2;
+
+    [[gnu::noinline]] void *refill(size_t size) {
+        if (size > kMaxChunk / 4) return alloc(size);
+        const size_t left = size_t(s_.end - s_.pos);
+        size_t chunk = left < kMaxChunk ? left * kBytesPerTextByte + kMinChunk : kMaxChunk;
+        if (chunk > kMaxChunk) chunk = kMaxChunk;
+        if (chunk < size) chunk = size;
+        auto *p = static_cast<char *>(alloc(chunk));
+        if (!p && chunk > size) {
+            chunk = size;
+            p = static_cast<char *>(alloc(chunk));
+        }
+        if (!p) return nullptr;
+        next_ = p + size;
+        end_ = p + chunk;
+        return p;
+    }
+
+    void *alloc(size_t size) {
+        return mem_heap_alloc_low(ctx_->env, ctx_->heap, size, 0, SRC_JSON, LINE_READ_NODE);
+    }
+
+    jlpca_ctx *ctx_;
+    const scan::Scanner &s_; // how much text is left to read
+    char *next_ = nullptr;
+    char *end_ = nullptr;
+};
+
+// json_create with the node's text in the same allocation.  The node is
+// linked exactly as json_create links it (parent, creation chain,
+// cur_node, first_node).
+[[gnu::always_inline]] inline json_node *new_node(jlpca_ctx *ctx, Pool &pool, uint32_t type,
                                                   size_t text_len) {
     const size_t size = sizeof(json_node) + (text_len ? text_len + 1 : 0);
-    auto *node = static_cast<json_node *>(
-        mem_heap_alloc_low(ctx->env, ctx->heap, size, 0, SRC_JSON, LINE_READ_NODE));
+    auto *node = static_cast<json_node *>(pool.take(size));
     if (!node) [[unlikely]] return nullptr;
     clear_node(node);
     node->type = type;
@@ -108,9 +164,9 @@ inline void copy_words(void *dst, const void *src, size_t n) {
 
 // A string or decimal node holding the current literal, as
 // json_string_set_value stores it (no text at all when it is empty).
-[[gnu::always_inline]] inline int32_t new_text_node(jlpca_ctx *ctx, uint32_t type) {
+[[gnu::always_inline]] inline int32_t new_text_node(jlpca_ctx *ctx, Pool &pool, uint32_t type) {
     const size_t len = size_t(ctx->tok_val);
-    json_node *node = new_node(ctx, type, len);
+    json_node *node = new_node(ctx, pool, type, len);
     if (!node) [[unlikely]] return VXJSON_ERR_NOMEM;
     if (len) {
         node->str = reinterpret_cast<char *>(node + 1);
@@ -247,20 +303,20 @@ private:
 
 class TreeGrammar {
 public:
-    explicit TreeGrammar(jlpca_ctx *ctx) : log_(ctx) {}
+    TreeGrammar(jlpca_ctx *ctx, const scan::Scanner &s) : pool_(ctx, s), log_(ctx) {}
 
     static constexpr scan::Mode kMode = scan::Mode::tree;
     static constexpr uint32_t kOpen = 1;
 
     int32_t open(jlpca_ctx *ctx, uint32_t type, uintptr_t &slot) {
-        json_node *node = new_node(ctx, type, 0);
+        json_node *node = new_node(ctx, pool_, type, 0);
         if (!node) [[unlikely]] return VXJSON_ERR_NOMEM;
         if (type == JSON_ARRAY) slot = log_.open(node);
         return 0;
     }
 
     int32_t open_empty(jlpca_ctx *ctx, uint32_t type) {
-        return new_node(ctx, type, 0) ? 0 : VXJSON_ERR_NOMEM;
+        return new_node(ctx, pool_, type, 0) ? 0 : VXJSON_ERR_NOMEM;
     }
 
     void close(jlpca_ctx *ctx, uint32_t kind, uintptr_t slot) {
@@ -273,14 +329,14 @@ public:
         if (!ctx->cur_node && !ctx->compat && !ctx->scalar_top) [[unlikely]]
             return VXJSON_ERR_INVALID_JSON;
         if (token == JT_DECIMAL || token == JT_DQSTRING || token == JT_SQSTRING)
-            return new_text_node(ctx, token == JT_DECIMAL ? JSON_DECIMAL : JSON_STRING);
+            return new_text_node(ctx, pool_, token == JT_DECIMAL ? JSON_DECIMAL : JSON_STRING);
         json_node *node;
         if (token == JT_INT || token == JT_BIGINT) {
-            if (!(node = new_node(ctx, JSON_INTEGER, 0))) return VXJSON_ERR_NOMEM;
+            if (!(node = new_node(ctx, pool_, JSON_INTEGER, 0))) return VXJSON_ERR_NOMEM;
             node->ival = ctx->tok_val;
             return 0;
         }
-        if (!(node = new_node(ctx, token == JT_NULL ? JSON_NULL : JSON_BOOLEAN, 0)))
+        if (!(node = new_node(ctx, pool_, token == JT_NULL ? JSON_NULL : JSON_BOOLEAN, 0)))
             return VXJSON_ERR_NOMEM;
         node->bval = token == JT_TRUE; // JT_TRUE, JT_FALSE, JT_NULL
         return 0;
@@ -299,11 +355,20 @@ public:
         if (array->lst_last) array->lst_last->next_sibling = node;
         else array->lst_first = node;
         array->lst_last = node;
-        jlpa_set_top_json(ctx, array);
+        ctx->cur_node = array; // jlpa_set_top_json
         log_.push(node);
     }
 
     int32_t key(jlpca_ctx *ctx, const char *name, uint32_t len, uintptr_t &member) {
+        if (!ctx->unique_keys && !ctx->dup_key_replace && !ctx->sorted_keys) {
+            // No policy to apply: the member goes at the end.
+            void *block = pool_.take(sizeof(json_keyval) + len);
+            if (!block) [[unlikely]] return report_json(VXJSON_ERR_NOMEM, LINE_ADD_KEYVAL);
+            json_keyval *kv = init_member(block, name, len, uint32_t(ctx->lit_escaped));
+            member_append(ctx->cur_node, kv);
+            member = reinterpret_cast<uintptr_t>(kv);
+            return 0;
+        }
         json_keyval *kv = nullptr;
         int32_t rc = members_.add(ctx, ctx->cur_node, name, len, &kv);
         member = reinterpret_cast<uintptr_t>(kv);
@@ -312,7 +377,7 @@ public:
 
     void member(jlpca_ctx *ctx, uintptr_t member) {
         reinterpret_cast<json_keyval *>(member)->value = ctx->cur_node;
-        jlpa_set_top_json(ctx, ctx->cur_node->parent);
+        ctx->cur_node = ctx->cur_node->parent; // jlpa_set_top_json
     }
 
     int32_t error(jlpca_ctx *ctx, const char *msg) { return json_error(ctx, msg); }
@@ -336,6 +401,7 @@ public:
     }
 
 private:
+    Pool pool_;
     ElementLog log_;
     MemberIndex members_;
 };
@@ -345,7 +411,7 @@ private:
 namespace vxjson {
 
 int32_t parse_tree(scan::Scanner &s, jlpca_ctx *ctx) {
-    TreeGrammar g(ctx);
+    TreeGrammar g(ctx, s);
     return parse::run(s, ctx, g);
 }
 
@@ -376,7 +442,7 @@ VXJSON_API int32_t json_flex(jlpca_ctx *ctx, json_node **root) {
         return ctx->compat != 0 || ctx->blank ? VXJSON_ERR_INVALID_JSON : VXJSON_OK;
     scan::Scanner s;
     scan::scanner_start(s, ctx);
-    TreeGrammar g(ctx);
+    TreeGrammar g(ctx, s);
     int32_t r = parse::run(s, ctx, g);
     scan::json_lex_destroy(&s);
     ctx->scan_handle = nullptr;

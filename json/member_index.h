@@ -24,6 +24,14 @@
 
 namespace vxjson {
 
+// Report site in "json/json" of a member that could not be added.
+inline constexpr int32_t LINE_ADD_KEYVAL = 283;
+
+// The member record for `name` in `block` (record size plus name_len
+// bytes): the name copied behind the record, `flags` stored, value and
+// links null.
+json_keyval *init_member(void *block, const char *name, uint32_t name_len, uint32_t flags);
+
 // Link a new member named `name` before `before` (NULL: at the end): the
 // second half of json_object_add_keyval, after its policies have decided.
 int32_t insert_new_member(jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,

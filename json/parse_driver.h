@@ -99,7 +99,7 @@ template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx, G &g) {
 
     // Each state reads its token and goes straight to the next state: no
     // state variable to dispatch on, so the branches stay predictable.
-#define VXJSON_NEXT() (t = scan::next_token<G::kMode>(s))
+#define VXJSON_NEXT() (t = scan::next_token_inline<G::kMode>(s))
 #define VXJSON_PUSH(k)                                                                     \
     do {                                                                                   \
         n += (k);                                                                          \

@@ -269,8 +269,69 @@ inline const uchar *skip_digits(const uchar *p, const uchar *end) {
     return p;
 }
 
+#if defined(__SSE2__)
+// The common numbers, from one mask of the digits among the 32 bytes at p:
+// an optional '-', digits without a leading zero, optionally a '.' and
+// more digits, and then a byte that does not continue a number.  Such a
+// number is its own normalised text and cannot change under an overflow
+// check.  0 for any other number, which the general rules take; the
+// caller makes sure that 32 bytes are there to load.
+template <Mode M> inline int32_t scan_plain_number(Scanner &s, const uchar *p) {
+    jlpca_ctx *ctx = s.ctx;
+    if (ctx->number_mode == 2 || ctx->compat == JLPCA_COMPAT_MYSQL) return 0;
+    auto digit_mask16 = [](const uchar *q) {
+        const __m128i v = _mm_sub_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i *>(q)),
+                                       _mm_set1_epi8('0'));
+        return uint32_t(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(v, _mm_set1_epi8(9)), v)));
+    };
+    // Bit i set for a non-digit at p[i]; bit 32 stands for "not within
+    // reach", so the search below always finds a bit.
+    const uint64_t non_digits =
+        uint64_t(~(digit_mask16(p) | digit_mask16(p + 16) << 16)) | uint64_t(1) << 32;
+    auto run_end = [non_digits](uint32_t from) {
+        return uint32_t(__builtin_ctzll(non_digits >> from << from));
+    };
+    const uint32_t lead = *p == '-';
+    uint32_t n = run_end(lead);
+    if (n == lead || n == 32 || (p[lead] == '0' && n > lead + 1)) return 0;
+    int32_t kind = JT_INT;
+    if (p[n] == '.') {
+        const uint32_t frac_end = run_end(n + 1);
+        if (frac_end == n + 1 || frac_end == 32) return 0;
+        n = frac_end;
+        kind = JT_DECIMAL;
+    }
+    const uchar c = p[n] | 0x20; // an exponent or a suffix follows: general rules
+    if (c == 'e' || c == 'd' || c == 'f') return 0;
+    s.pos = p + n;
+    const auto *t = reinterpret_cast<const char *>(p);
+    if (kind == JT_INT && int32_t(n) <= kMaxIntegerChars) {
+        if constexpr (M == Mode::tree) {
+            const int64_t v = parse_int_digits(t, int32_t(n));
+            ctx->tok_val = v;
+            kind = v == int64_t(int32_t(v)) ? JT_INT : JT_BIGINT;
+        }
+        ctx->tok = uint32_t(kind);
+        return kind;
+    }
+    if constexpr (M == Mode::tree) {
+        ctx->tok_str = const_cast<char *>(t);
+        ctx->tok_val = int32_t(n);
+    }
+    ctx->tok = JT_DECIMAL;
+    return JT_DECIMAL;
+}
+#endif
+
 template <Mode M> inline int32_t scan_number(Scanner &s, const uchar *p) {
     const uchar *start = p, *end = s.end;
+#if defined(__SSE2__)
+    if constexpr (M != Mode::raw) {
+        if (end - p >= 32) {
+            if (int32_t kind = scan_plain_number<M>(s, p)) return kind;
+        }
+    }
+#endif
     if (*p == '+' || *p == '-') ++p;
     const uchar *digits = p;
     p = skip_digits(p, end);
@@ -386,6 +447,15 @@ template <Mode M> [[gnu::noinline]] int32_t next_token(Scanner &s) {
         // Any other byte is its own token; a NUL thus ends the input.
         return byte_token(s, p);
     }
+}
+
+// The next token for a grammar: a single-character token right at the
+// current position (the bracket or comma after most values, in text
+// without blanks) is taken without a call.
+template <Mode M> inline int32_t next_token_inline(Scanner &s) {
+    const uchar *p = s.pos;
+    if (p != s.end && is_punct(*p)) return byte_token(s, p);
+    return next_token<M>(s);
 }
 
 } // namespace vxjson::scan

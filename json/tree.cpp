@@ -32,7 +32,6 @@ constexpr int32_t LINE_KEYVAL_ALLOC = 214;
 constexpr int32_t LINE_ITEMS_ALLOC = 402;
 constexpr int32_t LINE_STRING_ALLOC = 611;
 // Report sites in "json/json".
-constexpr int32_t LINE_ADD_KEYVAL = 283;
 constexpr int32_t LINE_ADD_ONE_NODE = 341;
 constexpr int32_t LINE_APPEND_NTH = 455;
 // Pluggable-allocator call sites.
@@ -61,6 +60,16 @@ void append_to_list(json_node *array, json_node *element) {
 } // namespace
 
 namespace vxjson {
+
+json_keyval *init_member(void *block, const char *name, uint32_t name_len, uint32_t flags) {
+    auto *kv = static_cast<json_keyval *>(block);
+    std::memset(kv, 0, sizeof(json_keyval));
+    kv->name_len = name_len;
+    kv->name = reinterpret_cast<char *>(kv + 1);
+    if (name_len) std::memcpy(kv->name, name, name_len);
+    kv->flags = flags;
+    return kv;
+}
 
 int32_t insert_new_member(jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
                           json_keyval *before, json_keyval **out) {
@@ -105,12 +114,7 @@ VXJSON_API int32_t json_object_keyval_mem_create(jlpca_ctx *ctx, const char *nam
     auto *kv = static_cast<json_keyval *>(
         heap_alloc(ctx, sizeof(json_keyval) + size_t(name_len), LINE_KEYVAL_ALLOC));
     if (!kv) [[unlikely]] return VXJSON_ERR_NOMEM;
-    std::memset(kv, 0, sizeof(json_keyval));
-    kv->name_len = name_len;
-    kv->name = reinterpret_cast<char *>(kv + 1);
-    if (name_len) std::memcpy(kv->name, name, name_len);
-    kv->flags = flags;
-    *out = kv;
+    *out = init_member(kv, name, name_len, flags);
     return 0;
 }
 

@@ -80,6 +80,44 @@ TEST(FaultInjection, SmallDocumentsAtEveryAllocation) {
     }
 }
 
+// The reader takes its nodes in chunks and asks again for just what a
+// value needs when a chunk is refused: under any byte limit it reads the
+// same tree or refuses the text, and it reads whenever the limit covers
+// what an unlimited read used.
+TEST(FaultInjection, SmallDocumentsUnderEveryByteLimit) {
+    for (const std::string &doc : kSmallDocs) {
+        SCOPED_TRACE(doc.substr(0, 40));
+        VxEnv probe(lax());
+        json_node *expected = nullptr;
+        ASSERT_EQ(probe.read(doc, &expected), 0);
+        const uint64_t used = mem_heap_bytes_used(probe.heap);
+        const uint64_t step = used / 400 + 1;
+        for (uint64_t limit = 0; limit <= used + step; limit += step) {
+            VxEnv env(lax());
+            mem_heap_set_byte_limit(env.heap, limit);
+            json_node *root = nullptr;
+            const int32_t rc = env.read(doc, &root);
+            if (limit >= used) {
+                EXPECT_EQ(rc, 0) << "byte limit " << limit;
+            }
+            EXPECT_EQ(rc == 0 ? dump(root) : std::to_string(rc),
+                      rc == 0 ? dump(expected) : std::to_string(VXJSON_ERR_INVALID_JSON))
+                << "byte limit " << limit;
+        }
+    }
+}
+
+// A heap with room for exactly the records of {"a":1} (two nodes and a
+// member with its one-byte name) reads it, though the reader would rather
+// take a larger chunk.
+TEST(FaultInjection, HeapWithRoomForExactlyTheRecords) {
+    VxEnv env(lax());
+    mem_heap_set_byte_limit(env.heap, 2 * sizeof(json_node) + sizeof(json_keyval) + 8);
+    json_node *root = nullptr;
+    ASSERT_EQ(env.read(R"({"a":1})", &root), 0);
+    EXPECT_EQ(dump(root), R"({"a":1})");
+}
+
 class BenchDataFaults : public ::testing::TestWithParam<const char *> {};
 TEST_P(BenchDataFaults, SpreadOverTheRange) {
     std::string doc = read_file(std::string(VXJSON_BENCH_DATA_DIR) + "/" + GetParam());
