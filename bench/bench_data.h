@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 // The documents, by name without ".json", in the order the tables print.
 inline const char *const BENCH_FILES[] = {"canada", "citm_catalog", "twitter"};
@@ -18,6 +19,22 @@ inline std::string load_bench_data(const std::string &name) {
     ss << in.rdbuf();
     if (ss.str().empty()) std::fprintf(stderr, "cannot read %s/%s.json\n", VXJSON_BENCH_DATA_DIR, name.c_str());
     return ss.str();
+}
+
+// Arguments for benchmark::Initialize.  We and the peers are timed in one
+// run, and on a shared machine the load changes from second to second; so
+// by default every benchmark runs as a dozen short repetitions interleaved
+// at random, and the tables use the medians.  Flags given on the command
+// line come later and win.
+inline std::vector<char *> with_default_flags(int argc, char **argv) {
+    static char repetitions[] = "--benchmark_repetitions=12";
+    static char interleave[] = "--benchmark_enable_random_interleaving=true";
+    static char min_time[] = "--benchmark_min_time=0.1";
+    static char aggregates[] = "--benchmark_report_aggregates_only=true";
+    std::vector<char *> args{argv[0], repetitions, interleave, min_time, aggregates};
+    args.insert(args.end(), argv + 1, argv + argc);
+    args.push_back(nullptr);
+    return args;
 }
 
 #endif

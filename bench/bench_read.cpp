@@ -190,7 +190,9 @@ void print_summary(const Collect &c) {
 } // namespace
 
 int main(int argc, char **argv) {
-    benchmark::Initialize(&argc, argv);
+    std::vector<char *> args = with_default_flags(argc, argv);
+    int nargs = int(args.size()) - 1;
+    benchmark::Initialize(&nargs, args.data());
     std::vector<std::unique_ptr<Reader>> readers;
     for (const char *file : BENCH_FILES) {
         auto r = std::make_unique<Reader>();

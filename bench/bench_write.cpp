@@ -162,7 +162,9 @@ template <class... Args> void add(const std::string &name, Args &&...args) {
 } // namespace
 
 int main(int argc, char **argv) {
-    benchmark::Initialize(&argc, argv);
+    std::vector<char *> args = with_default_flags(argc, argv);
+    int nargs = int(args.size()) - 1;
+    benchmark::Initialize(&nargs, args.data());
     std::vector<std::unique_ptr<Doc>> docs;
 #ifdef VXJSON_HAVE_RAPIDJSON
     std::vector<std::unique_ptr<rapidjson::Document>> rdocs;

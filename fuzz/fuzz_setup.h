@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "vx_alloc.h"
 #include "vx_heap.h"
@@ -57,5 +58,15 @@ struct FuzzEnv {
         mem_heap_free(heap);
     }
 };
+
+// The written text of a tree; false when writing failed.
+inline bool write_tree(FuzzEnv &env, const json_node *root, uint32_t flags, std::string &out) {
+    vxstr *s = vxstr_create(nullptr, &env.alloc, 0);
+    if (!s) return false;
+    int32_t rc = json_to_string(env.ctx.get(), &env.alloc, s, root, flags, 0, 0, JSON_CONV_JSON);
+    if (rc == 0) out.assign(vxstr_getstr(s), s->len);
+    vxstr_free(nullptr, &env.alloc, s);
+    return rc == 0;
+}
 
 #endif

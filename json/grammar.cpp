@@ -16,6 +16,7 @@
 // exactly the same allocator calls in the same order from the log, without
 // touching the elements.  Should the log run out of memory, the reader
 // falls back to the chain walk.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #if defined(__SSE2__)
@@ -93,8 +94,8 @@ inline void copy_words(void *dst, const void *src, size_t n) {
 // costs a pointer bump.  A chunk is sized from the text still to read, so a
 // small document takes little more than it needs and a large one few
 // chunks; a request too large to share a chunk gets a block of its own, and
-// a chunk the heap refuses is asked for again at the exact size, so the
-// read fails with -503 only when the value itself does not fit.
+// a chunk the heap refuses is asked for again at the exact size, so that a
+// heap near its limit still gives what it has.
 class Pool {
 public:
     Pool(jlpca_ctx *ctx, const scan::Scanner &s) : ctx_(ctx), s_(s) {}
@@ -119,10 +120,8 @@ private:
 
     [[gnu::noinline]] void *refill(size_t size) {
         if (size > kMaxChunk / 4) return alloc(size);
-        const size_t left = size_t(s_.end - s_.pos);
-        size_t chunk = left < kMaxChunk ? left * kBytesPerTextByte + kMinChunk : kMaxChunk;
-        if (chunk > kMaxChunk) chunk = kMaxChunk;
-        if (chunk < size) chunk = size;
+        const size_t left = std::min(size_t(s_.end - s_.pos), kMaxChunk);
+        size_t chunk = std::max(std::min(left * kBytesPerTextByte + kMinChunk, kMaxChunk), size);
         auto *p = static_cast<char *>(alloc(chunk));
         if (!p && chunk > size) {
             chunk = size;

@@ -184,6 +184,10 @@ INSTANTIATE_TEST_SUITE_P(Rows, ByDesign, rows<LossRow>({
     // normalises.
     {"keep_mode_normalises_slash_and_backspace", {1, 0, 0, UTF8}, 0, R"(["\/\b\u0041\u001f"])", R"(["/\u0008A\u001F"])", true},
     {"keep_mode_backspace_in_a_dialect", {1, 1, 1, UTF8}, 0, R"(["\b"])", R"(["\b"])", true},
+    // Keep mode stores \u0022 and \u005c as the bare byte, which then
+    // breaks the written text.
+    {"keep_mode_u005c_is_a_bare_backslash", {1, 0, 0, UTF8}, 0, R"(["\n\u005c"])", R"(["\n\"])", false},
+    {"keep_mode_u0022_is_a_bare_quote", {1, 0, 0, UTF8}, 0, R"(["\u0022"])", R"(["""])", false},
     // Only the first UTF-16 unit of a character beyond the BMP is written.
     {"ascii_flag_beyond_bmp", {0, 0, 0, UTF8}, 1, "[\"\xF0\x9F\x98\x80\"]", "[\"\\uD83D\"]", false},
     // \u0080 reads back as the single byte 0x80, not as the character.
