@@ -227,18 +227,18 @@ public:
         hi_ -= count; // the back words move to the front: free_ unchanged
     }
     // Visit the arrays in creation order with their element pointers and
-    // counts.  The array nodes were written long ago: fetch them a few
-    // records ahead.
+    // counts.  The array nodes were written long ago: the lines that the
+    // conversion writes are fetched a few records ahead.
     template <class F> int32_t each(F &&f) {
         constexpr size_t kAhead = 16;
         size_t left = records_, ahead = first_, pending = records_;
         for (size_t i = 0; i < kAhead && pending; i++, pending--) {
-            __builtin_prefetch(reinterpret_cast<const void *>(w_[ahead]), 1);
+            fetch_array_fields(w_[ahead]);
             ahead = w_[ahead + 2];
         }
         for (uintptr_t rec = first_; left; left--, rec = w_[rec + 2]) {
             if (pending) {
-                __builtin_prefetch(reinterpret_cast<const void *>(w_[ahead]), 1);
+                fetch_array_fields(w_[ahead]);
                 ahead = w_[ahead + 2];
                 pending--;
             }
@@ -251,6 +251,14 @@ public:
 
 private:
     static constexpr size_t kRecord = 4;
+
+    // count, items and capacity: they may straddle two lines.
+    static void fetch_array_fields(uintptr_t array) {
+        const auto *node = reinterpret_cast<const json_node *>(array);
+        const auto *last = reinterpret_cast<const char *>(&node->capacity) + sizeof node->capacity - 1;
+        __builtin_prefetch(&node->count, 1);
+        __builtin_prefetch(last, 1);
+    }
 
     void attach_buffer() {
         auto addr = reinterpret_cast<uintptr_t>(ctx_->scan_buf);
