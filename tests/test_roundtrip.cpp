@@ -187,6 +187,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, ByDesign, rows<LossRow>({
     // Keep mode stores \u0022 and \u005c as the bare byte, which then
     // breaks the written text.
     {"keep_mode_u005c_is_a_bare_backslash", {1, 0, 0, UTF8}, 0, R"(["\n\u005c"])", R"(["\n\"])", false},
+    {"keep_mode_u005c_joins_the_next_escape", {1, 0, 0, UTF8}, 0, R"(["\u005c\/"])", R"(["\/"])", true},
     {"keep_mode_u0022_is_a_bare_quote", {1, 0, 0, UTF8}, 0, R"(["\u0022"])", R"(["""])", false},
     // Only the first UTF-16 unit of a character beyond the BMP is written.
     {"ascii_flag_beyond_bmp", {0, 0, 0, UTF8}, 1, "[\"\xF0\x9F\x98\x80\"]", "[\"\\uD83D\"]", false},
