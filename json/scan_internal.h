@@ -449,12 +449,16 @@ template <Mode M> [[gnu::noinline]] int32_t next_token(Scanner &s) {
     }
 }
 
-// The next token for a grammar: a single-character token right at the
-// current position (the bracket or comma after most values, in text
-// without blanks) is taken without a call.
+// The next token for a grammar.  For the tree grammar a single-character
+// token right at the current position (the bracket or comma after most
+// values, in text without blanks) is taken without a call; the check
+// grammar does so little per token that the extra test costs it more than
+// the call.
 template <Mode M> inline int32_t next_token_inline(Scanner &s) {
-    const uchar *p = s.pos;
-    if (p != s.end && is_punct(*p)) return byte_token(s, p);
+    if constexpr (M == Mode::tree) {
+        const uchar *p = s.pos;
+        if (p != s.end && is_punct(*p)) return byte_token(s, p);
+    }
     return next_token<M>(s);
 }
 
