@@ -367,8 +367,8 @@ public:
     }
 
     int32_t key(jlpca_ctx *ctx, const char *name, uint32_t len, uintptr_t &member) {
-        if (!ctx->unique_keys && !ctx->dup_key_replace && !ctx->sorted_keys) {
-            // No policy to apply: the member goes at the end.
+        if (!member_policy_applies(ctx)) {
+            // Appended, from the read's own chunks.
             void *block = pool_.take(sizeof(json_keyval) + len);
             if (!block) [[unlikely]] return report_json(VXJSON_ERR_NOMEM, LINE_ADD_KEYVAL);
             json_keyval *kv = init_member(block, name, len, uint32_t(ctx->lit_escaped));

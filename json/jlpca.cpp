@@ -373,7 +373,7 @@ VXJSON_API int32_t jlpca_check_decimal_overflow(const char *text, int32_t len, j
                                                 double *out) {
     double d = number_to_double(text, len);
     if (is_double_overflow(d)) {
-        if (ctx->compat == JLPCA_COMPAT_MYSQL || ctx->number_mode == 2) {
+        if (overflow_is_an_error(ctx)) {
             set_error(ctx, VXJSON_ERR_DOUBLE_OVERFLOW, kMsgOverflow);
             return 0;
         }

@@ -17,6 +17,12 @@ namespace vxjson {
 // is kept as a decimal text instead.
 inline constexpr int32_t kMaxIntegerChars = 18;
 
+// A number that overflows a double is refused (-6102) rather than kept as
+// its text: in the MySQL dialect and under number_mode 2.
+inline bool overflow_is_an_error(const jlpca_ctx *ctx) {
+    return ctx->compat == JLPCA_COMPAT_MYSQL || ctx->number_mode == 2;
+}
+
 // err_code, err_msg and tok := 0: how every rejected token is raised.
 void set_error(jlpca_ctx *ctx, int32_t code, const char *msg);
 

@@ -36,8 +36,7 @@ MemberIndex::Object *MemberIndex::index_of(jlpca_ctx *ctx, json_node *object) {
 
 int32_t MemberIndex::add(jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
                          json_keyval **out) {
-    bool needs_lookup = finds_existing(ctx) || ctx->sorted_keys == 1;
-    if (!needs_lookup || failed_ || object->count < kIndexFrom)
+    if (!member_policy_applies(ctx) || failed_ || object->count < kIndexFrom)
         return json_object_add_keyval(ctx, object, name, name_len, out);
     json_keyval *inserted = nullptr;
     try {

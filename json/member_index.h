@@ -24,6 +24,13 @@
 
 namespace vxjson {
 
+// Whether adding a member must look at the members already there: to
+// refuse or reuse a repeated name, or to find its sorted place.  Without
+// any of these policies a new member simply goes at the end.
+inline bool member_policy_applies(const jlpca_ctx *ctx) {
+    return ctx->unique_keys == 1 || ctx->dup_key_replace == 1 || ctx->sorted_keys == 1;
+}
+
 // Report site in "json/json" of a member that could not be added.
 inline constexpr int32_t LINE_ADD_KEYVAL = 283;
 

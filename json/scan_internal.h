@@ -269,6 +269,30 @@ inline const uchar *skip_digits(const uchar *p, const uchar *end) {
     return p;
 }
 
+// The token of a plain number: one that is its own normalised text and
+// that no overflow check can change.  Integers of up to 18 characters get
+// their value (in the check grammar, which needs none, simply JT_INT);
+// longer ones and decimals keep their text, in place.
+template <Mode M> inline int32_t plain_number_token(jlpca_ctx *ctx, const char *t, int32_t n,
+                                                    bool integer) {
+    if (integer && n <= kMaxIntegerChars) {
+        int32_t kind = JT_INT;
+        if constexpr (M == Mode::tree) {
+            const int64_t v = parse_int_digits(t, n);
+            ctx->tok_val = v;
+            if (v != int64_t(int32_t(v))) kind = JT_BIGINT;
+        }
+        ctx->tok = uint32_t(kind);
+        return kind;
+    }
+    if constexpr (M == Mode::tree) {
+        ctx->tok_str = const_cast<char *>(t);
+        ctx->tok_val = n;
+    }
+    ctx->tok = JT_DECIMAL;
+    return JT_DECIMAL;
+}
+
 #if defined(__SSE2__)
 // The common numbers, from one mask of the digits among the 32 bytes at p:
 // an optional '-', digits without a leading zero, optionally a '.' and
@@ -278,7 +302,7 @@ inline const uchar *skip_digits(const uchar *p, const uchar *end) {
 // caller makes sure that 32 bytes are there to load.
 template <Mode M> inline int32_t scan_plain_number(Scanner &s, const uchar *p) {
     jlpca_ctx *ctx = s.ctx;
-    if (ctx->number_mode == 2 || ctx->compat == JLPCA_COMPAT_MYSQL) return 0;
+    if (overflow_is_an_error(ctx)) return 0;
     auto digit_mask16 = [](const uchar *q) {
         const __m128i v = _mm_sub_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i *>(q)),
                                        _mm_set1_epi8('0'));
@@ -294,32 +318,17 @@ template <Mode M> inline int32_t scan_plain_number(Scanner &s, const uchar *p) {
     const uint32_t lead = *p == '-';
     uint32_t n = run_end(lead);
     if (n == lead || n == 32 || (p[lead] == '0' && n > lead + 1)) return 0;
-    int32_t kind = JT_INT;
+    bool integer = true;
     if (p[n] == '.') {
         const uint32_t frac_end = run_end(n + 1);
         if (frac_end == n + 1 || frac_end == 32) return 0;
         n = frac_end;
-        kind = JT_DECIMAL;
+        integer = false;
     }
     const uchar c = p[n] | 0x20; // an exponent or a suffix follows: general rules
     if (c == 'e' || c == 'd' || c == 'f') return 0;
     s.pos = p + n;
-    const auto *t = reinterpret_cast<const char *>(p);
-    if (kind == JT_INT && int32_t(n) <= kMaxIntegerChars) {
-        if constexpr (M == Mode::tree) {
-            const int64_t v = parse_int_digits(t, int32_t(n));
-            ctx->tok_val = v;
-            kind = v == int64_t(int32_t(v)) ? JT_INT : JT_BIGINT;
-        }
-        ctx->tok = uint32_t(kind);
-        return kind;
-    }
-    if constexpr (M == Mode::tree) {
-        ctx->tok_str = const_cast<char *>(t);
-        ctx->tok_val = int32_t(n);
-    }
-    ctx->tok = JT_DECIMAL;
-    return JT_DECIMAL;
+    return plain_number_token<M>(ctx, reinterpret_cast<const char *>(p), int32_t(n), integer);
 }
 #endif
 
@@ -371,25 +380,8 @@ template <Mode M> inline int32_t scan_number(Scanner &s, const uchar *p) {
         // check can change its outcome.
         const bool plain = *start != '+' && whole && !dot_last &&
                            (*digits != '0' || digits + 1 == p || digits[1] == '.') &&
-                           ctx->number_mode != 2 && ctx->compat != JLPCA_COMPAT_MYSQL;
-        if (plain) [[likely]] {
-            if (kind == kInteger && n <= kMaxIntegerChars) {
-                if constexpr (M == Mode::tree) {
-                    int64_t v = parse_int_digits(t, n);
-                    ctx->tok_val = v;
-                    ctx->tok = v == int64_t(int32_t(v)) ? JT_INT : JT_BIGINT;
-                } else {
-                    ctx->tok = JT_INT;
-                }
-                return int32_t(ctx->tok);
-            }
-            if constexpr (M == Mode::tree) {
-                ctx->tok_str = const_cast<char *>(t);
-                ctx->tok_val = n;
-            }
-            ctx->tok = JT_DECIMAL;
-            return JT_DECIMAL;
-        }
+                           !overflow_is_an_error(ctx);
+        if (plain) [[likely]] return plain_number_token<M>(ctx, t, n, kind == kInteger);
     }
     return number_slow<M>(s, kind, t, n);
 }
