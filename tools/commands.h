@@ -48,6 +48,12 @@ int run_format(command_line &cl);
 enum class op_kind { equal, contains, overlaps, merge_patch, merge_preserve, concat, strip_nulls };
 int run_op(op_kind op, command_line &cl);
 
+// Path queries.
+
+// SQL/JSON functions.
+
+// Changes by path.
+
 }  // namespace vxcli
 
 #endif

@@ -32,6 +32,12 @@ constexpr command COMMANDS[] = {
     {"concat", [](command_line &c) { return run_op(op_kind::concat, c); }, OPT_READ | OPT_WRITE},
     {"strip-nulls", [](command_line &c) { return run_op(op_kind::strip_nulls, c); },
      OPT_READ | OPT_WRITE},
+
+    // Path queries.
+
+    // SQL/JSON functions.
+
+    // Changes by path.
 };
 
 const command *find_command(const char *name) {
