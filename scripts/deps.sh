@@ -4,7 +4,8 @@
 set -euo pipefail
 packages=(cmake ninja-build g++ pkg-config python3 libgtest-dev libgmock-dev
           libbenchmark-dev clang-14 libclang-rt-14-dev
-          rapidjson-dev libsimdjson-dev nlohmann-json3-dev)
+          rapidjson-dev libsimdjson-dev nlohmann-json3-dev
+          sqlite3 libsqlite3-dev jq)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
