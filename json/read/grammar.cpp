@@ -445,8 +445,7 @@ VXJSON_API int32_t json_adjust_array(jlpca_ctx *ctx) {
 
 VXJSON_API int32_t json_flex(jlpca_ctx *ctx, json_node **root) {
     *root = nullptr;
-    if (ctx->text_len == 0)
-        return ctx->compat != 0 || ctx->blank ? VXJSON_ERR_INVALID_JSON : VXJSON_OK;
+    if (ctx->text_len == 0) return empty_text(ctx, ctx->compat != 0 || ctx->blank);
     scan::Scanner s;
     scan::scanner_start(s, ctx);
     TreeGrammar g(ctx, s);

@@ -34,8 +34,6 @@ constexpr int32_t kUcharBuf = 50;
 // The token-text buffer holds a whole match plus a terminator and slack.
 constexpr uint32_t kScanSlack = 10;
 
-constexpr const char *kMsgInvalidNumber = "invalid json number";
-constexpr const char *kMsgOverflow = "number overflow";
 
 bool is_hex(unsigned char c, uint32_t &v) {
     if (c >= '0' && c <= '9') v = c - '0';
@@ -58,7 +56,7 @@ char *heap_copy(jlpca_ctx *ctx, const char *text, size_t len, int32_t line) {
 // Raises the out-of-memory failure of a number helper the way its other
 // rejections are raised: tok 0, helper result 0.
 int32_t number_nomem(jlpca_ctx *ctx) {
-    set_error(ctx, VXJSON_ERR_NOMEM, "out of memory");
+    set_error(ctx, msg::NO_MEMORY);
     return 0;
 }
 
@@ -345,7 +343,7 @@ VXJSON_API int32_t jlpca_number_prefix(const char *text, int32_t n, jlpca_ctx *c
                                        const char **out, int32_t *out_len) {
     NumberSplit s = number_split(text, n, ctx->strict != 0);
     if (s.invalid) {
-        set_error(ctx, VXJSON_ERR_INVALID_JSON, kMsgInvalidNumber);
+        set_error(ctx, msg::INVALID_NUMBER);
         return 0;
     }
     if (s.len == 0) {
@@ -374,7 +372,7 @@ VXJSON_API int32_t jlpca_check_decimal_overflow(const char *text, int32_t len, j
     double d = number_to_double(text, len);
     if (is_double_overflow(d)) {
         if (overflow_is_an_error(ctx)) {
-            set_error(ctx, VXJSON_ERR_DOUBLE_OVERFLOW, kMsgOverflow);
+            set_error(ctx, msg::NUMBER_OVERFLOW);
             return 0;
         }
         if (out) *out = d;

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "messages.h"
 #include "vxjson.h"
 
 namespace vxjson {
@@ -25,6 +26,9 @@ inline bool overflow_is_an_error(const jlpca_ctx *ctx) {
 
 // err_code, err_msg and tok := 0: how every rejected token is raised.
 void set_error(jlpca_ctx *ctx, int32_t code, const char *msg);
+inline void set_error(jlpca_ctx *ctx, msg::msg_id why) {
+    set_error(ctx, msg::code(why), msg::text(why));
+}
 
 // Move the literal to a heap buffer with room for n more bytes.
 [[gnu::noinline]] int32_t lit_grow(jlpca_ctx *ctx, uint32_t n);
