@@ -92,10 +92,6 @@ int32_t ret_decimal_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
 int32_t ret_real_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
 int32_t set_decimal(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
 
-// strtod over a slice that is not NUL-terminated.
-double number_to_double(const char *text, int32_t len);
-bool is_double_overflow(double d);
-
 // JT_TRUE, JT_FALSE, JT_NULL, or -1 (lax) / -2 (strict).
 int32_t keyword_lookup(const char *w, size_t len, bool strict);
 

@@ -12,18 +12,17 @@
 #include <cstring>
 
 #include "error_place.h"
+#include "number_text.h"
 #include "report.h"
+#include "report_sites.h"
 #include "vx_heap.h"
 
 using namespace vxjson;
+using namespace vxjson::site;
 
 namespace vxjson::scan {
 
 namespace {
-
-// Heap call sites of "json_flex".
-constexpr int32_t LINE_SCANNER_ALLOC = 379;
-constexpr int32_t LINE_TOKEN_COPY = 405;
 
 // Largest decimal exponent a number text may reach without any chance of
 // overflowing a double (DBL_MAX is about 1.8e308).
@@ -32,7 +31,7 @@ constexpr int32_t kSafeDecimalExponent = 300;
 // A NUL-terminated heap copy of `len` bytes for a token value.
 char *token_copy(jlpca_ctx *ctx, const char *text, size_t len) {
     auto *p = static_cast<char *>(
-        mem_heap_alloc_low(ctx->env, ctx->heap, len + 1, 0, SRC_FLEX, LINE_TOKEN_COPY));
+        mem_heap_alloc_low(ctx->env, ctx->heap, len + 1, 0, SRC_FLEX, SCAN_TOKEN_COPY));
     if (!p) return nullptr;
     std::memcpy(p, text, len);
     p[len] = '\0';
@@ -195,7 +194,7 @@ template <Mode M> int32_t number_token(jlpca_ctx *ctx, int kind, const char *t, 
         if (kind == kInteger && len <= kMaxIntegerChars) {
             int64_t v = parse_int_digits(norm, len);
             ctx->tok_val = v;
-            ctx->tok = v == int64_t(int32_t(v)) ? JT_INT : JT_BIGINT;
+            ctx->tok = uint32_t(integer_token_kind(v));
             return int32_t(ctx->tok);
         }
         if (kind == kReal && ctx->number_mode == 2) return ret_real_low(ctx, norm, len, false);
@@ -244,7 +243,7 @@ VXJSON_SCAN_INSTANTIATE(Mode::check)
 
 Scanner *json_lex_init_extra(jlpca_ctx *ctx) {
     auto *s = static_cast<Scanner *>(mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(Scanner), 0,
-                                                        SRC_FLEX, LINE_SCANNER_ALLOC));
+                                                        SRC_FLEX, SCAN_INSTANCE_HEAP));
     if (s) *s = Scanner{ctx, nullptr, nullptr, nullptr, 1, false};
     return s;
 }

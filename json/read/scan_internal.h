@@ -27,6 +27,7 @@
 
 #include "jlpca_internal.h"
 #include "messages.h"
+#include "number_text.h"
 #include "vx_charset.h"
 #include "vxjson.h"
 
@@ -284,7 +285,7 @@ template <Mode M> inline int32_t plain_number_token(jlpca_ctx *ctx, const char *
         if constexpr (M == Mode::tree) {
             const int64_t v = parse_int_digits(t, n);
             ctx->tok_val = v;
-            if (v != int64_t(int32_t(v))) kind = JT_BIGINT;
+            kind = integer_token_kind(v);
         }
         ctx->tok = uint32_t(kind);
         return kind;
