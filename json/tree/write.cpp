@@ -13,16 +13,17 @@
 
 #include "escape_internal.h"
 #include "report.h"
+#include "report_sites.h"
 #include "vxtime.h"
 
 namespace vxjson {
 namespace {
 
 // Call sites named in error reports.
-constexpr int32_t LINE_MEMBER = 770;       // a member's name
-constexpr int32_t LINE_MEMBER_VALUE = 790; // a member's value
-constexpr int32_t LINE_ELEMENT = 1003;     // an array element
-constexpr int32_t LINE_ARRAY = 1043;       // an array's elements as a whole
+constexpr int32_t LINE_MEMBER = site::WRITE_MEMBER;
+constexpr int32_t LINE_MEMBER_VALUE = site::WRITE_MEMBER_VALUE;
+constexpr int32_t LINE_ELEMENT = site::WRITE_ELEMENT;
+constexpr int32_t LINE_ARRAY = site::WRITE_ARRAY;
 
 enum class layout { compact, a, b };
 
