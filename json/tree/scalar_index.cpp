@@ -3,11 +3,11 @@
 
 #include <bit>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 
 #include "links.h"
+#include "number_text.h"
 
 namespace vxjson {
 namespace {
@@ -42,7 +42,7 @@ bool number_value(const json_node *n, double *out) {
         *out = double(n->ival);
         return true;
     }
-    const double d = n->str_len ? std::strtod(n->str, nullptr) : 0.0;
+    const double d = number_to_double(n->str, n->str_len);
     if (!std::isfinite(d)) return false;
     *out = d;
     return true;
