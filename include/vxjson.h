@@ -787,9 +787,85 @@ VXJSON_API VXJSON_CHECK int32_t jpath_array_flex(jlpca_ctx *ctx,
                                                  uint32_t *count,
                                                  jpath **paths);
 
+/* ---- text-array paths ---- */
+
+/* jsonb_set(doc, '{a,0,"b c"}', ...): compile the PostgreSQL text array
+ * literal `text` (NUL-terminated; modified in place) into path, which must
+ * have been initialised with dialect 1: one member step per element, in
+ * order, no root step.  Steps come from heap (allocation arguments env,
+ * heap); the element text is gathered in a growable string of allocator
+ * (NULL: malloc), released before returning.  Elements may be quoted with
+ * "..." and escape any character with a backslash; white space around
+ * unquoted elements is dropped; an unquoted empty element adds no step.
+ * 0; -3102 for a path of another dialect and every malformed literal
+ * (missing braces, text after "}", misplaced quote, comma or brace, an
+ * empty element between commas, a trailing backslash, an unquoted NULL);
+ * -503.  Steps added before a failure stay. */
+VXJSON_API VXJSON_CHECK int32_t jpath_parse_pg_array(void *env, void *heap,
+                                                     vx_allocator *allocator,
+                                                     jpath *path, char *text);
+/* Read one element of a text array literal from *pos with the reader state
+ * *state (0 before "{", 1 after it, 2 unquoted, 3 in quotes, 4 after a
+ * closing quote, 5 after ","), kept by the caller between elements.  The
+ * element's text is compacted in place and appended to out; *pos moves
+ * past its "," or "}", *finished is 1 when that was "}", *quoted 1 when
+ * the element was quoted or held an escape.  0, -3102, or -503 from out. */
+VXJSON_API VXJSON_CHECK int32_t jpath_array_element(void *env,
+                                                    vx_allocator *allocator,
+                                                    vxstr *out, char **pos,
+                                                    int32_t *state,
+                                                    int32_t *finished,
+                                                    int32_t *quoted);
+/* 1 for space, tab, line feed, carriage return, form feed and vertical
+ * tab; 0 otherwise. */
+VXJSON_API int32_t jpath_array_isspace(int32_t c);
+
 /* ================================================================== */
 /* Path text generation                                                */
 /* ================================================================== */
+
+/* One step of a generated path, root first: a member name, or an element
+ * position marked by key_len JPATH_SEGMENT_POSITION. */
+#define JPATH_SEGMENT_POSITION 0xFFFFFFFFu
+typedef struct jpath_segment jpath_segment;
+struct jpath_segment {
+    const char *key;         /* member name bytes (not NUL-terminated), NULL for a position */
+    uint32_t key_len;        /* bytes of key, or JPATH_SEGMENT_POSITION */
+    uint32_t position;       /* element position of an array step */
+    jpath_segment *prev;     /* the step above */
+    jpath_segment *next;     /* the step below */
+};
+
+/* JSON_SEARCH-style results: the path text of each found node, from the
+ * document root.  found is the first of `count` nodes linked through
+ * next_sibling, as a result list links them.  count 0: *out NULL.  count
+ * 1: *out the string node of json_path_gen.  More: *out a new array of one
+ * string node per found node, in list order (fewer when the list is
+ * shorter).  Nodes and texts come from the context's heap.  0, -503 (the
+ * failure reported, *out NULL), or an error of json_path_gen. */
+VXJSON_API VXJSON_CHECK int32_t json_lst_to_path_arr(jlpca_ctx *ctx,
+                                                     json_node **out,
+                                                     uint32_t count,
+                                                     const json_node *found);
+/* The path text of found, e.g. $.a[2]."b c": "$", then for each step from
+ * the root "[n]" for an element (the first slot holding the node) or "."
+ * and the member name (of the first member holding it), bare when it is a
+ * plain name (a letter then letters and digits, or "_" then anything) and
+ * otherwise between double quotes, nothing escaped, so a name holding a
+ * quote, backslash, "/" or control character does not compile back.
+ * *out is a new JSON_STRING node (str_flags 1) with the text, both on the
+ * context's heap; a root gives "$".  0, -503, or -3102 when the node's
+ * parent does not hold it among its members. */
+VXJSON_API VXJSON_CHECK int32_t json_path_gen(const json_node *found,
+                                              jlpca_ctx *ctx,
+                                              json_node **out);
+/* Format a chain of segments (NULL: none) as path text in a string of
+ * allocator (NULL: malloc).  *text, NUL-terminated, and *len are the
+ * caller's: free *text through the same allocator.  0 or -503. */
+VXJSON_API VXJSON_CHECK int32_t jpath_get_from_lst(jlpca_ctx *ctx,
+                                                   vx_allocator *allocator,
+                                                   char **text, uint32_t *len,
+                                                   const jpath_segment *first);
 
 /* ================================================================== */
 /* Path evaluation                                                     */

@@ -97,6 +97,15 @@ inline constexpr int32_t PATH_ARRAY_RECORDS = 322;
 inline constexpr int32_t PATH_ARRAY_SINGLE = 330;
 inline constexpr int32_t PATH_ARRAY_ELEMENT = 352;
 inline constexpr int32_t PATH_ARRAY_SHAPE = 361;
+// jpath_parse_pg_array: no element string, an element failed, a step failed.
+inline constexpr int32_t PATH_PG_STRING = 412;
+inline constexpr int32_t PATH_PG_ELEMENT = 421;
+inline constexpr int32_t PATH_PG_STEP = 430;
+// Path text generation: segment heap site; json_lst_to_path_arr passes on
+// a failed array or element.
+inline constexpr int32_t PATH_HEAP_SEGMENT = 517;
+inline constexpr int32_t PATH_GEN_ARRAY = 548;
+inline constexpr int32_t PATH_GEN_ELEMENT = 561;
 // jpath_add_filter passes on a failed step allocation.
 inline constexpr int32_t PATH_ADD_FILTER = 96;
 
