@@ -588,6 +588,8 @@ struct jpath {
     uint64_t user_data; uint32_t filter_count; jpath_filter *first_filter; jpath_filter *last_filter;
     uint32_t dialect, fun_kind;
 };
+VXJSON_API int32_t jpath_init_simple(jpath *p, uint32_t dialect);
+VXJSON_API int32_t jpath_flex(jlpca_ctx *ctx, jpath *p);
 /* END TEMPORARY */
 
 /* ================================================================== */
