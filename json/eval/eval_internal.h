@@ -22,12 +22,11 @@
 
 namespace vxjson::eval {
 
-// Step kinds of a compiled path.
-inline constexpr uint32_t STEP_ROOT = 0;          // "$": evaluates nothing
-inline constexpr uint32_t STEP_ALL_ELEMENTS = 1;  // [*]
-inline constexpr uint32_t STEP_WILDCARD = 2;      // .*
-inline constexpr uint32_t STEP_FIELD = 3;         // .name
-inline constexpr uint32_t STEP_SUBSCRIPT = 4;     // [1, 3 to 5]
+// Step kinds of a compiled path, by the names the evaluators use.
+inline constexpr uint32_t STEP_ALL_ELEMENTS = JPATH_STEP_ALL_ELEMENTS;  // [*]
+inline constexpr uint32_t STEP_WILDCARD = JPATH_STEP_WILDCARD;          // .*
+inline constexpr uint32_t STEP_FIELD = JPATH_STEP_MEMBER;               // .name
+inline constexpr uint32_t STEP_SUBSCRIPT = JPATH_STEP_SUBSCRIPTS;       // [1, 3 to 5]
 
 inline void list_append(jpath_result_list *list, json_node *node) {
     node->prev_sibling = list->last;
