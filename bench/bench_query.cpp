@@ -12,13 +12,12 @@
 
 #include <cstdio>
 #include <cstring>
-#include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "bench_data.h"
+#include "bench_medians.h"
 #include "vx_heap.h"
 #include "vxjson.h"
 #include "vxstr.h"
@@ -195,38 +194,12 @@ void query_sqlite(benchmark::State &state, Sqlite *s) {
 }
 #endif
 
-// Keeps the median rate of every benchmark for the summary.
-class Collect : public benchmark::ConsoleReporter {
-public:
-    std::map<std::string, double> mbps;
-    void ReportRuns(const std::vector<Run> &runs) override {
-        for (const Run &r : runs) {
-            if (r.error_occurred) continue;
-            const bool median = r.run_type == Run::RT_Aggregate && r.aggregate_name == "median";
-            if (r.run_type != Run::RT_Iteration && !median) continue;
-            const std::string name = r.run_name.str();
-            if (!median && medians_.count(name)) continue;
-            if (median) medians_.insert(name);
-            auto rate = r.counters.find("bytes_per_second");
-            if (rate != r.counters.end()) mbps[name] = rate->second.value / 1e6;
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-private:
-    std::set<std::string> medians_;
-};
-
-void print_summary(const Collect &c) {
-    auto rate = [&](const std::string &name) {
-        auto it = c.mbps.find(name);
-        return it == c.mbps.end() ? 0.0 : it->second;
-    };
+void print_summary(const MedianRates &c) {
     std::printf("\n%-20s %-32s %12s %12s %8s\n", "query", "path", "vxjson MB/s", "sqlite MB/s",
                 "ratio");
     for (const Query &q : QUERIES) {
-        const double ours = rate(std::string("query/") + q.name + "/vxjson");
-        const double theirs = rate(std::string("query/") + q.name + "/sqlite");
+        const double ours = c.mbps(std::string("query/") + q.name + "/vxjson");
+        const double theirs = c.mbps(std::string("query/") + q.name + "/sqlite");
         std::printf("%-20s %-32s %12.0f %12.0f %7.2fx\n", q.name, q.path, ours, theirs,
                     theirs > 0 ? ours / theirs : 0.0);
     }
@@ -265,7 +238,7 @@ int main(int argc, char **argv) {
         sqlites.push_back(std::move(s));
 #endif
     }
-    Collect reporter;
+    MedianRates reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     print_summary(reporter);
     benchmark::Shutdown();

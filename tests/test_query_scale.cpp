@@ -30,6 +30,18 @@ void run_on_small_stack(const std::function<void()> &fn) {
     pthread_attr_destroy(&attr);
 }
 
+// Evaluates on the small stack: compat 2 through jpath_filter_mysql, the
+// others through json_query.
+int32_t evaluate_small_stack(VxEnv &env, json_node *root, const jpath &path, int32_t compat,
+                             json_node **out) {
+    int32_t rc = -1;
+    run_on_small_stack([&] {
+        rc = compat == 2 ? jpath_filter_mysql(root, &path, env.ctx.get(), 1, out)
+                         : json_query(env.ctx.get(), root, &path, out);
+    });
+    return rc;
+}
+
 std::string repeat(const std::string &s, int n) {
     std::string out;
     for (int i = 0; i < n; i++) out += s;
@@ -52,12 +64,7 @@ TEST_P(DeepDocument, EvaluatesWithBoundedStack) {
     jpath path{};
     ASSERT_EQ(compile_path(env.ctx.get(), r.path, &path), 0);
     json_node *out = nullptr;
-    int32_t rc = -1;
-    run_on_small_stack([&] {
-        rc = r.compat == 2 ? jpath_filter_mysql(root, &path, env.ctx.get(), 1, &out)
-                           : json_query(env.ctx.get(), root, &path, &out);
-    });
-    ASSERT_EQ(rc, 0);
+    ASSERT_EQ(evaluate_small_stack(env, root, path, r.compat, &out), 0);
     ASSERT_NE(out, nullptr);
     EXPECT_EQ(env.text_of(out), r.expected);
 }
@@ -108,12 +115,7 @@ TEST_P(WideArray, EvaluatesEveryElementOnce) {
     jpath path{};
     ASSERT_EQ(compile_path(env.ctx.get(), r.path, &path), 0);
     json_node *out = nullptr;
-    int32_t rc = -1;
-    run_on_small_stack([&] {
-        rc = r.compat == 2 ? jpath_filter_mysql(root, &path, env.ctx.get(), 1, &out)
-                           : json_query(env.ctx.get(), root, &path, &out);
-    });
-    ASSERT_EQ(rc, 0);
+    ASSERT_EQ(evaluate_small_stack(env, root, path, r.compat, &out), 0);
     ASSERT_NE(out, nullptr);
     const bool several = out->type == JSON_ARRAY && out->is_virtual;
     EXPECT_EQ(several ? out->count : 1u, r.count);

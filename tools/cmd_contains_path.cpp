@@ -81,10 +81,7 @@ int run_contains_path(command_line &cl) {
     }
     const std::unique_ptr<session> s = open_session(cl.read);
     if (!s) return EXIT_TROUBLE;
-    return run_documents(cl, *s, [&](std::string_view text, const std::string &name, uint64_t line) {
-        json_node *root = nullptr;
-        read_failure why;
-        if (s->read(text, &root, why) != 0) return refused(cl, name, line, why);
+    return run_trees(cl, *s, [&](json_node *root, const std::string &name, uint64_t line) {
         return answer(*s, q, root, name, line);
     });
 }

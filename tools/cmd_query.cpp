@@ -59,13 +59,9 @@ int run_query(command_line &cl) {
     }
     const std::unique_ptr<session> s = open_session(cl.read);
     if (!s) return EXIT_TROUBLE;
-    const int status =
-        run_documents(cl, *s, [&](std::string_view text, const std::string &name, uint64_t line) {
-            json_node *root = nullptr;
-            read_failure why;
-            if (s->read(text, &root, why) != 0) return refused(cl, name, line, why);
-            return answer(*s, cl, q, root, name, line);
-        });
+    const int status = run_trees(cl, *s, [&](json_node *root, const std::string &name, uint64_t line) {
+        return answer(*s, cl, q, root, name, line);
+    });
     return status == EXIT_GOOD && q.no_value ? EXIT_NO_VALUE : status;
 }
 

@@ -4,9 +4,11 @@
 #define VXJSON_TOOL_QUERY_PATH_H
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
+#include "commands.h"
 #include "options.h"
 #include "vx_heap.h"
 #include "vxjson.h"
@@ -41,6 +43,12 @@ struct query_outcome {
     json_node *match = nullptr;
 };
 query_outcome evaluate_path(jlpca_ctx *ctx, json_node *root, const compiled_path &path);
+
+// Runs `answer` over the tree of every document (NULL for an empty one);
+// a document that does not read is reported and counted as bad.
+using tree_action =
+    std::function<doc_result(json_node *root, const std::string &name, uint64_t line)>;
+int run_trees(const command_line &cl, session &s, const tree_action &answer);
 
 }  // namespace vxcli
 
