@@ -110,6 +110,9 @@ inline constexpr int32_t PATH_GEN_ELEMENT = 561;
 inline constexpr int32_t PATH_ADD_FILTER = 96;
 
 // ---- json/jpath: path evaluation (json/eval) ----
+inline constexpr int32_t QUERY_STEP = 1302;            // json_query: a step evaluator failed
+inline constexpr int32_t QUERY_VIRTUAL_ITEMS = 1247;   // json_virtual_array_create: its item vector
+inline constexpr int32_t QUERY_MYSQL_SUBSCRIPT = 1561; // jpath_filter_array_item_mysql: a gatherer failed
 
 // ---- json/jpath: SQL/JSON functions and casts (json/eval) ----
 
