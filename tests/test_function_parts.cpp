@@ -1,6 +1,6 @@
 // The pieces of the function layer on their own: the JSON_QUERY wrapping
-// table cell by cell, the JSON_VALUE shape rule, and the ON ERROR actions
-// with their reports.
+// table cell by cell, the JSON_VALUE shape rule, the ON ERROR actions with
+// their reports, and the handled flag of the shared evaluation step.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -158,5 +158,52 @@ TEST(OnErrorEmpty, TextOnTheHeapOrNoMemory) {
     EXPECT_EQ(text, nullptr);
     EXPECT_EQ(trail(), (Trail{{VXJSON_ERR_NOMEM, kLineEmpty}}));
 }
+
+// ---- the shared evaluation step ----
+
+struct StepRow {
+    const char *id;
+    int32_t compat;
+    std::string path;
+    uint32_t on_empty, on_error;
+    int32_t kind;      // 2 text, 9 number, 14 datetime
+    int32_t rc, handled;
+    bool node;         // a node came back
+    std::string text;  // "NULL" for none
+};
+
+class EvaluationStep : public ::testing::TestWithParam<StepRow> {};
+TEST_P(EvaluationStep, HandledAndNode) {
+    const StepRow &r = GetParam();
+    VxEnv env(r.compat ? dialect(r.compat) : lax());
+    json_node *doc = env.tree("{\"a\":1}");
+    jpath path{};
+    jpath_init(&path, jpath_encode_flag(3, 0, 1, r.on_error, r.on_empty), 100, 0, 0);
+    ASSERT_EQ(env.start(r.path), 0);
+    ASSERT_EQ(jpath_flex(env.ctx.get(), &path), 0);
+    char *text = nullptr;
+    uint32_t len = 0;
+    int32_t indicator = 7, handled = 7;
+    json_node *node = nullptr;
+    EXPECT_EQ(json_query_with_mode(env.ctx.get(), doc, &path, r.kind, &text, &len, &indicator, &handled, &node),
+              r.rc);
+    EXPECT_EQ(handled, r.handled);
+    EXPECT_EQ(node != nullptr, r.node);
+    EXPECT_EQ(indicator, 0);
+    EXPECT_EQ(text ? std::string(text, len) : "NULL", r.text);
+}
+
+INSTANTIATE_TEST_SUITE_P(Step, EvaluationStep, rows<StepRow>({
+    {"Match", 0, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
+    {"NoMatchToOnError", 0, "$.b", 0, 2, 2, -3104, 1, false, "NULL"},
+    {"NoMatchEmptyText", 0, "$.b", 0, 3, 2, 0, 1, false, "[]"},
+    {"NoMatchEmptyNumberIsNull", 0, "$.b", 0, 3, 9, 0, 1, false, "NULL"},
+    {"NoMatchDefault", 0, "$.b", 0, 4, 14, 100, 1, false, "NULL"},
+    {"NullOnEmpty", 0, "$.b", 1, 2, 2, 0, 1, false, "NULL"},
+    {"ErrorOnEmpty", 0, "$.b", 2, 4, 2, -3104, 1, false, "NULL"},
+    {"MysqlMatch", 2, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
+    {"MysqlNoMatchIsNull", 2, "$.b", 0, 4, 2, 0, 1, false, "NULL"},
+    {"MysqlErrorOnEmpty", 2, "$.b", 3, 1, 9, -3104, 1, false, "NULL"},
+}), by_id);
 
 } // namespace
