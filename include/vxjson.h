@@ -1226,15 +1226,6 @@ VXJSON_API VXJSON_CHECK int32_t jpath_json_contains_path(json_node *doc,
 /* SQL/JSON functions: JSON_VALUE and JSON_QUERY                       */
 /* ================================================================== */
 
-/* The shape JSON_VALUE accepts: 0 for a scalar; -3106 for an object or a
- * document array (one value that is no scalar); -3107 for a virtual array
- * (several matches).  node must not be NULL.  Reports nothing. */
-VXJSON_API VXJSON_CHECK int32_t json_fun_value_check(const json_node *node);
-
-/* ================================================================== */
-/* Casts of JSON scalars                                               */
-/* ================================================================== */
-
 /* Result of a cast to a number and of JSON_VALUE ... RETURNING a number,
  * owned by the caller.  has_value 0 is SQL NULL (value then undefined). */
 typedef struct json_number_result {
@@ -1248,6 +1239,119 @@ typedef struct json_datetime_result {
     int32_t has_value;       /* 1 a value, 0 SQL NULL */
     vxtime value;            /* the datetime (platform's vxtime.h) */
 } json_datetime_result;
+
+/* The shape JSON_VALUE accepts: 0 for a scalar; -3106 for an object or a
+ * document array (one value that is no scalar); -3107 for a virtual array
+ * (several matches).  node must not be NULL.  Reports nothing. */
+VXJSON_API VXJSON_CHECK int32_t json_fun_value_check(const json_node *node);
+
+/* Text results of this family live on the context's heap (ctx->heap),
+ * NUL-terminated, and go with it; the caller frees nothing.  Function
+ * kind: the context's escape_mode, 0 JSON_VALUE (strings decoded), 1
+ * JSON_QUERY (strings keep their escapes; results are JSON text), any
+ * other value: the result is only written.  The clauses come from the
+ * compiled path: ret_len (longest text in bytes; for numbers the
+ * precision; for datetimes 3 asks for a date), ret_scale, wrapper, format
+ * (JSON_FMT_*), on_error and on_empty (JPATH_ON_*).  Status 100 is no
+ * value: the caller substitutes its DEFAULT (DEFAULT ON ERROR).  Status 0
+ * with no text (or has_value 0) is SQL NULL.  Out of memory (-503) is
+ * never turned into NULL or DEFAULT, whatever ON ERROR says. */
+
+/* JSON_VALUE(doc, path RETURNING VARCHAR(n) ...) and
+ * JSON_QUERY(doc, path RETURNING VARCHAR(n) [WITH [CONDITIONAL] WRAPPER]
+ * [PRETTY] ...): the text of what path selects in document.
+ * document: the root, NULL for SQL NULL (status 0, no text).  status: a
+ * failure the caller met before (reading the document): below 0 it goes
+ * straight to the ON ERROR clause.  *out / *out_len: the text on the heap,
+ * or NULL and 0.  JSON_VALUE writes a scalar's plain text (standard
+ * dialect) or the whole result compactly with strings unquoted
+ * (compatibility dialects); JSON_QUERY writes JSON text, inside brackets
+ * when the wrapper asks for them; a JSON null written as it stands and,
+ * in the standard dialect, the empty text are SQL NULL.
+ * Returns 0, 100, or (under ERROR ON ERROR / ON EMPTY) -3103 (JSON_QUERY
+ * without wrapper on a scalar or several values), -3104 (no match),
+ * -3106 / -3107 (JSON_VALUE on an object or array / several values),
+ * -3111 (longer than ret_len), the incoming status; -503; -3105 when a
+ * function kind other than 0 and 1 meets a container. */
+VXJSON_API VXJSON_CHECK int32_t json_fun_varchar(jlpca_ctx *ctx, json_node *document,
+                                                 const jpath *path, char **out,
+                                                 uint32_t *out_len, int32_t status);
+/* JSON_VALUE(doc, path RETURNING NUMBER(p, s)): the selected scalar as an
+ * exact decimal (json_cast_to_number), then rounded to precision ret_len
+ * and scale ret_scale when both are non-zero.  A scale of 0 leaves the
+ * value as it came, whatever the precision.  document NULL, a JSON null
+ * and NULL ON ERROR give has_value 0 with status 0.  out: the caller's.
+ * Returns 0, 100, or under ERROR ON ERROR / ON EMPTY the code: -3104,
+ * -3106, -3107, -3111 (does not fit p, s), -6128, -6149, -6102, the
+ * incoming status; -503. */
+VXJSON_API VXJSON_CHECK int32_t json_value_number(jlpca_ctx *ctx, json_node *document,
+                                                  const jpath *path,
+                                                  json_number_result *out, int32_t status);
+/* JSON_VALUE(doc, path RETURNING DATE / TIMESTAMP): the selected string
+ * as a datetime (json_cast_to_date), of type VXTIME_TYPE_DATE when
+ * ret_len is 3 (the time of day dropped) and VXTIME_TYPE_DATETIME
+ * otherwise.  Codes as json_value_number, with -6118 for a string that is
+ * no datetime and -6149 for a value that is no string. */
+VXJSON_API VXJSON_CHECK int32_t json_value_date(jlpca_ctx *ctx, json_node *document,
+                                                const jpath *path,
+                                                json_datetime_result *out, int32_t status);
+/* The evaluation step the three functions share: json_query (compat 0) or
+ * jpath_filter_mysql (any other compat, several matches allowed), then
+ * ON EMPTY and ON ERROR for a failure.  kind: 2 text (out / out_len may
+ * get "[]"), 9 number, 14 datetime (out / out_len unused, may be NULL).
+ * indicator: set to 0 when not NULL.  *handled: 1 when a failure was
+ * settled by a clause; the status is then the answer.  *node: the match
+ * (a document node, or a virtual array of several) when *handled is 0.
+ * No match: standard dialect: ON EMPTY NULL gives 0, ERROR ON EMPTY
+ * -3104, none given hands it to ON ERROR; compatibility dialects: 0
+ * unless ERROR ON EMPTY. */
+VXJSON_API VXJSON_CHECK int32_t json_query_with_mode(jlpca_ctx *ctx, json_node *document,
+                                                     const jpath *path, int32_t kind,
+                                                     char **out, uint32_t *out_len,
+                                                     int32_t *indicator, int32_t *handled,
+                                                     json_node **node);
+/* The shape JSON_QUERY accepts under path->wrapper, and how it writes it.
+ * *wrap: the caller sets it to path->wrapper first; afterwards
+ * JPATH_WRAPPER_WITH means "inside brackets" and JPATH_WRAPPER_WITHOUT
+ * "as it stands" (several matches as an array of them).  An object or
+ * document array: 0 (conditional: as it stands).  Several matches: -3103
+ * without wrapper, else 0, as they stand.  A scalar: -3103 without
+ * wrapper, else 0, inside brackets.  Reports nothing. */
+VXJSON_API VXJSON_CHECK int32_t json_fun_query_check(const jpath *path, const json_node *node,
+                                                     uint32_t *wrap);
+/* ON ERROR for a number or datetime result: ERROR returns status (reported
+ * with source "json/jpath"), DEFAULT returns 100, NULL and EMPTY set
+ * *indicator (when not NULL) to 0 and return 0.  -503 is always
+ * returned. */
+VXJSON_API int32_t jpath_dop_ret_code(const jpath *path, int32_t *indicator, int32_t status);
+/* ON ERROR for a text result: *out / *out_len cleared; EMPTY gives "[]"
+ * on the heap and 0 (-503 without memory), DEFAULT 100, ERROR status
+ * (reported), NULL 0.  -503 is always returned. */
+VXJSON_API VXJSON_CHECK int32_t jpath_varchar_ret_code(jlpca_ctx *ctx, const jpath *path,
+                                                       char **out, uint32_t *out_len,
+                                                       int32_t status);
+/* JSON_EXTRACT(doc, path) and -> / ->> (MySQL): the text of what path
+ * (json_query) selects, written with path->format and the string
+ * conversion option (JSON_CONV_MYSQL for JSON text, JSON_CONV_PLAIN for
+ * unquoted text).  path NULL: the whole document, compact.
+ * containers_only (low byte): a scalar result is no value.  document NULL:
+ * 0 with no text.  Returns 0, 100 when the path selects nothing (or a
+ * scalar under containers_only), -503 or a writing failure (reported). */
+VXJSON_API VXJSON_CHECK int32_t json_fun_varchar_mysql(jlpca_ctx *ctx, json_node *document,
+                                                       const jpath *path, uint8_t option,
+                                                       uint32_t containers_only, char **out,
+                                                       uint32_t *out_len);
+/* jsonb #> path and #>> path (PostgreSQL): the text of what path selects,
+ * written with path->format and the option word's low byte as string
+ * conversion (JSON_CONV_JSON for #>, JSON_CONV_PLAIN for #>>, where a JSON
+ * null is SQL NULL: 0 with no text).  Returns as json_fun_varchar_mysql. */
+VXJSON_API VXJSON_CHECK int32_t json_fun_varchar_pg(jlpca_ctx *ctx, json_node *document,
+                                                    const jpath *path, uint32_t option,
+                                                    char **out, uint32_t *out_len);
+
+/* ================================================================== */
+/* Casts of JSON scalars                                               */
+/* ================================================================== */
 
 /* The value of one scalar node as an exact decimal, never through a
  * double: an integer exactly, a number text rounded to 38 digits, a string
