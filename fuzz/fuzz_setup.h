@@ -47,6 +47,7 @@ inline FuzzModes take_modes(const uint8_t *&data, size_t &size) {
 struct FuzzEnv {
     vx_session session{};
     vx_heap *heap = nullptr;
+    vx_alloc_state &state = session.alloc_state;
     vx_allocator &alloc = session.alloc;
     // The context, reached as ctx.get() and ctx->.
     struct {
