@@ -31,8 +31,8 @@ inline void copy_words(void *dst, const void *src, size_t n) {
     for (size_t i = 0; i < n; i++) d[i] = s[i];
 }
 
-// The element log of one read, in a buffer of its own (inline at first,
-// then from the system allocator, released with the log):
+// The element log of one read, in the context's token-text buffer (which
+// the tree reader does not otherwise need), grown from the system allocator:
 //
 //   front, growing up:    per array, a record {array, items, next, count}
 //                         made when it opens (linked in creation order), and
@@ -45,12 +45,18 @@ inline void copy_words(void *dst, const void *src, size_t n) {
 // logging (ok() false).
 class element_log {
 public:
-    element_log() = default;
+    explicit element_log(jlpca_ctx *ctx) : ctx_(ctx) {
+        // The context keeps its token-text buffer across reads, so a large
+        // document pays for the log's memory once, not at every read.
+        auto addr = reinterpret_cast<uintptr_t>(ctx_->scan_buf);
+        uintptr_t aligned = (addr + alignof(uintptr_t) - 1) & ~uintptr_t(alignof(uintptr_t) - 1);
+        w_ = reinterpret_cast<uintptr_t *>(aligned);
+        const size_t skip = aligned - addr;
+        cap_ = ctx_->scan_cap > skip ? (ctx_->scan_cap - skip) / sizeof(uintptr_t) : 0;
+        free_ = cap_;
+    }
     element_log(const element_log &) = delete;
     element_log &operator=(const element_log &) = delete;
-    ~element_log() {
-        if (w_ != inline_) std::free(w_);
-    }
     bool ok() const { return ok_; }
 
     // Record an array when it opens; the result is its record's index.
@@ -133,7 +139,9 @@ private:
         if (!w) return fail();
         std::memcpy(w, w_, lo_ * sizeof(uintptr_t));
         std::memcpy(w + cap - hi_, w_ + cap_ - hi_, hi_ * sizeof(uintptr_t));
-        if (w_ != inline_) std::free(w_);
+        if (ctx_->scan_buf != ctx_->scan_inline) std::free(ctx_->scan_buf);
+        ctx_->scan_buf = reinterpret_cast<char *>(w);
+        ctx_->scan_cap = uint32_t(cap * sizeof(uintptr_t));
         w_ = w;
         cap_ = cap;
         free_ = cap_ - lo_ - hi_;
@@ -145,12 +153,10 @@ private:
         return ok_ = false;
     }
 
-    static constexpr size_t INLINE_WORDS = 256;
-
-    uintptr_t inline_[INLINE_WORDS];
-    size_t free_ = INLINE_WORDS; // words between the two parts
-    uintptr_t *w_ = inline_;     // the buffer, as words
-    size_t cap_ = INLINE_WORDS;  // its words
+    jlpca_ctx *ctx_;
+    size_t free_ = 0;        // words between the two parts
+    uintptr_t *w_ = nullptr; // the buffer, as words
+    size_t cap_ = 0;         // its words
     size_t lo_ = 0;              // words of the front part
     size_t hi_ = 0;              // words of the back stack
     size_t records_ = 0;         // arrays recorded

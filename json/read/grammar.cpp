@@ -76,7 +76,7 @@ inline void copy_text(char *dst, const char *src, size_t len) {
 
 class tree_grammar {
 public:
-    tree_grammar(jlpca_ctx *ctx, const scan::scan_state &s) : pool_(ctx, s) {}
+    tree_grammar(jlpca_ctx *ctx, const scan::scan_state &s) : pool_(ctx, s), log_(ctx) {}
 
     static constexpr scan::scan_mode MODE = scan::scan_mode::tree;
     static constexpr uint32_t OPEN_ENTRIES = 1;
