@@ -47,6 +47,8 @@ int run_format(command_line &cl);
 // Tree operations on two or more documents.
 enum class op_kind { equal, contains, overlaps, merge_patch, merge_preserve, concat, strip_nulls };
 int run_op(op_kind op, command_line &cl);
+// The dialect a command reads its inputs in unless --dialect is given.
+const char *default_dialect(const char *command);
 
 // Path queries.
 

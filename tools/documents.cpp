@@ -5,6 +5,7 @@
 
 #include "commands.h"
 #include "input.h"
+#include "show.h"
 
 namespace vxcli {
 
@@ -70,13 +71,13 @@ void run_lines(const input_spec &in, session &s, const doc_action &act, tally &t
 
 void tool_error(const std::string &message) {
     clear_progress_line();
-    std::fprintf(stderr, "vxjson: %s\n", message.c_str());
+    std::fprintf(stderr, "vxjson: %s\n", shown(message).c_str());
 }
 
 void report_failure(const std::string &name, uint64_t line, const read_failure &why) {
     clear_progress_line();
-    std::fprintf(stderr, "%s:%llu: error %d: %s\n", name.c_str(),
-                 static_cast<unsigned long long>(line), why.code, why.message.c_str());
+    std::fprintf(stderr, "%s:%llu: error %d: %s\n", shown(name).c_str(),
+                 static_cast<unsigned long long>(line), why.code, shown(why.message).c_str());
 }
 
 std::unique_ptr<session> open_session(const read_options &opts) {

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "commands.h"
 #include "options.h"
 
 namespace vxcli {
@@ -91,8 +92,10 @@ const char EQUAL[] =
     "usage: vxjson equal [SWITCHES] A B\n"
     "\n"
     "Prints true when A and B are the same value, false otherwise.  Member\n"
-    "order does not count; 1 and 1.0 are equal; a scalar may be a whole\n"
-    "input.\n";
+    "order does not count; a scalar may be a whole input.\n"
+    "Numbers compare by their text first, then as doubles: 1 and 1.0 are\n"
+    "equal, and so are two numbers of 37 digits that differ only in the last\n"
+    "(a double keeps about 16 digits).\n";
 
 const char EQUAL_EXAMPLES[] =
     "\n"
@@ -105,7 +108,10 @@ const char CONTAINS[] =
     "\n"
     "Prints true when A contains B.  By default the PostgreSQL rule (A @> B);\n"
     "with --dialect mysql, MySQL's JSON_CONTAINS(A, B), under which an\n"
-    "object in an array also contains a part of itself.\n";
+    "object in an array also contains a part of itself.\n"
+    "Numbers compare by their text first, then as doubles: 1 and 1.0 are\n"
+    "equal, and so are two numbers of 37 digits that differ only in the last\n"
+    "(a double keeps about 16 digits).\n";
 
 const char CONTAINS_EXAMPLES[] =
     "\n"
@@ -118,7 +124,10 @@ const char OVERLAPS[] =
     "\n"
     "Prints true when A and B share a member (same name, equal value) or an\n"
     "element, as MySQL's JSON_OVERLAPS.  Inputs are read in the mysql dialect\n"
-    "unless --dialect says otherwise.\n";
+    "unless --dialect says otherwise.\n"
+    "Numbers compare by their text first, then as doubles: 1 and 1.0 are\n"
+    "equal, and so are two numbers of 37 digits that differ only in the last\n"
+    "(a double keeps about 16 digits).\n";
 
 const char OVERLAPS_EXAMPLES[] =
     "\n"
@@ -210,7 +219,11 @@ const char *command_help(const char *name) {
         if (h.text.empty()) {
             h.text = h.head;
             if (h.writes) h.text += std::string("\n") + WRITE_OPTIONS_HELP;
-            h.text += std::string("\n") + READ_OPTIONS_HELP + h.examples;
+            std::string reading = READ_OPTIONS_HELP;
+            const std::string standard = "(default standard)";
+            reading.replace(reading.find(standard), standard.size(),
+                            std::string("(default ") + default_dialect(h.name) + ")");
+            h.text += "\n" + reading + h.examples;
         }
         return h.text.c_str();
     }

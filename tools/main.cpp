@@ -1,6 +1,7 @@
 // vxjson: the library in a user's hands.  Dispatches to a command, prints
 // help and the version, and applies the process-wide character set.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -46,6 +47,11 @@ const command *find_command(const char *name) {
     return nullptr;
 }
 
+// The values the library's configuration takes from the environment.
+bool valid_charset_value(const char *v) {
+    return std::strcmp(v, "0") == 0 || std::strcmp(v, "1") == 0 || std::strcmp(v, "2") == 0;
+}
+
 int usage_error(const std::string &message, const char *command_name) {
     tool_error(message);
     std::fprintf(stderr, "Try 'vxjson %s--help'.\n",
@@ -86,7 +92,13 @@ int run(int argc, char **argv) {
         std::fputs(command_help(cmd->name), stdout);
         return EXIT_GOOD;
     }
-    if (cl.read.charset >= 0) ini_set_value(0, VX_INI_CHARSET, cl.read.charset);
+    if (cl.read.charset >= 0) {
+        ini_set_value(0, VX_INI_CHARSET, cl.read.charset);
+    } else if (const char *env = std::getenv("VXJSON_CHARSET"); env && !valid_charset_value(env)) {
+        tool_error(std::string("bad value for VXJSON_CHARSET: '") + env +
+                   "' (0 GB18030, 1 UTF-8, 2 EUC-KR)");
+        return EXIT_TROUBLE;
+    }
     return cmd->run(cl);
 }
 

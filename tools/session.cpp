@@ -20,6 +20,7 @@ constexpr size_t HEAP_FIRST_BLOCK_MAX = 64u << 20;
 constexpr uint32_t OUTPUT_INITIAL = 64u << 10;
 // The reader keeps lengths in 32 bits and adds a little slack to them.
 constexpr size_t TEXT_MAX = UINT32_MAX - 16;
+constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
 bool trail_has(int32_t code) {
     const uint32_t n = elog_trail_count();
@@ -70,6 +71,12 @@ void session::init_context() {
     if (opts_.scalar_top) c->scalar_top = 1;
     if (opts_.dup_replace) c->dup_key_replace = 1;
     if (opts_.sorted_keys) c->sorted_keys = 1;
+    // pg and mysql read a document as their servers store it (jsonb, the
+    // MySQL JSON type): members sorted, the last of repeated names kept.
+    if (opts_.compat != JLPCA_COMPAT_STANDARD && !opts_.unique_keys) {
+        c->sorted_keys = 1;
+        c->dup_key_replace = 1;
+    }
 }
 
 int32_t session::run(std::string_view text, bool tree, json_node **root) {
@@ -125,7 +132,11 @@ int32_t session::refuse(std::string_view text, int32_t rc, read_failure &why, bo
         elog_trail_clear();
         return VXJSON_ERR_NOMEM;
     }
-    if (c.err_code < 0) {
+    if (text.substr(0, 3) == BYTE_ORDER_MARK) {
+        // Nothing after a byte-order mark is read: it is the first fault.
+        why.code = c.err_code < 0 ? c.err_code : rc;
+        why.message = "the text starts with a byte-order mark (EF BB BF), which JSON text has not";
+    } else if (c.err_code < 0) {
         why.code = c.err_code;
         why.message = c.err_msg[0] ? c.err_msg : code_message(c.err_code);
         if (c.err_line) {
