@@ -217,7 +217,7 @@ typedef struct jlpca_ctx {
     int32_t err_code;        /* 0, or the negative code of the lexical error */
     char err_msg[JLPCA_ERR_MSG_SIZE]; /* NUL-terminated message */
     uint32_t err_line;       /* line (from 1) where the error was detected */
-    uint32_t err_aux;        /* second position word */
+    uint32_t err_aux;        /* place of the error: see jlpca_error_position */
     /* multibyte tracking */
     int32_t mb_track;        /* 1 while inside a quoted string */
     uint32_t mb_pending;     /* bytes of the last character beyond the piece */
@@ -822,6 +822,31 @@ VXJSON_API VXJSON_CHECK int32_t json_cast_number_to_datetime(const json_node *no
 /* ================================================================== */
 /* Error positions and opt-in reading modes                            */
 /* ================================================================== */
+
+/* Where the last json_flex, jcheck_flex (or json_flex_next_token) of ctx
+ * failed, without reading the text again.  The reader records the place
+ * of its first lexical or grammar error (a lexical error wins over the
+ * syntax error it causes) in err_aux; this turns it into:
+ *   offset   bytes of the text before the failing token, or before the
+ *            byte inside it that is to blame (a raw tab in a string, the
+ *            backslash of a bad escape)
+ *   line     1 + the line feeds before offset (as err_line counts them)
+ *   column   1 + the bytes between the last line feed and offset
+ *   message  the error's message: err_msg for a lexical error, else the
+ *            grammar's ("syntax error", "memory exhausted", "out of
+ *            memory", "duplicate key", "scalar at top level", "empty
+ *            document"); static or inside ctx, valid until ctx changes
+ * Any output pointer may be NULL.  ctx->text must still be the text that
+ * was read.  Offsets past 512 MiB are reported as 512 MiB - 1.
+ * Returns the failure's own code: -4, -5, -3105, -6102 (lexical), -2007
+ * (syntax, strict-only refusal or nesting too deep), -503 (out of memory),
+ * -3105 (duplicate key, scalar or empty document); 0 when the last read
+ * failed nowhere (then offset 0, line 1, column 1, message ""). */
+VXJSON_API VXJSON_CHECK int32_t jlpca_error_position(const jlpca_ctx *ctx,
+                                                     uint32_t *offset,
+                                                     uint32_t *line,
+                                                     uint32_t *column,
+                                                     const char **message);
 
 #ifdef __cplusplus
 }
