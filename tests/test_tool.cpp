@@ -140,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(Ops, Tool, rows_of("tool/ops.tsv"), data_row_namer());
 
 TEST(ToolCases, EveryFileHasItsRows) {
     expect_row_counts(
-        {{"tool/general.tsv", 38}, {"tool/check.tsv", 50}, {"tool/format.tsv", 28}, {"tool/ops.tsv", 45}});
+        {{"tool/general.tsv", 38}, {"tool/check.tsv", 56}, {"tool/format.tsv", 28}, {"tool/ops.tsv", 45}});
 }
 
 // A JSON Lines stream much larger than the tool's buffers is read in
@@ -160,10 +160,28 @@ TEST(ToolStream, LinesInBoundedMemory) {
     const run_result one = run_tool_from({"format", "--lines", small}, "/dev/null", {});
     const run_result r = run_tool_from({"format", "--lines", big}, "/dev/null", {});
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, big + ":40001: error -3105: syntax error: unexpected end of input\n"
+    EXPECT_EQ(r.err, big + ":40001:4: error -3105: syntax error: unexpected end of input\n"
                            "vxjson: 40001 lines, 1 bad\n");
     EXPECT_EQ(r.out.size(), 40000 * line.size());
     EXPECT_LT(r.max_rss_kb - one.max_rss_kb, 8 * 1024) << "peak memory grew with the stream";
+}
+
+// A document over --max-memory is refused without reading it again: the
+// peak under a limit stays below the peak of reading it whole.
+TEST(ToolStream, LimitNeverRaisesThePeak) {
+    const std::string doc = g_dir + "/large.json";
+    {
+        std::ofstream out(doc, std::ios::binary);
+        out << "[";
+        for (int i = 0; i < 400000; ++i) out << "{\"k\":" << i << ",\"v\":[1.5,\"x\"]},";
+        out << "0]";  // about 11 MB
+    }
+    const run_result whole = run_tool_from({"format", doc}, "/dev/null", {});
+    const run_result limited = run_tool_from({"format", "--max-memory", "8M", doc}, "/dev/null", {});
+    EXPECT_EQ(whole.status, 0);
+    EXPECT_EQ(limited.status, 1);
+    EXPECT_EQ(limited.err, doc + ":1: error -503: the document needs more memory than --max-memory 8M allows\n");
+    EXPECT_LT(limited.max_rss_kb, whole.max_rss_kb) << "the limit raised the peak";
 }
 
 }  // namespace

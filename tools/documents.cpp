@@ -76,8 +76,10 @@ void tool_error(const std::string &message) {
 
 void report_failure(const std::string &name, uint64_t line, const read_failure &why) {
     clear_progress_line();
-    std::fprintf(stderr, "%s:%llu: error %d: %s\n", shown(name).c_str(),
-                 static_cast<unsigned long long>(line), why.code, shown(why.message).c_str());
+    const std::string column = why.column ? ":" + std::to_string(why.column) : "";
+    std::fprintf(stderr, "%s:%llu%s: error %d: %s\n", shown(name).c_str(),
+                 static_cast<unsigned long long>(line), column.c_str(), why.code,
+                 shown(why.message).c_str());
 }
 
 std::unique_ptr<session> open_session(const read_options &opts) {
@@ -90,7 +92,9 @@ std::unique_ptr<session> open_session(const read_options &opts) {
 doc_result refused(const command_line &cl, const std::string &name, uint64_t line,
                    const read_failure &why) {
     if (!cl.quiet || why.out_of_memory) report_failure(name, line + why.line - 1, why);
-    return why.out_of_memory ? doc_result::fatal : doc_result::bad;
+    // A document over --max-memory is refused like a bad one; the next
+    // may fit.  Without a limit, running out of memory ends the run.
+    return why.out_of_memory && cl.read.max_memory == 0 ? doc_result::fatal : doc_result::bad;
 }
 
 int run_documents(const command_line &cl, session &s, const doc_action &act) {

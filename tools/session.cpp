@@ -6,7 +6,7 @@
 
 #include <cstdio>
 
-#include "locate.h"
+#include "error_text.h"
 #include "vx_elog.h"
 
 namespace vxcli {
@@ -91,7 +91,7 @@ int32_t session::read(std::string_view text, json_node **root, read_failure &why
     *root = nullptr;
     if (text.size() > TEXT_MAX) return too_large(why);
     const int32_t rc = run(text, true, root);
-    return rc == 0 ? 0 : refuse(text, rc, why, true);
+    return rc == 0 ? 0 : refuse(text, rc, why);
 }
 
 // The check grammar ignores scalar_top in the standard dialect, and only
@@ -101,7 +101,7 @@ int32_t session::check(std::string_view text, read_failure &why) {
     const bool tree = opts_.unique_keys || (ctx_->scalar_top && ctx_->compat == 0);
     json_node *root = nullptr;
     const int32_t rc = run(text, tree, &root);
-    return rc == 0 ? 0 : refuse(text, rc, why, tree);
+    return rc == 0 ? 0 : refuse(text, rc, why);
 }
 
 int32_t session::too_large(read_failure &why) {
@@ -109,52 +109,34 @@ int32_t session::too_large(read_failure &why) {
     return VXJSON_ERR_INVALID_JSON;
 }
 
-bool session::out_of_memory(std::string_view text, int32_t rc, bool tree) {
-    if (rc == VXJSON_ERR_NOMEM || trail_has(VXJSON_ERR_NOMEM)) return true;
-    if (!opts_.max_memory) return false;
-    // The reader folds allocation failures into -3105: a text that reads
-    // without the limit was refused for its size alone.
-    mem_heap_set_byte_limit(heap_, UINT64_MAX);
-    json_node *root = nullptr;
-    const bool fits_without_limit = run(text, tree, &root) == 0;
-    const uint64_t used = mem_heap_bytes_used(heap_);
-    mem_heap_set_byte_limit(heap_, used < opts_.max_memory ? opts_.max_memory - used : 0);
-    return fits_without_limit;
-}
-
-int32_t session::refuse(std::string_view text, int32_t rc, read_failure &why, bool tree) {
+// Where and why the reader stopped, as it recorded it: the text is never
+// read again, so a refusal costs no more memory than the reading did.
+int32_t session::refuse(std::string_view text, int32_t rc, read_failure &why) {
     const jlpca_ctx &c = *ctx_;
     why = read_failure{};
-    if (out_of_memory(text, rc, tree)) {
+    uint32_t offset = 0, line = 1, column = 1;
+    const char *message = "";
+    const int32_t code = jlpca_error_position(&c, &offset, &line, &column, &message);
+    if (rc == VXJSON_ERR_NOMEM || code == VXJSON_ERR_NOMEM || trail_has(VXJSON_ERR_NOMEM)) {
         why.code = VXJSON_ERR_NOMEM;
         why.out_of_memory = true;
-        why.message = opts_.max_memory ? "out of memory (more than --max-memory)" : "out of memory";
+        why.message = opts_.max_memory ? "the document needs more memory than --max-memory " +
+                                             size_text(opts_.max_memory) + " allows"
+                                       : "out of memory";
         elog_trail_clear();
         return VXJSON_ERR_NOMEM;
     }
+    why.code = c.err_code < 0 ? c.err_code : rc;
+    why.line = line;
+    why.column = column;
     if (text.substr(0, 3) == BYTE_ORDER_MARK) {
         // Nothing after a byte-order mark is read: it is the first fault.
-        why.code = c.err_code < 0 ? c.err_code : rc;
+        why.line = why.column = 1;
         why.message = "the text starts with a byte-order mark (EF BB BF), which JSON text has not";
     } else if (c.err_code < 0) {
-        why.code = c.err_code;
-        why.message = c.err_msg[0] ? c.err_msg : code_message(c.err_code);
-        if (c.err_line) {
-            why.line = c.err_line;
-        } else {
-            // Number errors come from the number helpers, which know no line.
-            const bool overflow = c.err_code == VXJSON_ERR_DOUBLE_OVERFLOW;
-            why.line = locate_number_error(text, c.strict != 0, overflow).line;
-        }
+        why.message = message[0] ? message : code_message(c.err_code);
     } else {
-        grammar_rules rules;
-        rules.strict = c.strict != 0;
-        rules.scalar_top = c.compat != 0 || (tree && c.scalar_top);
-        rules.unique_keys = c.unique_keys != 0;
-        const error_spot spot = locate_syntax_error(text, rules);
-        why.code = rc;
-        why.line = spot.line;
-        why.message = spot.found ? spot.message : "syntax error";
+        why.message = grammar_error_text(text, offset, message, c.scalar_top || c.compat != 0);
     }
     elog_trail_clear();
     return rc;

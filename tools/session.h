@@ -23,6 +23,7 @@ struct read_failure {
     uint32_t line = 1;           // line within the text, from 1
     std::string message;
     bool out_of_memory = false;  // the library ran out of memory (-503)
+    uint32_t column = 0;         // column within the line, from 1; 0 unknown
 };
 
 class session {
@@ -59,8 +60,7 @@ private:
     int32_t run(std::string_view text, bool tree, json_node **root);
     int32_t too_large(read_failure &why);
     int32_t write_tree(const json_node *node, const write_options &w);
-    bool out_of_memory(std::string_view text, int32_t rc, bool tree);
-    int32_t refuse(std::string_view text, int32_t rc, read_failure &why, bool tree_grammar);
+    int32_t refuse(std::string_view text, int32_t rc, read_failure &why);
 
     read_options opts_;
     vx_heap *heap_ = nullptr;
