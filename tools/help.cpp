@@ -60,6 +60,8 @@ const char CHECK[] =
     "check switches:\n"
     "  --lines                      JSON Lines: check each line on its own (blank\n"
     "                               lines are skipped) and end with a count\n"
+    "  --jobs N                     with --lines, N threads (default: the machine's\n"
+    "                               cores); messages stay in input order\n"
     "  -q, --quiet                  no messages, only the exit status\n";
 
 const char CHECK_EXAMPLES[] =
@@ -79,6 +81,8 @@ const char FORMAT[] =
     "\n"
     "format switches:\n"
     "  --lines                      JSON Lines in and out, a line at a time\n"
+    "  --jobs N                     with --lines, N threads (default: the machine's\n"
+    "                               cores); output stays in input order\n"
     "  -q, --quiet                  no messages for bad inputs\n";
 
 const char FORMAT_EXAMPLES[] =

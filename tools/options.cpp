@@ -124,8 +124,25 @@ bool value_switch(const std::string &name, const std::string &value, read_option
     return true;
 }
 
-bool takes_value(const std::string &name) {
-    return name == "--dialect" || name == "--charset" || name == "--max-memory";
+bool takes_value(const std::string &name, unsigned groups) {
+    return name == "--dialect" || name == "--charset" || name == "--max-memory" ||
+           ((groups & OPT_LINES) && name == "--jobs");
+}
+
+// --jobs N: from 1 to this many threads.
+constexpr unsigned JOBS_MAX = 1024;
+
+bool jobs_switch(const std::string &value, unsigned &jobs, std::string &error) {
+    char *end = nullptr;
+    errno = 0;
+    const unsigned long v = value.empty() || value[0] < '0' || value[0] > '9'
+                                ? 0 : std::strtoul(value.c_str(), &end, 10);
+    if (v == 0 || v > JOBS_MAX || errno || *end) {
+        error = "bad value for --jobs: '" + value + "' (from 1 to " + std::to_string(JOBS_MAX) + ")";
+        return false;
+    }
+    jobs = static_cast<unsigned>(v);
+    return true;
 }
 
 void add_input(command_line &out, bool is_inline, std::string text) {
@@ -190,7 +207,7 @@ bool parse_command_line(int argc, char **argv, int first, unsigned groups, comma
         }
         size_t eq = arg.find('=');
         std::string name = arg.substr(0, eq);
-        if (!takes_value(name)) {
+        if (!takes_value(name, groups)) {
             error = "unknown switch '" + arg + "'";
             return false;
         }
@@ -203,7 +220,9 @@ bool parse_command_line(int argc, char **argv, int first, unsigned groups, comma
             error = name + " needs a value";
             return false;
         }
-        if (!value_switch(name, value, out.read, error)) return false;
+        if (name == "--jobs" ? !jobs_switch(value, out.jobs, error)
+                             : !value_switch(name, value, out.read, error))
+            return false;
     }
     if (out.read.unique_keys && out.read.dup_replace) {
         error = "--unique-keys and --dup-replace contradict each other";

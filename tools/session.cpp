@@ -186,6 +186,11 @@ bool session::flush(uint32_t at_least) {
     return true;
 }
 
+void session::take_output(std::string &into) {
+    into.append(out_->buf, out_->len);
+    vxstr_init(out_);
+}
+
 void session::reset() {
     const uint64_t used = mem_heap_bytes_used(heap_);
     if (used <= heap_first_ || heap_first_ >= HEAP_FIRST_BLOCK_MAX) {

@@ -50,6 +50,9 @@ public:
     // larger than `at_least` bytes; false when standard output failed.
     bool flush(uint32_t at_least = 0);
 
+    // Moves the output assembled so far to the end of `into`.
+    void take_output(std::string &into);
+
     // Forgets every tree; the memory is kept for the next text.
     void reset();
 
