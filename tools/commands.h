@@ -64,8 +64,12 @@ int run_op(op_kind op, command_line &cl);
 const char *default_dialect(const char *command);
 
 // Path queries.
+constexpr int EXIT_NO_VALUE = 3;  // query: in some document nothing matched
+int run_query(command_line &cl);
+int run_contains_path(command_line &cl);
 
 // SQL/JSON functions.
+int run_value(command_line &cl);
 
 // Changes by path.
 

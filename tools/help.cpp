@@ -7,6 +7,7 @@
 
 #include "commands.h"
 #include "options.h"
+#include "sql_function.h"
 
 namespace vxcli {
 
@@ -28,6 +29,10 @@ const char GENERAL[] =
     "  merge-preserve A B [C...]   JSON_MERGE_PRESERVE of the inputs, left to right\n"
     "  concat A B                  A || B, PostgreSQL jsonb concatenation\n"
     "  strip-nulls A               A without null-valued members (jsonb_strip_nulls)\n"
+    "  query PATH [INPUT...]       the values PATH selects in each input\n"
+    "  contains-path one|all PATH... [INPUT]  does a path match? (JSON_CONTAINS_PATH)\n"
+    "  value PATH [INPUT...]       JSON_VALUE: the scalar PATH selects, as text, number\n"
+    "                              or datetime (query takes JSON_QUERY's clauses)\n"
     "\n"
     "An INPUT is a file name, '-' for standard input, or -e TEXT for a JSON\n"
     "text given inline.  check and format read standard input when given no\n"
@@ -35,7 +40,8 @@ const char GENERAL[] =
     "\n"
     "exit status: 0 all inputs valid (a predicate prints its answer and exits 0),\n"
     "1 some input is not well-formed (check, format), 2 bad arguments, an\n"
-    "unreadable input, out of memory, or an operation that failed.\n"
+    "unreadable input, out of memory, or an operation that failed, 3 (query)\n"
+    "some input in which the path matched nothing.\n"
     "\n"
     "examples:\n"
     "  vxjson check data/*.json\n"
@@ -194,12 +200,99 @@ const char STRIP_NULLS_EXAMPLES[] =
     "  vxjson strip-nulls -e '{\"a\":null,\"b\":[null,{\"c\":null}]}'   # {\"b\":[null,{}]}\n"
     "  vxjson strip-nulls --pretty record.json\n";
 
+const char QUERY[] =
+    "usage: vxjson query [SWITCHES] PATH [INPUT...]\n"
+    "\n"
+    "Writes the value that PATH selects in each input as JSON text, followed\n"
+    "by a line feed.  Several matches are written as one array of them (in\n"
+    "document order, the values themselves).  Nothing is written for an\n"
+    "input in which nothing matched; with --lines such a line gives an empty\n"
+    "output line, so that output lines follow the good input lines.\n"
+    "The evaluator is the dialect's:\n"
+    "  standard  JSON_VALUE / JSON_QUERY paths; the first of repeated member\n"
+    "            names wins\n"
+    "  pg        the PostgreSQL-compatible mode: the last of repeated names\n"
+    "            wins, [1 to 3] takes its first position only\n"
+    "  mysql     MySQL paths: the last of repeated names wins, a member step\n"
+    "            never looks into an array, [1, 2] is a bad path\n"
+    "A bad input is reported as by check and skipped.\n"
+    "\n"
+    "exit status: 0 every input had a value, 3 some input had none (and none\n"
+    "was bad), 1 some input was not well-formed or could not be evaluated,\n"
+    "2 a bad path or switch, an unreadable input, out of memory.\n"
+    "\n"
+    "With a clause switch, query is JSON_QUERY(INPUT, PATH ...): the result\n"
+    "is JSON text with strings as written, several matches or a scalar need\n"
+    "--wrapper with|conditional (else ON ERROR settles it), --pretty lays\n"
+    "the result out as the server does, and SQL NULL prints as <null>, a\n"
+    "DEFAULT result as <default>.\n"
+    "  --wrapper without|with|conditional  WITHOUT / WITH [CONDITIONAL] WRAPPER\n"
+    "  --returning text|varchar(N)  JSON_QUERY returns text only\n"
+    "\n"
+    "query switches:\n"
+    "  --lines                      JSON Lines: one result line per good line\n"
+    "  -q, --quiet                  no messages for bad inputs\n";
+
+const char QUERY_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson query '$.statuses[0].user.id' twitter.json\n"
+    "  vxjson query '$.a[*]' -e '{\"a\":[1,2]}'                  # [1,2]\n"
+    "  vxjson query --dialect mysql '$.a' -e '{\"a\":1,\"a\":2}'     # 2\n"
+    "  vxjson query --lines '$.user.name' events.jsonl\n";
+
+const char CONTAINS_PATH[] =
+    "usage: vxjson contains-path [SWITCHES] one|all PATH... [INPUT]\n"
+    "\n"
+    "MySQL's JSON_CONTAINS_PATH(INPUT, 'one'|'all', PATH, ...): prints true\n"
+    "when one of the paths (one) or every path (all) matches a value in the\n"
+    "input, else false.  The input is the last argument unless it starts with\n"
+    "'$'; then standard input is read.  Inputs are read in the mysql dialect\n"
+    "unless --dialect says otherwise.  Exit status 0 when every input was\n"
+    "answered, 1 when some input was bad, 2 on trouble.\n"
+    "\n"
+    "contains-path switches:\n"
+    "  --lines                      JSON Lines: one answer line per good line\n"
+    "  -q, --quiet                  no messages for bad inputs\n";
+
+const char CONTAINS_PATH_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson contains-path one '$.a' '$.z' -e '{\"a\":1}'       # true\n"
+    "  vxjson contains-path all '$.a' '$.z' -e '{\"a\":1}'       # false\n"
+    "  vxjson contains-path one '$.user.id' --lines events.jsonl\n";
+
+const char VALUE[] =
+    "usage: vxjson value [SWITCHES] PATH [INPUT...]\n"
+    "\n"
+    "JSON_VALUE(INPUT, PATH RETURNING ...) over each input: one answer line\n"
+    "per input, the scalar PATH selects as plain text (strings without quotes\n"
+    "or escapes), or as a number or datetime with --returning.  An object,\n"
+    "an array or several matches are errors that ON ERROR settles.\n"
+    "SQL NULL prints as <null>, a DEFAULT result as <default>.\n"
+    "A bad input is reported as by check and skipped.\n"
+    "\n"
+    "exit status: 0 every input answered, 1 some input was bad or raised an\n"
+    "error, 2 a bad path or switch, an unreadable input, out of memory.\n"
+    "\n"
+    "value switches:\n"
+    "  --lines                      JSON Lines: one answer line per good line\n"
+    "  -q, --quiet                  no messages for bad inputs\n";
+
+const char VALUE_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson value '$.user.name' -e '{\"user\":{\"name\":\"x\"}}'      # x\n"
+    "  vxjson value --returning 'number(10,2)' '$.price' order.json\n"
+    "  vxjson value --returning date --on-error error '$.day' --lines log.jsonl\n";
+
 struct help_entry {
     const char *name;
     const char *head;
     bool writes;          // takes the writing switches
     const char *examples;
     std::string text;     // assembled on first use
+    bool clauses = false; // takes the clauses of the SQL/JSON functions
 };
 
 help_entry HELP[] = {
@@ -212,6 +305,9 @@ help_entry HELP[] = {
     {"merge-preserve", MERGE_PRESERVE, true, MERGE_PRESERVE_EXAMPLES, {}},
     {"concat", CONCAT, true, CONCAT_EXAMPLES, {}},
     {"strip-nulls", STRIP_NULLS, true, STRIP_NULLS_EXAMPLES, {}},
+    {"query", QUERY, true, QUERY_EXAMPLES, {}, true},
+    {"value", VALUE, false, VALUE_EXAMPLES, {}, true},
+    {"contains-path", CONTAINS_PATH, false, CONTAINS_PATH_EXAMPLES, {}},
 };
 
 }  // namespace
@@ -223,6 +319,7 @@ const char *command_help(const char *name) {
         if (std::strcmp(h.name, name) != 0) continue;
         if (h.text.empty()) {
             h.text = h.head;
+            if (h.clauses) h.text += std::string("\n") + CLAUSE_OPTIONS_HELP;
             if (h.writes) h.text += std::string("\n") + WRITE_OPTIONS_HELP;
             std::string reading = READ_OPTIONS_HELP;
             const std::string standard = "(default standard)";

@@ -145,6 +145,16 @@ bool jobs_switch(const std::string &value, unsigned &jobs, std::string &error) {
     return true;
 }
 
+// Where a clause switch of the SQL/JSON functions keeps its value (checked
+// by the command), or null when `name` is none of them.
+std::string *clause_switch(const std::string &name, clause_options &c) {
+    if (name == "--returning") return &c.returning;
+    if (name == "--wrapper") return &c.wrapper;
+    if (name == "--on-empty") return &c.on_empty;
+    if (name == "--on-error") return &c.on_error;
+    return nullptr;
+}
+
 void add_input(command_line &out, bool is_inline, std::string text) {
     input_spec in;
     in.is_inline = is_inline;
@@ -207,7 +217,8 @@ bool parse_command_line(int argc, char **argv, int first, unsigned groups, comma
         }
         size_t eq = arg.find('=');
         std::string name = arg.substr(0, eq);
-        if (!takes_value(name, groups)) {
+        std::string *clause = (groups & OPT_CLAUSES) ? clause_switch(name, out.clauses) : nullptr;
+        if (!clause && !takes_value(name, groups)) {
             error = "unknown switch '" + arg + "'";
             return false;
         }
@@ -220,8 +231,9 @@ bool parse_command_line(int argc, char **argv, int first, unsigned groups, comma
             error = name + " needs a value";
             return false;
         }
-        if (name == "--jobs" ? !jobs_switch(value, out.jobs, error)
-                             : !value_switch(name, value, out.read, error))
+        if (clause) *clause = value;
+        else if (name == "--jobs" ? !jobs_switch(value, out.jobs, error)
+                                  : !value_switch(name, value, out.read, error))
             return false;
     }
     if (out.read.unique_keys && out.read.dup_replace) {

@@ -39,8 +39,18 @@ const char *code_message(int32_t code) {
     case VXJSON_ERR_NOMEM: return "out of memory";
     case VXJSON_ERR_SYNTAX: return "syntax error";
     case VXJSON_ERR_INVALID_JSON: return "invalid JSON text";
+    case VXJSON_ERR_PATH: return "bad path";
+    case VXJSON_ERR_PATH_NO_MATCH: return "the path matched nothing";
+    case VXJSON_ERR_MULTI_STEP: return "the path may match several values";
     case VXJSON_ERR_CONCAT_SCALAR: return "cannot concatenate an object with a scalar";
     case VXJSON_ERR_DOUBLE_OVERFLOW: return "number overflows a double";
+    case VXJSON_ERR_QUERY_SCALAR: return "JSON_QUERY without wrapper met a scalar or several values";
+    case VXJSON_ERR_VALUE_NOT_SCALAR: return "JSON_VALUE met an object or array";
+    case VXJSON_ERR_VALUE_MANY: return "JSON_VALUE met several values";
+    case VXJSON_ERR_RETURN_TYPE: return "the result does not fit the returning type";
+    case VXJSON_ERR_NOT_DATETIME: return "the string is not a datetime";
+    case VXJSON_ERR_NOT_NUMBER: return "the string is not a number";
+    case VXJSON_ERR_CAST: return "the value cannot be cast to the returning type";
     default: return "error";
     }
 }
