@@ -53,6 +53,8 @@ int run_op(op_kind op, command_line &cl);
 // SQL/JSON functions.
 
 // Changes by path.
+enum class change_kind { set, insert, replace, remove, array_append, array_insert };
+int run_change(change_kind kind, command_line &cl);
 
 }  // namespace vxcli
 

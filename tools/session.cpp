@@ -40,6 +40,11 @@ const char *code_message(int32_t code) {
     case VXJSON_ERR_INVALID_JSON: return "invalid JSON text";
     case VXJSON_ERR_CONCAT_SCALAR: return "cannot concatenate an object with a scalar";
     case VXJSON_ERR_DOUBLE_OVERFLOW: return "number overflows a double";
+    case VXJSON_ERR_PATH: return "bad path";
+    case VXJSON_ERR_MULTI_STEP: return "the path may name several places, or the whole document";
+    case VXJSON_ERR_TEXT_PATH_SCALAR: return "a text-array path cannot change a scalar document";
+    case VXJSON_ERR_TEXT_PATH_INDEX: return "a path element on an array is not an integer";
+    case VXJSON_ERR_REMOVE_SUBSCRIPT: return "a position cannot be removed from a non-array";
     default: return "error";
     }
 }
