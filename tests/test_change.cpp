@@ -85,6 +85,56 @@ TEST(ChangeArrayAdd, WrapLinksParents) {
     EXPECT_EQ(pair->items[1]->parent, pair);
 }
 
+// The pair a set makes of a scalar is a document array, its elements
+// hang from it, and it takes the scalar's parent.
+TEST(ChangeSet, WrapIsDocumentArray) {
+    VxEnv env(dialect(JLPCA_COMPAT_MYSQL));
+    ChangeSetup s(env, {"set", R"({"a":1})", "$.a[5]", "2"});
+    ASSERT_EQ(s.code, 0);
+    std::string text;
+    ASSERT_EQ(s.run(env, "set", &text), 0);
+    json_node *pair = s.doc->first_member->value;
+    EXPECT_EQ(pair->is_virtual, 0u);
+    EXPECT_EQ(pair->parent, s.doc);
+    EXPECT_EQ(pair->items[0]->parent, pair);
+    EXPECT_EQ(s.value->parent, pair);
+}
+
+// A replaced element is the new value, whose parent is left as it was;
+// an appended one gets the array as its parent.
+TEST(ChangeSet, ElementReplaceLeavesParentAppendSetsIt) {
+    VxEnv env(dialect(JLPCA_COMPAT_MYSQL));
+    ChangeSetup replaced(env, {"set", "[1]", "$[0]", "2"});
+    std::string text;
+    ASSERT_EQ(replaced.run(env, "set", &text), 0);
+    EXPECT_EQ(replaced.doc->items[0], replaced.value);
+    EXPECT_EQ(replaced.value->parent, nullptr);
+    ChangeSetup appended(env, {"set", "[1]", "$[1]", "2"});
+    ASSERT_EQ(appended.run(env, "set", &text), 0);
+    EXPECT_EQ(appended.value->parent, appended.doc);
+}
+
+// Out of memory while adding a member or an element: reported at the
+// site of the addition and at the walk's, the document unchanged.
+TEST(ChangeSet, OutOfMemoryReportsItsSites) {
+    const std::pair<ChangeInput, int32_t> cases[] = {{{"set", R"({"a":1})", "$.b", "2"}, 2286},
+                                                     {{"set", R"([[1]])", "$[0][1]", "2"}, 2370}};
+    for (const auto &[in, line] : cases) {
+        VxEnv env(dialect(JLPCA_COMPAT_MYSQL));
+        ChangeSetup s(env, in);
+        ASSERT_EQ(s.code, 0);
+        const std::string before = env.text_of(s.doc);
+        elog_trail_clear();
+        mem_heap_set_call_limit(env.heap, 0);
+        std::string text;
+        EXPECT_EQ(s.run(env, in.op, &text), VXJSON_ERR_NOMEM) << in.path;
+        mem_heap_set_call_limit(env.heap, UINT64_MAX);
+        EXPECT_TRUE(trail_has(VXJSON_ERR_NOMEM, "json/jpath", line)) << in.path;
+        EXPECT_TRUE(trail_has(VXJSON_ERR_NOMEM, "json/jpath", 2525)) << in.path;
+        EXPECT_EQ(env.text_of(s.doc), before);
+    }
+}
+
 // json_set_parent: (container, step) -> code, the container's text after.
 struct SetParentRow {
     const char *id, *container, *path;
