@@ -199,6 +199,13 @@ struct json_keyval {
     json_keyval *next;
 };
 
+/* Compiled paths and their steps (defined under "Compiled paths"); the
+ * path grammar keeps the path it builds and its current step in the
+ * parse context. */
+typedef struct jpath jpath;
+typedef struct jpath_filter jpath_filter;
+typedef struct jpath_index jpath_index;
+
 /* The parse context: everything one parse needs, owned by the caller. */
 typedef struct jlpca_ctx {
     void *env;               /* caller's environment, passed to every allocation */
@@ -250,6 +257,9 @@ typedef struct jlpca_ctx {
     int32_t set_mode;        /* set by path: 1 replace, 2 replace or add, 3 add */
     int32_t sorted_keys;     /* 1 = members kept sorted by name */
     uint32_t array_spare;    /* spare slots added to every array built from a list */
+    /* path under construction (path grammar) */
+    jpath *cur_path;         /* the path jpath_flex compiles into */
+    jpath_filter *cur_filter; /* its current step: subscripts go here */
 } jlpca_ctx;
 
 /* ================================================================== */
@@ -572,6 +582,160 @@ VXJSON_API VXJSON_CHECK int32_t jsonb_strip_nulls_array(json_node *node);
 /* ================================================================== */
 /* Compiled paths (source unit json/jpath)                             */
 /* ================================================================== */
+
+/* A path such as $.a[1 to 3, 5].* is compiled once into a jpath: the
+ * options of the SQL/JSON function that uses it and a doubly linked chain
+ * of steps ("filters"), each with its ascending list of index entries.
+ * Everything lives on the parse context's heap and goes with it. */
+
+/* Step kinds (jpath_filter.kind). */
+#define JPATH_STEP_ROOT 0        /* $ ; added with an empty key */
+#define JPATH_STEP_ALL_ELEMENTS 1 /* [*] */
+#define JPATH_STEP_WILDCARD 2    /* .* */
+#define JPATH_STEP_MEMBER 3      /* .name or ."name"; every text-array element */
+#define JPATH_STEP_SUBSCRIPTS 4  /* [1, 3 to 5] */
+
+/* Option word: jpath_encode_flag packs, jpath_decode_flag unpacks. */
+#define JPATH_FLAG_RET_TYPE_SHIFT 0
+#define JPATH_FLAG_RET_TYPE_MASK 7u  /* bits 0-2 */
+#define JPATH_FLAG_FORMAT_SHIFT 3
+#define JPATH_FLAG_FORMAT_MASK 3u    /* bits 3-4 */
+#define JPATH_FLAG_WRAPPER_SHIFT 5
+#define JPATH_FLAG_WRAPPER_MASK 3u   /* bits 5-6 */
+#define JPATH_FLAG_ON_ERROR_SHIFT 7
+#define JPATH_FLAG_ON_ERROR_MASK 7u  /* bits 7-9 */
+#define JPATH_FLAG_ON_EMPTY_SHIFT 10
+#define JPATH_FLAG_ON_EMPTY_MASK 3u  /* bits 10-11 */
+
+/* ret_type: the returning class (0: invalid or none). */
+#define JPATH_RET_NONE 0
+#define JPATH_RET_NUMBER 1       /* ret_len precision, ret_scale scale */
+#define JPATH_RET_CLASS_2 2      /* a returning class of the function layer */
+#define JPATH_RET_CHAR 3         /* ret_len the maximum result length */
+#define JPATH_RET_CLASS_4 4      /* a returning class of the function layer */
+/* wrapper */
+#define JPATH_WRAPPER_WITHOUT 1  /* the default; 0 decodes to it */
+#define JPATH_WRAPPER_WITH 2
+#define JPATH_WRAPPER_CONDITIONAL 3
+/* on_error (0 behaves as 1) */
+#define JPATH_ON_ERROR_NULL 1
+#define JPATH_ON_ERROR_ERROR 2   /* the error code is returned */
+#define JPATH_ON_ERROR_EMPTY 3   /* a character result becomes "[]" */
+#define JPATH_ON_ERROR_DEFAULT 4 /* 100 is returned; the caller's DEFAULT */
+#define JPATH_ON_ERROR_MAX 4
+/* on_empty (any value above 1 is ERROR) */
+#define JPATH_ON_EMPTY_AS_ERROR 0
+#define JPATH_ON_EMPTY_NULL 1
+#define JPATH_ON_EMPTY_ERROR 2
+
+/* dialect: the path language a path is compiled for. */
+#define JPATH_DIALECT_STANDARD 0
+#define JPATH_DIALECT_PG_ARRAY 1    /* required by jpath_parse_pg_array */
+#define JPATH_DIALECT_MYSQL_ARRAY 2 /* set by jpath_array_flex */
+
+/* fun_kind before jpath_flex copies the context's escape_mode into it. */
+#define JPATH_FUN_KIND_DEFAULT 1
+/* ret_len of jpath_init_simple: the longest character result. */
+#define JPATH_SIMPLE_RET_LEN 32767
+/* first_index and max_index of a step without subscripts. */
+#define JPATH_NO_INDEX (-1)
+
+/* One subscript (end 0) or range of a subscript step, in ascending order. */
+struct jpath_index {
+    int64_t start;           /* first position */
+    int64_t end;             /* last position of a range; 0 for one subscript */
+    jpath_index *prev;       /* previous entry */
+    jpath_index *next;       /* next entry */
+};
+
+/* One step of a compiled path. */
+struct jpath_filter {
+    uint32_t kind;           /* JPATH_STEP_* */
+    char *key;               /* member name (kind 3), NUL-terminated copy; else "" */
+    uint32_t key_len;        /* bytes of key, terminator excluded */
+    int32_t first_index;     /* first subscript given; -1 none yet */
+    int32_t max_index;       /* largest position covered; -1 none yet */
+    uint32_t multi;          /* 1 once a second subscript, range or repeat came */
+    uint32_t index_count;    /* index entries */
+    jpath_index *index_head; /* first entry */
+    jpath_index *index_tail; /* last entry */
+    jpath *path;             /* the owning path */
+    jpath_filter *prev;      /* previous step, NULL for the first */
+    jpath_filter *next;      /* next step, NULL for the last */
+};
+
+/* One compiled path with the options of the function that uses it. */
+struct jpath {
+    uint32_t ret_type;       /* JPATH_RET_* */
+    uint32_t ret_len;        /* precision (number), else the whole datatype */
+    uint32_t ret_scale;      /* scale (number), else 0 */
+    uint32_t wrapper;        /* JPATH_WRAPPER_* */
+    uint32_t format;         /* serialisation option word (JSON_FMT_*) */
+    uint32_t on_error;       /* JPATH_ON_ERROR_* (0-4) */
+    uint32_t on_empty;       /* JPATH_ON_EMPTY_* */
+    uint64_t user_data;      /* the caller's, never read here */
+    uint32_t filter_count;   /* steps */
+    jpath_filter *first_filter; /* head: evaluation starts here */
+    jpath_filter *last_filter;  /* tail: steps are appended here */
+    uint32_t dialect;        /* JPATH_DIALECT_* */
+    uint32_t fun_kind;       /* the context's escape_mode at compile time */
+};
+
+/* The option word: ret_type + format*8 + wrapper<<5 + on_error<<7 +
+ * on_empty<<10.  Not masked: an out-of-range value spills into the next
+ * field. */
+VXJSON_API uint32_t jpath_encode_flag(uint32_t ret_type, uint32_t format,
+                                      uint32_t wrapper, uint32_t on_error,
+                                      uint32_t on_empty);
+/* Unpack an option word into path.  A ret_type outside 1-4 or an on_error
+ * above 4 leaves ret_type 0 (invalid); the other fields keep their bits. */
+VXJSON_API void jpath_decode_flag(jpath *path, uint32_t flag);
+/* Returning type details: for ret_type 1 the scale is bits 0-7 and the
+ * precision bits 8-15 of datatype; otherwise ret_len is datatype whole. */
+VXJSON_API void jpath_decode_datatype(jpath *path, uint32_t datatype);
+/* Clear path, decode flag (a wrapper of 0 becomes 1), then datatype; store
+ * user_data and dialect; fun_kind 1. */
+VXJSON_API void jpath_init(jpath *path, uint32_t flag, uint32_t datatype,
+                           uint64_t user_data, uint32_t dialect);
+/* Clear path for use outside a SQL/JSON function: character result of up
+ * to 32,767 bytes, without wrapper, ERROR ON ERROR.  Returns 0. */
+VXJSON_API int32_t jpath_init_simple(jpath *path, uint32_t dialect);
+/* Append a step of `kind` with a private NUL-terminated copy of key/key_len
+ * (key may be NULL when key_len is 0).  Step and key come from heap
+ * (allocation arguments env, heap).  0, or -503 with the path unchanged. */
+VXJSON_API VXJSON_CHECK int32_t jpath_add_filter_low(void *env, void *heap,
+                                                     jpath *path,
+                                                     const char *key,
+                                                     uint32_t key_len,
+                                                     uint32_t kind);
+/* jpath_add_filter_low with the context's env and heap; the new step
+ * becomes ctx->cur_filter.  A failure is reported ("json/jpath") and
+ * returned: -503. */
+VXJSON_API VXJSON_CHECK int32_t jpath_add_filter(jlpca_ctx *ctx, jpath *path,
+                                                 const char *key,
+                                                 uint32_t key_len,
+                                                 uint32_t kind);
+/* Add subscript `index` to a step.  Subscripts must ascend: one below the
+ * largest so far is -3102; a repeat of the largest only sets multi.  The
+ * first subscript sets first_index, every later one multi.  -503 when the
+ * entry cannot be allocated. */
+VXJSON_API VXJSON_CHECK int32_t jpath_add_index(void *env, void *heap,
+                                                jpath_filter *step,
+                                                int32_t index);
+/* Add the range from..to: reversed (from > to) or starting below the
+ * largest position so far is -3102; a range starting at that position is
+ * trimmed by one, and one of a single position is added as a subscript
+ * (jpath_add_index).  A first range sets first_index and leaves multi 0.
+ * -503 when the entry cannot be allocated. */
+VXJSON_API VXJSON_CHECK int32_t jpath_add_range(void *env, void *heap,
+                                                jpath_filter *step,
+                                                int32_t from, int32_t to);
+/* PostgreSQL subscript: appended as given (any order, negative allowed);
+ * first_index and max_index become `index`, multi is untouched.  0, or
+ * -503 when the entry cannot be allocated. */
+VXJSON_API VXJSON_CHECK int32_t jpath_add_index_pg(void *env, void *heap,
+                                                   jpath_filter *step,
+                                                   int32_t index);
 
 /* ================================================================== */
 /* Path text generation                                                */

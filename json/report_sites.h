@@ -16,6 +16,13 @@ namespace vxjson::site {
 
 // ---- json/jpath: compiled paths, path scanner and grammar (json/path) ----
 
+// Heap call sites of the path model (mem_heap_alloc_low diagnostics).
+inline constexpr int32_t PATH_HEAP_STEP = 62;
+inline constexpr int32_t PATH_HEAP_KEY = 70;
+inline constexpr int32_t PATH_HEAP_INDEX = 141;
+// jpath_add_filter passes on a failed step allocation.
+inline constexpr int32_t PATH_ADD_FILTER = 96;
+
 // ---- json/jpath: path evaluation (json/eval) ----
 
 // ---- json/jpath: SQL/JSON functions and casts (json/eval) ----

@@ -1,0 +1,70 @@
+// Codes to SQLite error messages.
+#include "errors.h"
+
+#include <cstdio>
+
+#include "vx_elog.h"
+
+namespace vxsql {
+
+namespace {
+
+struct code_row {
+    int32_t code;
+    const char *text;
+};
+
+constexpr code_row CODE_TEXTS[] = {
+    {VXJSON_ERR_UNTERMINATED_SQ, "unterminated single-quoted string"},
+    {VXJSON_ERR_LEX, "lexical error"},
+    {VXJSON_ERR_NOMEM, "out of memory"},
+    {VXJSON_ERR_SYNTAX, "syntax error"},
+    {VXJSON_ERR_LONE_BACKSLASH, "text ends in a lone backslash"},
+    {VXJSON_ERR_PATH, "invalid path or subscripts"},
+    {VXJSON_ERR_QUERY_SCALAR, "JSON_QUERY without wrapper met a scalar or several values"},
+    {VXJSON_ERR_PATH_NO_MATCH, "path step matched nothing or does not apply"},
+    {VXJSON_ERR_INVALID_JSON, "invalid JSON text"},
+    {VXJSON_ERR_VALUE_NOT_SCALAR, "JSON_VALUE met an object or array"},
+    {VXJSON_ERR_VALUE_MANY, "JSON_VALUE met several values"},
+    {VXJSON_ERR_RETURN_TYPE, "result does not fit the returning type"},
+    {VXJSON_ERR_MULTI_STEP, "path must name one place"},
+    {VXJSON_ERR_TEXT_PATH_SCALAR, "text-array path applied to a scalar"},
+    {VXJSON_ERR_TEXT_PATH_INDEX, "text-array path element on an array is not an integer"},
+    {VXJSON_ERR_REMOVE_SUBSCRIPT, "subscript applied to an object in a removal"},
+    {VXJSON_ERR_CONCAT_SCALAR, "cannot concatenate an object with a scalar"},
+    {VXJSON_ERR_DOUBLE_OVERFLOW, "number overflows a double"},
+    {VXJSON_ERR_NOT_DATETIME, "string is not a datetime"},
+    {VXJSON_ERR_NOT_NUMBER, "string is not a number"},
+    {VXJSON_ERR_CAST, "value cannot be cast"},
+};
+
+}  // namespace
+
+const char *code_text(int32_t code) {
+    for (const code_row &r : CODE_TEXTS)
+        if (r.code == code) return r.text;
+    return "error";
+}
+
+void result_code(sqlite3_context *sc, int32_t code, const jlpca_ctx *ctx, int arg) {
+    // The trail of reports is of no use here; keep it from growing.
+    elog_trail_clear();
+    char msg[JLPCA_ERR_MSG_SIZE + 128];
+    int n = std::snprintf(msg, sizeof msg, "vxjson %d: %s", code, code_text(code));
+    const bool detail = ctx && ctx->err_code != 0 && ctx->err_msg[0] != '\0';
+    if (arg > 0 && detail)
+        std::snprintf(msg + n, sizeof msg - n, " (argument %d, line %u: %s)", arg,
+                      ctx->err_line, ctx->err_msg);
+    else if (arg > 0)
+        std::snprintf(msg + n, sizeof msg - n, " (argument %d)", arg);
+    sqlite3_result_error(sc, msg, -1);
+    if (code == VXJSON_ERR_NOMEM) sqlite3_result_error_code(sc, SQLITE_NOMEM);
+}
+
+void result_usage(sqlite3_context *sc, const char *fn, const char *what) {
+    char msg[256];
+    std::snprintf(msg, sizeof msg, "%s: %s", fn, what);
+    sqlite3_result_error(sc, msg, -1);
+}
+
+}  // namespace vxsql
