@@ -1,7 +1,8 @@
 /*
  * vx_types.h -- records that libvxjson shares with the server's platform
  * libraries: the pluggable allocator, the growable string, the datetime
- * value stored in JSON date nodes and the server's fixed string value.
+ * value stored in JSON date nodes, the exact decimal that the number casts
+ * return and the server's fixed string value.
  *
  * They live apart from vxjson.h so that a platform layer (ours in
  * platform/, or the server's own) can include them without pulling in the
@@ -62,6 +63,21 @@ typedef struct vxtime {
     int32_t nsec;        /* fraction in nanoseconds, 0..999999999 */
     uint8_t type;        /* VXTIME_TYPE_DATE or VXTIME_TYPE_DATETIME */
 } vxtime;
+
+/* ------------------------------------------------------------------ */
+/* Exact decimal                                                       */
+/* ------------------------------------------------------------------ */
+
+/* The server's exact decimal (operations in the platform's xdec.h): a
+ * coefficient below 10^38 with a power-of-ten scale, value
+ * (-1)^neg x coefficient x 10^-scale.  Fixed size, nothing on the heap. */
+typedef struct xdec {
+    uint64_t lo;     /* low 64 bits of the coefficient */
+    uint64_t hi;     /* high 64 bits; the coefficient stays below 10^38 */
+    int16_t scale;   /* -308..345: digits after the point */
+    uint8_t neg;     /* 1 for a value below zero, never for zero */
+    uint8_t pad[5];  /* always zero, so copies of a value are identical bytes */
+} xdec;
 
 /* ------------------------------------------------------------------ */
 /* Server string value                                                 */

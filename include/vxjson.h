@@ -217,7 +217,7 @@ typedef struct jlpca_ctx {
     int32_t err_code;        /* 0, or the negative code of the lexical error */
     char err_msg[JLPCA_ERR_MSG_SIZE]; /* NUL-terminated message */
     uint32_t err_line;       /* line (from 1) where the error was detected */
-    uint32_t err_aux;        /* second position word */
+    uint32_t err_aux;        /* place of the error: see jlpca_error_position */
     /* multibyte tracking */
     int32_t mb_track;        /* 1 while inside a quoted string */
     uint32_t mb_pending;     /* bytes of the last character beyond the piece */
@@ -749,9 +749,67 @@ VXJSON_API VXJSON_CHECK int32_t jpath_add_index_pg(void *env, void *heap,
 /* SQL/JSON functions: JSON_VALUE and JSON_QUERY                       */
 /* ================================================================== */
 
+/* The shape JSON_VALUE accepts: 0 for a scalar; -3106 for an object or a
+ * document array (one value that is no scalar); -3107 for a virtual array
+ * (several matches).  node must not be NULL.  Reports nothing. */
+VXJSON_API VXJSON_CHECK int32_t json_fun_value_check(const json_node *node);
+
 /* ================================================================== */
 /* Casts of JSON scalars                                               */
 /* ================================================================== */
+
+/* Result of a cast to a number and of JSON_VALUE ... RETURNING a number,
+ * owned by the caller.  has_value 0 is SQL NULL (value then undefined). */
+typedef struct json_number_result {
+    int32_t has_value;       /* 1 a value, 0 SQL NULL */
+    xdec value;              /* the exact decimal (platform's xdec.h) */
+} json_number_result;
+
+/* Result of a cast to a datetime and of JSON_VALUE ... RETURNING a date or
+ * datetime, owned by the caller.  has_value 0 is SQL NULL. */
+typedef struct json_datetime_result {
+    int32_t has_value;       /* 1 a value, 0 SQL NULL */
+    vxtime value;            /* the datetime (platform's vxtime.h) */
+} json_datetime_result;
+
+/* The value of one scalar node as an exact decimal, never through a
+ * double: an integer exactly, a number text rounded to 38 digits, a string
+ * read as a number ("12.5" is 12.5), a boolean as 0 or 1 (its stored
+ * value), a date or datetime as seconds since the epoch (as
+ * json_cast_datetime_to_number).  JSON null and, outside compatibility
+ * mode 2, the empty string give has_value 0 (SQL NULL).  ctx: read for its
+ * compat only.  out->has_value is 0 on every failure.
+ * Returns 0; -6128 for a string that is no number ("12x"), or for the
+ * empty string under compat 2; -3106 / -3107 for an object, array or
+ * several matches (json_fun_value_check); -6149 for an unknown type code;
+ * -6102 for a number beyond the decimal range ("1e400"). */
+VXJSON_API VXJSON_CHECK int32_t json_cast_to_number(jlpca_ctx *ctx, const json_node *node,
+                                                    json_number_result *out);
+/* A string node read as a datetime ("2024-02-29", "2024-02-29T13:05:09.25Z"
+ * and the other forms of vxtime_from_char_ex2), of datetime type
+ * VXTIME_TYPE_DATETIME.  JSON null and, outside compatibility mode 2, the
+ * empty string give has_value 0.  Only strings are read: numbers, booleans
+ * and date and datetime nodes give -6149.  Returns 0; -6118 for a string
+ * that is no datetime; -6128 for the empty string under compat 2; -3106 /
+ * -3107 for an object, array or several matches. */
+VXJSON_API VXJSON_CHECK int32_t json_cast_to_date(jlpca_ctx *ctx, const json_node *node,
+                                                  json_datetime_result *out);
+/* A date or datetime node as seconds since 1970-01-01T00:00:00 UTC: whole
+ * seconds (scale 0) when it has no fraction, else the seconds plus the
+ * fraction to six places (a datetime at :00.25 gives S.250000).  A fraction that rounds
+ * to a whole second at six places (from .9999995) gives the decimal
+ * library's precision error -6161.  Returns 0, or the datetime library's
+ * code for a value out of range. */
+VXJSON_API VXJSON_CHECK int32_t json_cast_datetime_to_number(const json_node *node,
+                                                             json_number_result *out);
+/* A number node (JSON_INTEGER or JSON_DECIMAL) of seconds since the epoch
+ * as a datetime (type VXTIME_TYPE_DATETIME).  The fraction counts to six
+ * places; for a negative number it counts back (-1.5 is half a second
+ * before -1).  Returns 0; -6149 for seconds beyond the signed 32-bit range
+ * (after 2038-01-19T03:14:07 or before 1901-12-13T20:45:52) and for any
+ * other node type; -6102 for seconds beyond 64 bits ("1e30"). */
+VXJSON_API VXJSON_CHECK int32_t json_cast_number_to_datetime(const json_node *node,
+                                                             json_datetime_result *out);
 
 /* ================================================================== */
 /* Removal by path                                                     */
@@ -905,6 +963,31 @@ VXJSON_API VXJSON_CHECK int32_t json_array_add_element_mysql_path_array(
 /* ================================================================== */
 /* Error positions and opt-in reading modes                            */
 /* ================================================================== */
+
+/* Where the last json_flex, jcheck_flex (or json_flex_next_token) of ctx
+ * failed, without reading the text again.  The reader records the place
+ * of its first lexical or grammar error (a lexical error wins over the
+ * syntax error it causes) in err_aux; this turns it into:
+ *   offset   bytes of the text before the failing token, or before the
+ *            byte inside it that is to blame (a raw tab in a string, the
+ *            backslash of a bad escape)
+ *   line     1 + the line feeds before offset (as err_line counts them)
+ *   column   1 + the bytes between the last line feed and offset
+ *   message  the error's message: err_msg for a lexical error, else the
+ *            grammar's ("syntax error", "memory exhausted", "out of
+ *            memory", "duplicate key", "scalar at top level", "empty
+ *            document"); static or inside ctx, valid until ctx changes
+ * Any output pointer may be NULL.  ctx->text must still be the text that
+ * was read.  Offsets past 512 MiB are reported as 512 MiB - 1.
+ * Returns the failure's own code: -4, -5, -3105, -6102 (lexical), -2007
+ * (syntax, strict-only refusal or nesting too deep), -503 (out of memory),
+ * -3105 (duplicate key, scalar or empty document); 0 when the last read
+ * failed nowhere (then offset 0, line 1, column 1, message ""). */
+VXJSON_API VXJSON_CHECK int32_t jlpca_error_position(const jlpca_ctx *ctx,
+                                                     uint32_t *offset,
+                                                     uint32_t *line,
+                                                     uint32_t *column,
+                                                     const char **message);
 
 #ifdef __cplusplus
 }

@@ -22,6 +22,8 @@
 
 #include <stdint.h>
 
+#include "vx_types.h" /* the xdec record */
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -38,14 +40,6 @@ extern "C" {
 #define XDEC_ERR_DIV_ZERO (-6160)   /* 1 / 0, also 0 / 0 */
 #define XDEC_ERR_PRECISION (-6161)  /* 123.4 formatted to precision 3, scale 1 */
 #define XDEC_ERR_ARG (-6162)        /* precision 0, scale out of range, short buffer */
-
-typedef struct xdec {
-    uint64_t lo;     /* low 64 bits of the coefficient */
-    uint64_t hi;     /* high 64 bits; the coefficient stays below 10^38 */
-    int16_t scale;   /* XDEC_MIN_SCALE..XDEC_MAX_SCALE: digits after the point */
-    uint8_t neg;     /* 1 for a value below zero, never for zero */
-    uint8_t pad[5];  /* always zero, so copies of a value are identical bytes */
-} xdec;
 
 /* Read `len` bytes of text: blanks, a sign, digits with an optional point,
  * an optional exponent (e or E, sign, digits), blanks.  0, 109 when the text

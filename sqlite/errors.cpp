@@ -4,6 +4,8 @@
 #include <cstdio>
 
 #include "vx_elog.h"
+#include "vxtime.h"
+#include "xdec.h"
 
 namespace vxsql {
 
@@ -36,6 +38,11 @@ constexpr code_row CODE_TEXTS[] = {
     {VXJSON_ERR_NOT_DATETIME, "string is not a datetime"},
     {VXJSON_ERR_NOT_NUMBER, "string is not a number"},
     {VXJSON_ERR_CAST, "value cannot be cast"},
+    {XDEC_ERR_DIV_ZERO, "division by zero"},
+    {XDEC_ERR_PRECISION, "number does not fit the precision and scale"},
+    {XDEC_ERR_ARG, "bad precision or scale"},
+    {VXTIME_ERR_RANGE, "datetime out of range"},
+    {VXTIME_ERR_ARG, "bad datetime type or format"},
 };
 
 }  // namespace

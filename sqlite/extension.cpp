@@ -12,7 +12,9 @@ namespace {
 
 // Deterministic and free of side effects: SQLite may evaluate a call with
 // constant arguments once, and use them in indexes, views and triggers.
-constexpr int FUNCTION_FLAGS = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
+// The functions read the JSON subtype of their arguments.
+constexpr int FUNCTION_FLAGS =
+    SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS | SQLITE_SUBTYPE;
 
 int register_one(sqlite3 *db, connection *c, const char *name, int nargs, sql_function fn) {
     // SQLite calls the destructor when the registration fails, too.

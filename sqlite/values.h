@@ -34,8 +34,21 @@ bool read_arg_or_fail(sqlite3_context *sc, jlpca_ctx *ctx, sqlite3_value **argv,
 void result_tree(sqlite3_context *sc, jlpca_ctx *ctx, const json_node *node, uint32_t flags,
                  uint8_t conv);
 
-// Give back text (copied by SQLite), or fail with rc when it is negative.
-void result_text_or_code(sqlite3_context *sc, jlpca_ctx *ctx, int32_t rc, const char *text,
+// A SQL value as a JSON value, for the functions that put values into
+// documents: text is a JSON string, integers and reals JSON numbers (a real
+// that is no finite number is null), NULL the JSON null, and text that a
+// JSON function made (SQLite's JSON subtype, which this extension's JSON
+// results carry too) the JSON it holds, read in the context's dialect.
+// 0 with *out, or a negative code.
+int32_t value_arg(jlpca_ctx *ctx, sqlite3_value **argv, int i, json_node **out);
+
+// Give back JSON text marked with SQLite's JSON subtype, so that SQLite's
+// own JSON functions take it as JSON rather than as a string.
+void result_json(sqlite3_context *sc, const char *text, uint32_t len);
+
+// Give back JSON text (copied by SQLite), or fail with rc when it is
+// negative.
+void result_json_or_code(sqlite3_context *sc, jlpca_ctx *ctx, int32_t rc, const char *text,
                          uint32_t len);
 
 // The dialect named by a value ('standard', 'pg' or 'mysql', any case);

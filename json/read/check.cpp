@@ -39,8 +39,7 @@ VXJSON_API int32_t jcheck_error(jlpca_ctx *, const char *) { return -1; }
 VXJSON_API int32_t jcheck_error_ex(jlpca_ctx *, int32_t code) { return code; }
 
 VXJSON_API int32_t jcheck_flex(jlpca_ctx *ctx) {
-    if (ctx->text_len == 0)
-        return ctx->compat == 0 && !ctx->blank ? VXJSON_OK : VXJSON_ERR_INVALID_JSON;
+    if (ctx->text_len == 0) return empty_text(ctx, ctx->compat != 0 || ctx->blank);
     scan::Scanner s;
     scan::scanner_start(s, ctx);
     // Duplicate names only show while members are added: build the tree

@@ -10,21 +10,20 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "escape_letters.h"
 #include "jlpca_internal.h"
+#include "number_text.h"
 #include "report.h"
+#include "report_sites.h"
 #include "vx_charset.h"
 #include "vx_heap.h"
 #include "vx_ini.h"
 #include "vx_number.h"
 
 using namespace vxjson;
+using namespace vxjson::site;
 
 namespace {
-
-// Heap call sites and report sites of "json/jlpca".
-constexpr int32_t LINE_LIT_GROW = 774;
-constexpr int32_t LINE_NUMBER_COPY = 418;
-constexpr int32_t LINE_UCHAR_REPORT = 890;
 
 // Growth unit of the literal buffer: the inline buffer's usable size.
 constexpr uint32_t kLitStep = JLPCA_LIT_INLINE_SIZE - 1;
@@ -34,8 +33,6 @@ constexpr int32_t kUcharBuf = 50;
 // The token-text buffer holds a whole match plus a terminator and slack.
 constexpr uint32_t kScanSlack = 10;
 
-constexpr const char *kMsgInvalidNumber = "invalid json number";
-constexpr const char *kMsgOverflow = "number overflow";
 
 bool is_hex(unsigned char c, uint32_t &v) {
     if (c >= '0' && c <= '9') v = c - '0';
@@ -58,7 +55,7 @@ char *heap_copy(jlpca_ctx *ctx, const char *text, size_t len, int32_t line) {
 // Raises the out-of-memory failure of a number helper the way its other
 // rejections are raised: tok 0, helper result 0.
 int32_t number_nomem(jlpca_ctx *ctx) {
-    set_error(ctx, VXJSON_ERR_NOMEM, "out of memory");
+    set_error(ctx, msg::NO_MEMORY);
     return 0;
 }
 
@@ -85,7 +82,7 @@ int32_t lit_grow(jlpca_ctx *ctx, uint32_t n) {
     if (cap > INT32_MAX - 1) cap = INT32_MAX - 1;  // lit_len is a signed 32-bit count
     if (cap <= uint64_t(ctx->lit_len) + n) return VXJSON_ERR_NOMEM;
     auto *buf = static_cast<char *>(
-        mem_heap_alloc_low(ctx->env, ctx->heap, size_t(cap) + 1, 0, SRC_JLPCA, LINE_LIT_GROW));
+        mem_heap_alloc_low(ctx->env, ctx->heap, size_t(cap) + 1, 0, SRC_JLPCA, JLPCA_LIT_GROW));
     if (!buf) return VXJSON_ERR_NOMEM;
     std::memcpy(buf, ctx->lit_buf, size_t(ctx->lit_len) + 1);
     ctx->lit_buf = buf;
@@ -268,24 +265,15 @@ VXJSON_API int32_t jlpca_addlit_escape(const char *text, int32_t n, jlpca_ctx *c
     if (n <= 0) return VXJSON_ERR_INVALID_JSON;
     const char letter = text[0];
     const bool keep = ctx->escape_mode == JLPCA_ESCAPE_KEEP;
-    char decoded;
-    switch (letter) {
-    case '"': decoded = '"'; break;
-    case '\\': decoded = '\\'; break;
-    case '/': decoded = '/'; break;
-    case 'b': decoded = '\b'; break;
-    case 'f': decoded = '\f'; break;
-    case 'n': decoded = '\n'; break;
-    case 'r': decoded = '\r'; break;
-    case 't': decoded = '\t'; break;
-    case 'u': {
+    if (letter == 'u') {
         if (n < 5) return VXJSON_ERR_INVALID_JSON;
         if (int32_t rc = jlpca_uchar(text + 1, 4, ctx); rc < 0)
-            return report(rc, SRC_JLPCA, LINE_UCHAR_REPORT);
+            return report(rc, SRC_JLPCA, JLPCA_UCHAR_REPORT);
         return jlpca_addlit(text + 5, n - 5, ctx);
     }
-    default: return VXJSON_ERR_INVALID_JSON;
-    }
+    const int byte = BYTE_OF_LETTER[static_cast<unsigned char>(letter)];
+    if (byte < 0) return VXJSON_ERR_INVALID_JSON;
+    const char decoded = static_cast<char>(byte);
     int32_t rc;
     if (!keep || letter == '/') {
         rc = jlpca_addlit(&decoded, 1, ctx);
@@ -345,17 +333,17 @@ VXJSON_API int32_t jlpca_number_prefix(const char *text, int32_t n, jlpca_ctx *c
                                        const char **out, int32_t *out_len) {
     NumberSplit s = number_split(text, n, ctx->strict != 0);
     if (s.invalid) {
-        set_error(ctx, VXJSON_ERR_INVALID_JSON, kMsgInvalidNumber);
+        set_error(ctx, msg::INVALID_NUMBER);
         return 0;
     }
     if (s.len == 0) {
-        char *zero = heap_copy(ctx, "0", 1, LINE_NUMBER_COPY);
+        char *zero = heap_copy(ctx, "0", 1, JLPCA_NUMBER_COPY);
         if (!zero) return number_nomem(ctx);
         *out = zero;
         *out_len = 1;
     } else if (s.negative) {
         char *copy = static_cast<char *>(mem_heap_alloc_low(
-            ctx->env, ctx->heap, size_t(s.len) + 2, 0, SRC_JLPCA, LINE_NUMBER_COPY));
+            ctx->env, ctx->heap, size_t(s.len) + 2, 0, SRC_JLPCA, JLPCA_NUMBER_COPY));
         if (!copy) return number_nomem(ctx);
         copy[0] = '-';
         std::memcpy(copy + 1, s.digits, size_t(s.len));
@@ -371,10 +359,10 @@ VXJSON_API int32_t jlpca_number_prefix(const char *text, int32_t n, jlpca_ctx *c
 
 VXJSON_API int32_t jlpca_check_decimal_overflow(const char *text, int32_t len, jlpca_ctx *ctx,
                                                 double *out) {
-    double d = number_to_double(text, len);
+    double d = number_to_double(text, size_t(len));
     if (is_double_overflow(d)) {
         if (overflow_is_an_error(ctx)) {
-            set_error(ctx, VXJSON_ERR_DOUBLE_OVERFLOW, kMsgOverflow);
+            set_error(ctx, msg::NUMBER_OVERFLOW);
             return 0;
         }
         if (out) *out = d;
@@ -391,7 +379,7 @@ VXJSON_API int32_t jlpca_ret_integer(const char *text, int32_t n, jlpca_ctx *ctx
     if (len > kMaxIntegerChars) return ret_decimal_low(ctx, t, len, true);
     int64_t v = parse_int_digits(t, len);
     ctx->tok_val = v;
-    ctx->tok = v == int64_t(int32_t(v)) ? JT_INT : JT_BIGINT;
+    ctx->tok = uint32_t(integer_token_kind(v));
     return int32_t(ctx->tok);
 }
 
@@ -444,7 +432,7 @@ int32_t ret_real_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
 
 int32_t set_decimal(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
     if (copy) {
-        char *c = heap_copy(ctx, t, size_t(len), LINE_NUMBER_COPY);
+        char *c = heap_copy(ctx, t, size_t(len), JLPCA_NUMBER_COPY);
         if (!c) return number_nomem(ctx);
         t = c;
     }
@@ -453,22 +441,6 @@ int32_t set_decimal(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
     return int32_t(ctx->tok = JT_DECIMAL);
 }
 
-double number_to_double(const char *text, int32_t len) {
-    // strtod needs a terminator, and the text is a slice of the caller's.
-    char small[64];
-    char *buf = small;
-    if (size_t(len) >= sizeof small) {
-        buf = static_cast<char *>(std::malloc(size_t(len) + 1));
-        if (!buf) return 0;  // cannot happen for a realistic number; no overflow then
-    }
-    std::memcpy(buf, text, size_t(len));
-    buf[len] = '\0';
-    double d = std::strtod(buf, nullptr);
-    if (buf != small) std::free(buf);
-    return d;
-}
-
-bool is_double_overflow(double d) { return ntype_is_double_overflow(d) != 0; }
 
 int32_t keyword_lookup(const char *w, size_t len, bool strict) {
     const int32_t none = strict ? -2 : -1;

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "messages.h"
 #include "vxjson.h"
 
 namespace vxjson {
@@ -25,6 +26,9 @@ inline bool overflow_is_an_error(const jlpca_ctx *ctx) {
 
 // err_code, err_msg and tok := 0: how every rejected token is raised.
 void set_error(jlpca_ctx *ctx, int32_t code, const char *msg);
+inline void set_error(jlpca_ctx *ctx, msg::msg_id why) {
+    set_error(ctx, msg::code(why), msg::text(why));
+}
 
 // Move the literal to a heap buffer with room for n more bytes.
 [[gnu::noinline]] int32_t lit_grow(jlpca_ctx *ctx, uint32_t n);
@@ -87,10 +91,6 @@ inline int64_t parse_int_digits(const char *t, int32_t len) {
 int32_t ret_decimal_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
 int32_t ret_real_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
 int32_t set_decimal(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
-
-// strtod over a slice that is not NUL-terminated.
-double number_to_double(const char *text, int32_t len);
-bool is_double_overflow(double d);
 
 // JT_TRUE, JT_FALSE, JT_NULL, or -1 (lax) / -2 (strict).
 int32_t keyword_lookup(const char *w, size_t len, bool strict);

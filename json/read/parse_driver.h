@@ -31,6 +31,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "error_place.h"
 #include "scan_internal.h"
 
 namespace vxjson::parse {
@@ -73,6 +74,21 @@ private:
 };
 
 inline int32_t closer_of(uint32_t kind) { return kind == kArray ? ']' : '}'; }
+
+// Where and why the grammar stopped, at the token just read.
+[[gnu::cold, gnu::noinline]] inline void note(const scan::Scanner &s, int32_t t, place::cause why) {
+    place::record_grammar(s.ctx, why, scan::token_start(s, t));
+}
+
+// The cause of an action's failure: only the tree grammar's actions fail
+// with -3105, for a repeated name inside an object or for a scalar that
+// would be the whole document (no container is open then).
+inline place::cause action_cause(const jlpca_ctx *ctx, int32_t rc) {
+    if (rc == VXJSON_ERR_NOMEM) return place::NO_MEMORY;
+    if (rc == VXJSON_ERR_INVALID_JSON)
+        return ctx->cur_node ? place::DUPLICATE_KEY : place::SCALAR_DOCUMENT;
+    return place::SYNTAX;
+}
 
 // G supplies the actions:
 //   kMode, kOpen                   scanner mode, entries of the open productions
@@ -195,12 +211,15 @@ key: {
 }
 
 exhausted:
-    g.error(ctx, "memory exhausted");
+    note(s, t, place::STACK);
+    g.error(ctx, msg::text(msg::STACK_EXHAUSTED));
     return 2;
 syntax:
-    g.error(ctx, "syntax error");
+    note(s, t, place::SYNTAX);
+    g.error(ctx, msg::text(msg::SYNTAX));
     return 1;
 failed:
+    note(s, t, action_cause(ctx, rc));
     return g.error_ex(ctx, rc);
 #undef VXJSON_PUSH
 #undef VXJSON_NEXT

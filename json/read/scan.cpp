@@ -11,27 +11,18 @@
 
 #include <cstring>
 
+#include "error_place.h"
+#include "number_text.h"
 #include "report.h"
+#include "report_sites.h"
 #include "vx_heap.h"
 
 using namespace vxjson;
+using namespace vxjson::site;
 
 namespace vxjson::scan {
 
 namespace {
-
-// Heap call sites of "json_flex".
-constexpr int32_t LINE_SCANNER_ALLOC = 379;
-constexpr int32_t LINE_TOKEN_COPY = 405;
-
-constexpr const char *kMsgStrictQuote = "json strict only support double quotation";
-constexpr const char *kMsgNeedEscape = "charactor need escape";
-constexpr const char *kMsgNotSupport = "charactor not support";
-constexpr const char *kMsgEscape = "escape error";
-constexpr const char *kMsgUnterminatedDq = "Unterminated quoted identifier";
-constexpr const char *kMsgUnterminatedSq = "Unterminated quoted string";
-constexpr const char *kMsgNoMemory = "out of memory";
-constexpr const char *kMsgInvalidNumber = "invalid json number";
 
 // Largest decimal exponent a number text may reach without any chance of
 // overflowing a double (DBL_MAX is about 1.8e308).
@@ -40,7 +31,7 @@ constexpr int32_t kSafeDecimalExponent = 300;
 // A NUL-terminated heap copy of `len` bytes for a token value.
 char *token_copy(jlpca_ctx *ctx, const char *text, size_t len) {
     auto *p = static_cast<char *>(
-        mem_heap_alloc_low(ctx->env, ctx->heap, len + 1, 0, SRC_FLEX, LINE_TOKEN_COPY));
+        mem_heap_alloc_low(ctx->env, ctx->heap, len + 1, 0, SRC_FLEX, SCAN_TOKEN_COPY));
     if (!p) return nullptr;
     std::memcpy(p, text, len);
     p[len] = '\0';
@@ -54,7 +45,7 @@ template <Mode M> int32_t finish_literal(Scanner &s, int32_t kind) {
     size_t len = std::strlen(ctx->lit_buf);
     if constexpr (M == Mode::raw) {
         char *copy = token_copy(ctx, ctx->lit_buf, len);
-        if (!copy) return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+        if (!copy) return lex_error(s, msg::NO_MEMORY);
         ctx->tok_str = copy;
     } else {
         ctx->tok_str = ctx->lit_buf;
@@ -65,13 +56,13 @@ template <Mode M> int32_t finish_literal(Scanner &s, int32_t kind) {
 }
 
 int32_t unterminated(Scanner &s, uchar quote) {
-    return quote == '"' ? lex_error(s, VXJSON_ERR_LEX, kMsgUnterminatedDq)
-                        : lex_error(s, VXJSON_ERR_UNTERMINATED_SQ, kMsgUnterminatedSq);
+    return lex_error(s, quote == '"' ? msg::UNTERMINATED_DQ : msg::UNTERMINATED_SQ);
 }
 
-int32_t escape_failed(Scanner &s, int32_t rc) {
-    return rc == VXJSON_ERR_NOMEM ? lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory)
-                                  : lex_error(s, VXJSON_ERR_LEX, kMsgEscape);
+// An escape that could not be added; `backslash` is where it starts.
+int32_t escape_failed(Scanner &s, int32_t rc, const uchar *backslash) {
+    return rc == VXJSON_ERR_NOMEM ? lex_error(s, msg::NO_MEMORY)
+                                  : lex_error(s, msg::ESCAPE, backslash);
 }
 
 // True when the number text cannot exceed a double whatever its digits:
@@ -95,9 +86,10 @@ bool cannot_overflow(const char *t, int32_t len) {
 
 } // namespace
 
-int32_t lex_error(Scanner &s, int32_t code, const char *msg) {
-    set_error(s.ctx, code, msg);
+int32_t lex_error(Scanner &s, msg::msg_id why, const uchar *at) {
+    set_error(s.ctx, why);
     s.ctx->err_line = s.line;
+    place::record_lexical(s.ctx, at);
     s.pos = s.end;
     return 0;
 }
@@ -107,7 +99,7 @@ template <Mode M, uchar Q> int32_t string_slow(Scanner &s, const uchar *q, const
     constexpr int32_t kind = Q == '"' ? JT_DQSTRING : JT_SQSTRING;
     jlpca_startlit(ctx);
     if (lit_append(ctx, reinterpret_cast<const char *>(q), uint32_t(r - q)))
-        return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+        return lex_error(s, msg::NO_MEMORY);
     const uchar *p = r;
     const uchar *const end = s.end;
     auto add = [&](const uchar *from, const uchar *to) {
@@ -123,26 +115,27 @@ template <Mode M, uchar Q> int32_t string_slow(Scanner &s, const uchar *q, const
         uchar c = *p;
         if (!is_stop<Q>(c)) {
             const uchar *e = find_stop<Q>(p, end, ctrl);
-            if (add(p, e)) return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+            if (add(p, e)) return lex_error(s, msg::NO_MEMORY);
             p = e;
             continue;
         }
         if (c == '\n') s.line++;
         if (ctx->mb_pending) {
             // The trailing byte of a multibyte character: content.
-            if (add(p, p + 1)) return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+            if (add(p, p + 1)) return lex_error(s, msg::NO_MEMORY);
             ++p;
             continue;
         }
         if (c == Q) break;
-        if (c != '\\') return lex_error(s, VXJSON_ERR_LEX, kMsgNeedEscape);
+        if (c != '\\') return lex_error(s, msg::NEED_ESCAPE, p);
         // After a backslash (DQ_ESC or SQ_ESC).
+        const uchar *backslash = p;
         if (++p == end) return unterminated(s, Q);
         c = *p;
         int32_t rc;
         if (is_esc_need(c)) {
             if (c == '\n') s.line++;
-            return lex_error(s, VXJSON_ERR_LEX, kMsgNeedEscape);
+            return lex_error(s, msg::NEED_ESCAPE, p);
         }
         if constexpr (Q == '"') {
             // The escape letter goes with the plain text after it.
@@ -150,11 +143,11 @@ template <Mode M, uchar Q> int32_t string_slow(Scanner &s, const uchar *q, const
             rc = escape(p, e);
             p = e;
         } else {
-            if (c == '\'') return lex_error(s, VXJSON_ERR_LEX, kMsgNotSupport);
+            if (c == '\'') return lex_error(s, msg::NOT_SUPPORT, p - 1);
             rc = escape(p, p + 1);
             ++p;
         }
-        if (rc < 0) return escape_failed(s, rc);
+        if (rc < 0) return escape_failed(s, rc, backslash);
     }
     ctx->mb_track = 0;
     s.pos = p + 1;
@@ -164,12 +157,14 @@ template <Mode M, uchar Q> int32_t string_slow(Scanner &s, const uchar *q, const
 int32_t string_raw_plain(Scanner &s, const uchar *q, const uchar *r, int32_t kind) {
     jlpca_startlit(s.ctx);
     if (lit_append(s.ctx, reinterpret_cast<const char *>(q), uint32_t(r - q)))
-        return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+        return lex_error(s, msg::NO_MEMORY);
     return finish_literal<Mode::raw>(s, kind);
 }
 
-template <Mode M> int32_t number_slow(Scanner &s, int kind, const char *t, int32_t n) {
-    jlpca_ctx *ctx = s.ctx;
+namespace {
+
+// The token of a number by the general rules, or 0 with the error set.
+template <Mode M> int32_t number_token(jlpca_ctx *ctx, int kind, const char *t, int32_t n) {
     if constexpr (M == Mode::raw) {
         switch (kind) {
         case kInteger: return jlpca_ret_integer(t, n, ctx);
@@ -179,7 +174,7 @@ template <Mode M> int32_t number_slow(Scanner &s, int kind, const char *t, int32
     } else {
         NumberSplit sp = number_split(t, n, ctx->strict != 0);
         if (sp.invalid) {
-            set_error(ctx, VXJSON_ERR_INVALID_JSON, kMsgInvalidNumber);
+            set_error(ctx, msg::INVALID_NUMBER);
             return 0;
         }
         const char *norm;
@@ -199,7 +194,7 @@ template <Mode M> int32_t number_slow(Scanner &s, int kind, const char *t, int32
         if (kind == kInteger && len <= kMaxIntegerChars) {
             int64_t v = parse_int_digits(norm, len);
             ctx->tok_val = v;
-            ctx->tok = v == int64_t(int32_t(v)) ? JT_INT : JT_BIGINT;
+            ctx->tok = uint32_t(integer_token_kind(v));
             return int32_t(ctx->tok);
         }
         if (kind == kReal && ctx->number_mode == 2) return ret_real_low(ctx, norm, len, false);
@@ -209,12 +204,20 @@ template <Mode M> int32_t number_slow(Scanner &s, int kind, const char *t, int32
     }
 }
 
+} // namespace
+
+template <Mode M> int32_t number_slow(Scanner &s, int kind, const char *t, int32_t n) {
+    const int32_t tok = number_token<M>(s.ctx, kind, t, n);
+    if (tok == 0) place::record_lexical(s.ctx, t); // refused: invalid, overflow, out of memory
+    return tok;
+}
+
 template <Mode M> int32_t word_slow(Scanner &s, const char *w, int32_t n) {
     jlpca_ctx *ctx = s.ctx;
-    if (ctx->strict) return lex_error(s, VXJSON_ERR_LEX, kMsgStrictQuote);
+    if (ctx->strict) return lex_error(s, msg::STRICT_QUOTE);
     if constexpr (M == Mode::raw) {
         char *copy = token_copy(ctx, w, size_t(n));
-        if (!copy) return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+        if (!copy) return lex_error(s, msg::NO_MEMORY);
         ctx->tok_str = copy;
     } else {
         ctx->tok_str = const_cast<char *>(w);
@@ -240,8 +243,8 @@ VXJSON_SCAN_INSTANTIATE(Mode::check)
 
 Scanner *json_lex_init_extra(jlpca_ctx *ctx) {
     auto *s = static_cast<Scanner *>(mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(Scanner), 0,
-                                                        SRC_FLEX, LINE_SCANNER_ALLOC));
-    if (s) *s = Scanner{ctx, nullptr, nullptr, 1, 0, false};
+                                                        SRC_FLEX, SCAN_INSTANCE_HEAP));
+    if (s) *s = Scanner{ctx, nullptr, nullptr, nullptr, 1, false};
     return s;
 }
 
@@ -258,7 +261,6 @@ void json__scan_bytes(Scanner &s, const char *text, uint32_t len) {
 }
 
 void json_set_lineno(uint32_t line, Scanner &s) { s.line = line; }
-void json_set_column(uint32_t column, Scanner &s) { s.column = column; }
 
 void scanner_start(Scanner &s, jlpca_ctx *ctx) {
     s.ctx = ctx;
@@ -272,7 +274,8 @@ void scanner_start(Scanner &s, jlpca_ctx *ctx) {
     jlpca_startlit(ctx);
     json__scan_bytes(s, ctx->text, ctx->text_len);
     json_set_lineno(1, s);
-    json_set_column(0, s);
+    s.start = s.pos;
+    ctx->err_aux = 0; // the place of an earlier text's error
     s.mb_simple = ctx->mb_charset != VX_CHARSET_GB18030 && ctx->mb_charset != VX_CHARSET_EUCKR;
 }
 

@@ -26,6 +26,8 @@
 #endif
 
 #include "jlpca_internal.h"
+#include "messages.h"
+#include "number_text.h"
 #include "vx_charset.h"
 #include "vxjson.h"
 
@@ -95,8 +97,8 @@ struct Scanner {
     jlpca_ctx *ctx;      // the context every action writes into
     const uchar *pos;    // next byte to read
     const uchar *end;    // end of the text
+    const uchar *start;  // start of the token just read, unless it is a punctuation byte
     uint32_t line;       // current line, from 1
-    uint32_t column;     // current column, from 0 (kept for json_set_column)
     bool mb_simple;      // the charset never leaves a piece inside a character
 };
 
@@ -108,15 +110,18 @@ void json_lex_destroy(Scanner *s);
 void scanner_start(Scanner &s, jlpca_ctx *ctx);
 void json__scan_bytes(Scanner &s, const char *text, uint32_t len);
 void json_set_lineno(uint32_t line, Scanner &s);
-void json_set_column(uint32_t column, Scanner &s);
 
 // ------------------------------------------------------------------
 // Out-of-line parts (scan.cpp)
 // ------------------------------------------------------------------
 
-// Raise a lexical error at the current line: tok 0, returns 0, and the
+// Raise a lexical error at the current line, placed at `at` (the token's
+// start unless a byte inside it is to blame): tok 0, returns 0, and the
 // scanner stops reading.
-[[gnu::cold]] int32_t lex_error(Scanner &s, int32_t code, const char *msg);
+[[gnu::cold]] int32_t lex_error(Scanner &s, msg::msg_id why, const uchar *at);
+[[gnu::cold]] inline int32_t lex_error(Scanner &s, msg::msg_id why) {
+    return lex_error(s, why, s.start);
+}
 // The quoted string from `q` (after the quote) whose first run [q, r) has
 // been measured but not collected, continued at r byte by byte.
 template <Mode M, uchar Q>
@@ -280,7 +285,7 @@ template <Mode M> inline int32_t plain_number_token(jlpca_ctx *ctx, const char *
         if constexpr (M == Mode::tree) {
             const int64_t v = parse_int_digits(t, n);
             ctx->tok_val = v;
-            if (v != int64_t(int32_t(v))) kind = JT_BIGINT;
+            kind = integer_token_kind(v);
         }
         ctx->tok = uint32_t(kind);
         return kind;
@@ -402,6 +407,12 @@ template <Mode M> inline int32_t scan_word(Scanner &s, const uchar *p) {
     return word_slow<M>(s, w, n);
 }
 
+// Where the token just read starts: a punctuation byte does not record
+// its start, being one byte before the scanner's position.
+inline const uchar *token_start(const Scanner &s, int32_t t) {
+    return t > 0 && t < 256 && is_punct(uchar(t)) ? s.pos - 1 : s.start;
+}
+
 // Tokens that are a whole scalar value.
 inline bool is_scalar_token(int32_t t) {
     return uint32_t(t - JT_INT) <= uint32_t(JT_NULL - JT_INT) && t != JT_NAME;
@@ -416,12 +427,14 @@ template <Mode M> [[gnu::noinline]] int32_t next_token(Scanner &s) {
     for (;;) {
         if (p == end) [[unlikely]] {
             s.pos = p;
+            s.start = p;
             ctx->tok = 0;
             return 0;
         }
         const uchar c = *p;
         const uint16_t cls = kClass.v[c];
         if (cls & kPunct) return byte_token(s, p);
+        s.start = p;
         if (cls & kNumStart) return scan_number<M>(s, p);
         if (c == '"') return scan_string<M, '"'>(s, p);
         if (cls & kBlank) {
@@ -432,7 +445,7 @@ template <Mode M> [[gnu::noinline]] int32_t next_token(Scanner &s) {
         if (c == '\'') {
             if (ctx->strict) {
                 s.pos = p + 1;
-                return lex_error(s, VXJSON_ERR_LEX, "json strict only support double quotation");
+                return lex_error(s, msg::STRICT_QUOTE);
             }
             return scan_string<M, '\''>(s, p);
         }

@@ -14,26 +14,24 @@
 #include <strings.h>
 
 #include "links.h"
+#include "number_text.h"
 #include "report.h"
+#include "report_sites.h"
 #include "vx_number.h"
 #include "vxjson.h"
 #include "xdec.h"
 
 using namespace vxjson;
+using namespace vxjson::site;
 
 namespace {
-
-// Report sites in "json/json".
-constexpr int32_t LINE_DECIMAL_TO_DOUBLE = 2139;
-constexpr int32_t LINE_DECIMAL_CMP_FIRST = 2183;
-constexpr int32_t LINE_DECIMAL_CMP_SECOND = 2186;
 
 bool is_number(uint32_t type) { return type == JSON_INTEGER || type == JSON_DECIMAL; }
 
 // A number text as a double, unreported: 0, or -6102 past the double range.
 int32_t text_to_double(const char *text, uint32_t len, double *out) {
-    double d = len ? std::strtod(text, nullptr) : 0.0;
-    if (ntype_is_double_overflow(d)) return VXJSON_ERR_DOUBLE_OVERFLOW;
+    double d = number_to_double(text, len);
+    if (is_double_overflow(d)) return VXJSON_ERR_DOUBLE_OVERFLOW;
     *out = d;
     return 0;
 }
@@ -41,7 +39,7 @@ int32_t text_to_double(const char *text, uint32_t len, double *out) {
 // An integer and a number text are equal when their doubles are; a text
 // that overflows equals nothing.
 bool integer_equals_text(const json_node *integer, const json_node *decimal) {
-    double d;
+    double d = 0;
     if (json_decimal_string_to_double(decimal, &d)) return false;
     return d == double(integer->ival);
 }
@@ -56,7 +54,7 @@ VXJSON_API int32_t json_type_is_same(const json_node *a, const json_node *b) {
 
 VXJSON_API int32_t json_decimal_string_to_double(const json_node *node, double *out) {
     if (int32_t rc = text_to_double(node->str, node->str_len, out))
-        return report_json(rc, LINE_DECIMAL_TO_DOUBLE);
+        return report_json(rc, COMPARE_DECIMAL_TO_DOUBLE);
     return 0;
 }
 
@@ -67,11 +65,11 @@ VXJSON_API int32_t json_decimal_string_cmp(const json_node *a, const json_node *
         *order = 0;
         return 0;
     }
-    double da, db;
+    double da = 0, db = 0;
     if (int32_t rc = json_decimal_string_to_double(a, &da))
-        return report_json(rc, LINE_DECIMAL_CMP_FIRST);
+        return report_json(rc, COMPARE_DECIMAL_CMP_FIRST);
     if (int32_t rc = json_decimal_string_to_double(b, &db))
-        return report_json(rc, LINE_DECIMAL_CMP_SECOND);
+        return report_json(rc, COMPARE_DECIMAL_CMP_SECOND);
     // An unordered pair (NaN) falls through to 1.
     *order = da == db ? 0 : db > da ? -1 : 1;
     return 0;

@@ -8,23 +8,15 @@
 // replaced or refused; sorted or appended).
 #include "links.h"
 #include "report.h"
+#include "report_sites.h"
 #include "result_text.h"
 #include "vxjson.h"
 #include "vxstr.h"
 
 using namespace vxjson;
+using namespace vxjson::site;
 
 namespace {
-
-// Report sites in "json/json".
-constexpr int32_t LINE_STRIP_OBJECT_IN_OBJECT = 1331;
-constexpr int32_t LINE_STRIP_ARRAY_IN_OBJECT = 1336;
-constexpr int32_t LINE_STRIP_OBJECT_IN_ARRAY = 1379;
-constexpr int32_t LINE_STRIP_ARRAY_IN_ARRAY = 1384;
-constexpr int32_t LINE_CONCAT_FIRST = 1794;
-constexpr int32_t LINE_CONCAT_SECOND = 1804;
-constexpr int32_t LINE_CONCAT_ADD_MEMBER = 1842;
-constexpr int32_t LINE_CONCAT_WRITE_OBJECT = 1856;
 
 // One side of an array concatenation: an array's elements without their
 // brackets, any other value whole.
@@ -71,31 +63,31 @@ VXJSON_API int32_t jsonb_concat_to_object(json_node *a, json_node *b, jlpca_ctx 
     for (json_keyval *kb = b->first_member; kb; kb = kb->next) {
         json_keyval *kv;
         if (int32_t rc = json_object_add_keyval(ctx, a, kb->name, kb->name_len, &kv))
-            return report_json(rc, LINE_CONCAT_ADD_MEMBER);
+            return report_json(rc, CONCAT_ADD_MEMBER);
         kv->value = kb->value;
     }
-    return result_text_of(ctx, a, JSON_CONV_JSON, LINE_CONCAT_WRITE_OBJECT, out, out_len);
+    return result_text_of(ctx, a, JSON_CONV_JSON, CONCAT_WRITE_OBJECT, out, out_len);
 }
 
 VXJSON_API int32_t jsonb_concat_to_array(json_node *a, json_node *b, jlpca_ctx *ctx, char **out,
                                          uint32_t *out_len) {
     vxstr *s = result_text_begin(ctx);
-    if (!s) return report_json(VXJSON_ERR_NOMEM, LINE_CONCAT_FIRST);
+    if (!s) return report_json(VXJSON_ERR_NOMEM, CONCAT_FIRST);
     int32_t rc = append(ctx, s, "[");
     if (rc >= 0) rc = write_side(ctx, s, a);
-    if (rc < 0) return result_text_end(ctx, s, rc, LINE_CONCAT_FIRST, out, out_len);
+    if (rc < 0) return result_text_end(ctx, s, rc, CONCAT_FIRST, out, out_len);
     rc = append(ctx, s, ",");
     if (rc >= 0) rc = write_side(ctx, s, b);
     if (rc >= 0) rc = append(ctx, s, "]");
-    return result_text_end(ctx, s, rc, LINE_CONCAT_SECOND, out, out_len);
+    return result_text_end(ctx, s, rc, CONCAT_SECOND, out, out_len);
 }
 
 VXJSON_API int32_t jsonb_strip_nulls_object(json_node *node) {
     for (json_keyval *kv = node->first_member, *next; kv; kv = next) {
         next = kv->next;
         if (kv->value->type == JSON_NULL) member_unlink(node, kv);
-        else if (int32_t rc = strip_below(kv->value, LINE_STRIP_OBJECT_IN_OBJECT,
-                                          LINE_STRIP_ARRAY_IN_OBJECT))
+        else if (int32_t rc = strip_below(kv->value, CONCAT_STRIP_OBJECT_IN_OBJECT,
+                                          CONCAT_STRIP_ARRAY_IN_OBJECT))
             return rc;
     }
     return 0;
@@ -104,8 +96,8 @@ VXJSON_API int32_t jsonb_strip_nulls_object(json_node *node) {
 VXJSON_API int32_t jsonb_strip_nulls_array(json_node *node) {
     // Null elements of arrays stay; only members are dropped.
     for (uint32_t k = 0; k < node->count; k++)
-        if (int32_t rc = strip_below(node->items[k], LINE_STRIP_OBJECT_IN_ARRAY,
-                                     LINE_STRIP_ARRAY_IN_ARRAY))
+        if (int32_t rc = strip_below(node->items[k], CONCAT_STRIP_OBJECT_IN_ARRAY,
+                                     CONCAT_STRIP_ARRAY_IN_ARRAY))
             return rc;
     return 0;
 }

@@ -17,6 +17,7 @@
 
 #include "escape_internal.h"
 #include "report.h"
+#include "report_sites.h"
 #include "vx_alloc.h"
 #include "vx_heap.h"
 #include "vx_nstr.h"
@@ -24,19 +25,9 @@
 
 namespace vxjson {
 
-namespace {
+using namespace site;
 
-// Call sites named in error reports and allocation diagnostics.
-constexpr int32_t LINE_CONVERT_STD = 687;    // standard escaping failed
-constexpr int32_t LINE_CONVERT_MYSQL = 692;  // MySQL escaping failed
-constexpr int32_t LINE_CONVERT_PLAIN = 697;  // removing escapes failed
-constexpr int32_t LINE_CONVERT_ASCII = 717;  // \u conversion failed
-constexpr int32_t LINE_ALLOC_STD = 1727;     // output of the standard escaper
-constexpr int32_t LINE_ALLOC_MYSQL = 1511;   // output of the MySQL escaper
-constexpr int32_t LINE_UNESCAPE_QUOTE = 945; // quoting the text to re-read
-constexpr int32_t LINE_UNESCAPE_READ = 958;  // reading it
-constexpr int32_t LINE_UNESCAPE_WRITE = 965; // writing the decoded value
-constexpr int32_t LINE_ALLOC_ASCII = 594;    // output of the \u conversion
+namespace {
 
 // ------------------------------------------------------------------
 // Plain-run scanning, eight bytes at a time
@@ -307,16 +298,16 @@ int32_t convert_general(out_buf &o, uint32_t flags, const char *text, uint32_t l
     switch (conv) {
     case JSON_CONV_JSON:
         rc = json_string_from_value_add_escape(o.env, o.alloc, text, len, &tmp, &tmp_len);
-        line = LINE_CONVERT_STD;
+        line = ESCAPE_CONVERT_STD;
         break;
     case JSON_CONV_MYSQL:
         rc = json_string_from_value_add_escape_for_mysql(o.env, o.alloc, text, len, &tmp,
                                                          &tmp_len);
-        line = LINE_CONVERT_MYSQL;
+        line = ESCAPE_CONVERT_MYSQL;
         break;
     case JSON_CONV_PLAIN:
         rc = json_string_to_value_remove_escape(o.env, o.alloc, text, len, &tmp, &tmp_len);
-        line = LINE_CONVERT_PLAIN;
+        line = ESCAPE_CONVERT_PLAIN;
         break;
     default:
         break;
@@ -335,7 +326,7 @@ int32_t convert_general(out_buf &o, uint32_t flags, const char *text, uint32_t l
         o.load();
         if (rc < 0) {
             release(o.env, o.alloc, tmp);
-            return report_json(rc, LINE_CONVERT_ASCII);
+            return report_json(rc, ESCAPE_CONVERT_ASCII);
         }
     } else if (len) {
         if (!o.ensure(len)) {
@@ -355,6 +346,7 @@ int32_t convert_general(out_buf &o, uint32_t flags, const char *text, uint32_t l
 } // namespace vxjson
 
 using namespace vxjson;
+using namespace vxjson::site;
 
 VXJSON_API int32_t json_string_convert(void *env, vx_allocator *allocator, vxstr *string,
                                        uint32_t flags, const char *text, uint32_t len,
@@ -377,7 +369,7 @@ VXJSON_API int32_t json_string_from_value_add_escape(void *env, vx_allocator *al
     *out = nullptr;
     *out_len = 0;
     if (len == 0) return 0;
-    char *buf = alloc_text(env, allocator, 2 * size_t(len) + ESCAPE_SLACK, LINE_ALLOC_STD);
+    char *buf = alloc_text(env, allocator, 2 * size_t(len) + ESCAPE_SLACK, ESCAPE_ALLOC_STD);
     if (!buf) return NOMEM;
     charset_cache cs;
     set_out(buf, escape_std(reinterpret_cast<const unsigned char *>(text), len, buf, cs), out,
@@ -395,7 +387,7 @@ VXJSON_API int32_t json_string_from_value_add_escape_for_mysql(void *env,
     *out = nullptr;
     *out_len = 0;
     if (len == 0) return 0;
-    char *buf = alloc_text(env, allocator, 2 * size_t(len), LINE_ALLOC_MYSQL);
+    char *buf = alloc_text(env, allocator, 2 * size_t(len), ESCAPE_ALLOC_MYSQL);
     if (!buf) return NOMEM;
     charset_cache cs;
     char *o = buf;
@@ -430,20 +422,20 @@ VXJSON_API int32_t json_string_to_value_remove_escape(void *env, vx_allocator *a
     *out_len = 0;
     if (len == 0) return 0;
     vxstr *s = vxstr_create(env, allocator, len + 10);
-    if (!s) return report_json(NOMEM, LINE_UNESCAPE_QUOTE);
+    if (!s) return report_json(NOMEM, ESCAPE_UNESCAPE_QUOTE);
     int32_t rc = json_string_convert(env, allocator, s, 0, text, len, 1, JSON_CONV_NONE);
     if (rc < 0) {
         vxstr_free(env, allocator, s);
-        return report_json(rc, LINE_UNESCAPE_QUOTE);
+        return report_json(rc, ESCAPE_UNESCAPE_QUOTE);
     }
     vx_heap *heap = mem_heap_create(sizeof(jlpca_ctx) + 2 * size_t(s->len) + 1024);
     auto *ctx = heap ? static_cast<jlpca_ctx *>(mem_heap_alloc_low(
-                           env, heap, sizeof(jlpca_ctx), 0, SRC_JSON, LINE_UNESCAPE_READ))
+                           env, heap, sizeof(jlpca_ctx), 0, SRC_JSON, ESCAPE_UNESCAPE_READ))
                      : nullptr;
     if (!ctx) {
         if (heap) mem_heap_free(heap);
         vxstr_free(env, allocator, s);
-        return report_json(NOMEM, LINE_UNESCAPE_READ);
+        return report_json(NOMEM, ESCAPE_UNESCAPE_READ);
     }
     json_node *root = nullptr;
     jlpca_init_simple(env, ctx, heap, allocator, JLPCA_ESCAPE_DECODE, JLPCA_COMPAT_PG);
@@ -454,14 +446,14 @@ VXJSON_API int32_t json_string_to_value_remove_escape(void *env, vx_allocator *a
     if (rc < 0) {
         mem_heap_free(heap);
         vxstr_free(env, allocator, s);
-        return report_json(rc, LINE_UNESCAPE_READ);
+        return report_json(rc, ESCAPE_UNESCAPE_READ);
     }
     vxstr_init(s);
     rc = json_scalar_to_string(env, allocator, s, root, 0);
     mem_heap_free(heap);
     if (rc < 0) {
         vxstr_free(env, allocator, s);
-        return report_json(rc, LINE_UNESCAPE_WRITE);
+        return report_json(rc, ESCAPE_UNESCAPE_WRITE);
     }
     *out = s->buf;
     *out_len = s->len;
@@ -477,7 +469,7 @@ VXJSON_API int32_t json_string_convert_ascii(void *env, vx_allocator *allocator,
                                              uint32_t len) {
     if (string->failed) return NOMEM;
     if (len == 0) return 0;
-    char *buf = alloc_text(env, allocator, 3 * size_t(len) + 2, LINE_ALLOC_ASCII);
+    char *buf = alloc_text(env, allocator, 3 * size_t(len) + 2, ESCAPE_ALLOC_ASCII);
     if (!buf) return NOMEM;
     static constexpr char HEX[] = "0123456789ABCDEF";
     charset_cache cs;
@@ -513,9 +505,6 @@ VXJSON_API int32_t json_string_convert_ascii(void *env, vx_allocator *allocator,
 
 namespace {
 
-constexpr int32_t LINE_ALLOC_SOLVE = 2820;   // output of the SQL literal check
-constexpr int32_t LINE_ALLOC_DEFAULT = 1613; // output of the default value
-
 } // namespace
 
 // Walks an SQL string literal with three flags: after a backslash (P), the
@@ -527,7 +516,7 @@ VXJSON_API int32_t json_org_str_escape_solve_for_mysql(void *env, vx_allocator *
     *out = nullptr;
     *out_len = 0;
     if (len == 0) return 0;
-    char *buf = alloc_text(env, allocator, 2 * size_t(len), LINE_ALLOC_SOLVE);
+    char *buf = alloc_text(env, allocator, 2 * size_t(len), ESCAPE_ALLOC_SOLVE);
     if (!buf) return NOMEM;
     charset_cache cs;
     char *o = buf;
@@ -596,7 +585,7 @@ VXJSON_API int32_t json_default_value_remove_escape_for_mysql(void *env,
                                                               vx_allocator *allocator,
                                                               const vx_nstr *src, vx_nstr *dst) {
     if (src->len == 0) return 0;
-    char *buf = alloc_text(env, allocator, src->len, LINE_ALLOC_DEFAULT);
+    char *buf = alloc_text(env, allocator, src->len, ESCAPE_ALLOC_DEFAULT);
     if (!buf) return NOMEM;
     charset_cache cs;
     char *o = buf;

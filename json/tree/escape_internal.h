@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "escape_letters.h"
 #include "vx_charset.h"
 #include "vx_ini.h"
 #include "vx_types.h"
@@ -28,20 +29,8 @@ namespace vxjson {
 // ------------------------------------------------------------------
 
 // Escape letter of a byte under the standard table, 0 when it is written
-// as it is.  Only these seven: other control bytes, '/' and everything
-// above 127 pass unchanged.
-constexpr char std_escape_letter(unsigned c) {
-    switch (c) {
-    case 8: return 'b';
-    case 9: return 't';
-    case 10: return 'n';
-    case 12: return 'f';
-    case 13: return 'r';
-    case '"': return '"';
-    case '\\': return '\\';
-    default: return 0;
-    }
-}
+// as it is (see escape_letters.h).
+constexpr char std_escape_letter(unsigned c) { return letter_of_byte(c); }
 
 // The MySQL table adds the letters of an escape that is already there, so
 // that a backslash before one of them stays that escape.

@@ -7,15 +7,13 @@ namespace vxjson {
 
 namespace {
 
-bool finds_existing(const jlpca_ctx *ctx) { return ctx->unique_keys == 1 || ctx->dup_key_replace == 1; }
-
 std::string_view name_of(const json_keyval *kv) { return {kv->name, kv->name_len}; }
 
 } // namespace
 
 void MemberIndex::record(jlpca_ctx *ctx, Object &ix, json_keyval *kv) {
     std::string_view name = name_of(kv);
-    if (finds_existing(ctx)) ix.first_by_name.emplace(name, kv);  // keeps the first
+    if (member_finds_existing(ctx)) ix.first_by_name.emplace(name, kv);  // keeps the first
     if (ctx->sorted_keys == 1) {
         // Before its equals, as the scan inserts a newcomer before them.
         ix.sorted.emplace_hint(ix.sorted.lower_bound(name), name, kv);
@@ -28,7 +26,7 @@ MemberIndex::Object *MemberIndex::index_of(jlpca_ctx *ctx, json_node *object) {
     auto ix = std::make_unique<Object>();
     // In list order, so that equal names keep their list order.
     for (json_keyval *kv = object->last_member; kv; kv = kv->prev) {
-        if (finds_existing(ctx)) ix->first_by_name.insert_or_assign(name_of(kv), kv);
+        if (member_finds_existing(ctx)) ix->first_by_name.insert_or_assign(name_of(kv), kv);
         if (ctx->sorted_keys == 1) ix->sorted.emplace_hint(ix->sorted.begin(), name_of(kv), kv);
     }
     return objects_.emplace(object, std::move(ix)).first->second.get();
@@ -42,7 +40,7 @@ int32_t MemberIndex::add(jlpca_ctx *ctx, json_node *object, const char *name, ui
     try {
         Object *ix = index_of(ctx, object);
         std::string_view key(name, name_len);
-        if (finds_existing(ctx)) {
+        if (member_finds_existing(ctx)) {
             auto found = ix->first_by_name.find(key);
             if (found != ix->first_by_name.end()) {
                 if (ctx->unique_keys) return VXJSON_ERR_INVALID_JSON;

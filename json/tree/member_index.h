@@ -20,24 +20,10 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "tree_internal.h"
 #include "vxjson.h"
 
 namespace vxjson {
-
-// Whether adding a member must look at the members already there: to
-// refuse or reuse a repeated name, or to find its sorted place.  Without
-// any of these policies a new member simply goes at the end.
-inline bool member_policy_applies(const jlpca_ctx *ctx) {
-    return ctx->unique_keys == 1 || ctx->dup_key_replace == 1 || ctx->sorted_keys == 1;
-}
-
-// Report site in "json/json" of a member that could not be added.
-inline constexpr int32_t LINE_ADD_KEYVAL = 283;
-
-// The member record for `name` in `block` (record size plus name_len
-// bytes): the name copied behind the record, `flags` stored, value and
-// links null.
-json_keyval *init_member(void *block, const char *name, uint32_t name_len, uint32_t flags);
 
 // Link a new member named `name` before `before` (NULL: at the end): the
 // second half of json_object_add_keyval, after its policies have decided.
@@ -54,12 +40,10 @@ public:
                 json_keyval **out);
 
 private:
-    // Sorted-key order: shorter names first, then strncmp over the length
-    // (which stops at a NUL byte), exactly as the member scan compares.
+    // Sorted-key order, exactly as the member scan compares.
     struct SortedLess {
         bool operator()(std::string_view a, std::string_view b) const {
-            if (a.size() != b.size()) return a.size() < b.size();
-            return std::strncmp(a.data(), b.data(), a.size()) < 0;
+            return name_order(a.data(), uint32_t(a.size()), b.data(), uint32_t(b.size())) < 0;
         }
     };
     struct Object {

@@ -16,25 +16,20 @@
 
 #include "links.h"
 #include "report.h"
+#include "report_sites.h"
 #include "result_text.h"
+#include "tree_internal.h"
 #include "vxjson.h"
 
 using namespace vxjson;
+using namespace vxjson::site;
 
 namespace {
 
-// Report sites in "json/json".
-constexpr int32_t LINE_PRESERVE_ARRAY = 3325;
-constexpr int32_t LINE_MERGE_PRESERVE_VALUE = 3455;
-constexpr int32_t LINE_MERGE_PATCH_VALUE = 3474;
-constexpr int32_t LINE_MERGE = 3539;
-constexpr int32_t LINE_MERGE_WRITE = 3547;
-
-// Negative when j's name sorts before i's, 0 when equal, positive after.
-// strncmp, like the sorted insertion that built the lists.
+// Negative when j's name sorts before i's, 0 when equal, positive after:
+// the order of the sorted insertion that built the lists.
 int name_order(const json_keyval *j, const json_keyval *i) {
-    if (j->name_len != i->name_len) return j->name_len < i->name_len ? -1 : 1;
-    return std::strncmp(j->name, i->name, j->name_len);
+    return vxjson::name_order(j->name, j->name_len, i->name, i->name_len);
 }
 
 bool is_null(const json_node *n) { return n->type == JSON_NULL; }
@@ -59,8 +54,8 @@ VXJSON_API int32_t json_merge_mysql(json_node *a, json_node *b, int32_t patch, j
     json_node *result;
     int32_t rc = patch ? json_merge_patch_mysql(a, b, ctx, &result)
                        : json_merge_preserve_mysql(a, b, ctx, &result);
-    if (rc) return report_json(rc, LINE_MERGE);
-    return result_text_of(ctx, result, JSON_CONV_MYSQL, LINE_MERGE_WRITE, out, out_len);
+    if (rc) return report_json(rc, MERGE_RESULT);
+    return result_text_of(ctx, result, JSON_CONV_MYSQL, MERGE_WRITE, out, out_len);
 }
 
 VXJSON_API int32_t json_merge_preserve_mysql(json_node *a, json_node *b, jlpca_ctx *ctx,
@@ -69,7 +64,7 @@ VXJSON_API int32_t json_merge_preserve_mysql(json_node *a, json_node *b, jlpca_c
         return json_object_merge_mysql(a, b, ctx, 0, out);
     json_node *merged = json_mem_create(ctx, JSON_ARRAY);
     if (!merged || json_array_mem_alloc_arr(ctx, spread_count(a) + spread_count(b), merged))
-        return report_json(VXJSON_ERR_NOMEM, LINE_PRESERVE_ARRAY);
+        return report_json(VXJSON_ERR_NOMEM, MERGE_PRESERVE_ARRAY);
     // Elements stay shared with the inputs, parents unchanged.
     append_spread(merged, a);
     append_spread(merged, b);
@@ -110,10 +105,10 @@ VXJSON_API int32_t json_object_merge_mysql(json_node *a, json_node *b, jlpca_ctx
             member_unlink(a, i);
         } else if (patch) {
             if (int32_t rc = json_merge_patch_mysql(i->value, j->value, ctx, &i->value))
-                return report_json(rc, LINE_MERGE_PATCH_VALUE);
+                return report_json(rc, MERGE_PATCH_VALUE);
         } else {
             if (int32_t rc = json_merge_preserve_mysql(i->value, j->value, ctx, &i->value))
-                return report_json(rc, LINE_MERGE_PRESERVE_VALUE);
+                return report_json(rc, MERGE_PRESERVE_VALUE);
         }
         i = i_next;
         j = j->next;

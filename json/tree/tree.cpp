@@ -17,66 +17,36 @@
 
 #include "links.h"
 #include "member_index.h"
+#include "tree_internal.h"
 #include "report.h"
+#include "report_sites.h"
 #include "vx_alloc.h"
 #include "vx_heap.h"
 #include "vxjson.h"
 
 using namespace vxjson;
+using namespace vxjson::site;
 
 namespace {
-
-// Heap call sites in "json/json", for the server's allocation diagnostics.
-constexpr int32_t LINE_NODE_ALLOC = 147;
-constexpr int32_t LINE_KEYVAL_ALLOC = 214;
-constexpr int32_t LINE_ITEMS_ALLOC = 402;
-constexpr int32_t LINE_STRING_ALLOC = 611;
-// Report sites in "json/json".
-constexpr int32_t LINE_ADD_ONE_NODE = 341;
-constexpr int32_t LINE_APPEND_NTH = 455;
-// Pluggable-allocator call sites.
-constexpr int32_t LINE_ARRAY_GROW = 498;
-constexpr int32_t LINE_LST_TO_ARR = 533;
 
 // Growth step of json_array_add_one_node: small, since arrays changed by
 // path functions usually gain one element at a time.
 constexpr uint32_t kArrayGrowStep = 5;
 
-void *heap_alloc(jlpca_ctx *ctx, size_t size, int32_t line) {
-    return mem_heap_alloc_low(ctx->env, ctx->heap, size, 0, SRC_JSON, line);
-}
+void *heap_alloc(jlpca_ctx *ctx, size_t size, int32_t line) { return heap_source{ctx, line}.take(size); }
 
 bool is_container(uint32_t type) { return type == JSON_OBJECT || type == JSON_ARRAY; }
-
-void append_to_list(json_node *array, json_node *element) {
-    element->prev_sibling = array->lst_last;
-    element->next_sibling = nullptr;
-    if (array->lst_last) array->lst_last->next_sibling = element;
-    else array->lst_first = element;
-    array->lst_last = element;
-    array->lst_count++;
-}
 
 } // namespace
 
 namespace vxjson {
-
-json_keyval *init_member(void *block, const char *name, uint32_t name_len, uint32_t flags) {
-    auto *kv = static_cast<json_keyval *>(block);
-    std::memset(kv, 0, sizeof(json_keyval));
-    kv->name_len = name_len;
-    kv->name = reinterpret_cast<char *>(kv + 1);
-    if (name_len) std::memcpy(kv->name, name, name_len);
-    kv->flags = flags;
-    return kv;
-}
 
 int32_t insert_new_member(jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
                           json_keyval *before, json_keyval **out) {
     json_keyval *kv;
     if (int32_t rc = json_object_keyval_mem_create(ctx, name, name_len, uint32_t(ctx->lit_escaped),
                                                    &kv))
-        return report_json(rc, LINE_ADD_KEYVAL);
+        return report_json(rc, TREE_ADD_KEYVAL);
     if (before) member_insert_before(object, before, kv);
     else member_append(object, kv);
     *out = kv;
@@ -88,11 +58,8 @@ int32_t insert_new_member(jlpca_ctx *ctx, json_node *object, const char *name, u
 extern "C" {
 
 VXJSON_API json_node *json_mem_create(jlpca_ctx *ctx, uint32_t type) {
-    auto *node = static_cast<json_node *>(heap_alloc(ctx, sizeof(json_node), LINE_NODE_ALLOC));
-    if (!node) return nullptr;
-    std::memset(node, 0, sizeof(json_node));
-    node->type = type;
-    return node;
+    heap_source heap{ctx, TREE_NODE_ALLOC};
+    return make_node(heap, type, 0);
 }
 
 VXJSON_API int32_t json_create(jlpca_ctx *ctx, uint32_t type) {
@@ -100,11 +67,7 @@ VXJSON_API int32_t json_create(jlpca_ctx *ctx, uint32_t type) {
         return VXJSON_ERR_INVALID_JSON;
     json_node *node = json_mem_create(ctx, type);
     if (!node) [[unlikely]] return VXJSON_ERR_NOMEM;
-    node->parent = ctx->cur_node;
-    if (ctx->last_node) ctx->last_node->chain_next = node;
-    ctx->last_node = node;
-    ctx->cur_node = node;
-    if (!ctx->first_node) ctx->first_node = node;
+    link_created(ctx, node);
     return 0;
 }
 
@@ -112,7 +75,7 @@ VXJSON_API int32_t json_object_keyval_mem_create(jlpca_ctx *ctx, const char *nam
                                                  uint32_t name_len, uint32_t flags,
                                                  json_keyval **out) {
     auto *kv = static_cast<json_keyval *>(
-        heap_alloc(ctx, sizeof(json_keyval) + size_t(name_len), LINE_KEYVAL_ALLOC));
+        heap_alloc(ctx, sizeof(json_keyval) + size_t(name_len), TREE_KEYVAL_ALLOC));
     if (!kv) [[unlikely]] return VXJSON_ERR_NOMEM;
     *out = init_member(kv, name, name_len, flags);
     return 0;
@@ -133,17 +96,14 @@ VXJSON_API int32_t json_object_keyval_name_equal(const char *a, uint32_t a_len, 
 VXJSON_API json_keyval *jsonb_object_add_keyval_sort_by_name(const json_node *object,
                                                              const char *name,
                                                              uint32_t name_len) {
-    for (json_keyval *kv = object->first_member; kv; kv = kv->next) {
-        if (kv->name_len > name_len) return kv;
-        // strncmp stops at a NUL byte in either name; that is the order kept.
-        if (kv->name_len == name_len && std::strncmp(kv->name, name, name_len) >= 0) return kv;
-    }
+    for (json_keyval *kv = object->first_member; kv; kv = kv->next)
+        if (name_order(kv->name, kv->name_len, name, name_len) >= 0) return kv;
     return nullptr;
 }
 
 VXJSON_API int32_t json_object_add_keyval(jlpca_ctx *ctx, json_node *object, const char *name,
                                           uint32_t name_len, json_keyval **out) {
-    if (ctx->unique_keys == 1 || ctx->dup_key_replace == 1) {
+    if (member_finds_existing(ctx)) {
         if (json_keyval *existing = json_object_find_keyval_by_name(object, name, name_len)) {
             if (ctx->unique_keys) return VXJSON_ERR_INVALID_JSON;
             *out = existing;  // the caller's value replaces the earlier one, in place
@@ -170,7 +130,7 @@ VXJSON_API int32_t json_object_add_one_node(jlpca_ctx *ctx, json_node *object, c
     }
     json_keyval *kv;
     if (int32_t rc = json_object_add_keyval(ctx, object, name, name_len, &kv))
-        return report_json(rc, LINE_ADD_ONE_NODE);
+        return report_json(rc, TREE_ADD_ONE_NODE);
     kv->value = value;
     return 0;
 }
@@ -180,7 +140,7 @@ VXJSON_API int32_t json_array_mem_alloc_arr(jlpca_ctx *ctx, uint32_t capacity, j
     array->capacity = capacity;
     if (capacity) {
         auto *items = static_cast<json_node **>(
-            heap_alloc(ctx, sizeof(json_node *) * size_t(capacity), LINE_ITEMS_ALLOC));
+            heap_alloc(ctx, sizeof(json_node *) * size_t(capacity), TREE_ITEMS_ALLOC));
         if (!items) return VXJSON_ERR_NOMEM;
         array->items = items;
     }
@@ -192,7 +152,7 @@ VXJSON_API int32_t json_array_append_with_nth(jlpca_ctx *ctx, json_node *element
                                               uint32_t position) {
     if (array->count == 0) {
         if (json_array_mem_alloc_arr(ctx, capacity, array))
-            return report_json(VXJSON_ERR_NOMEM, LINE_APPEND_NTH);
+            return report_json(VXJSON_ERR_NOMEM, TREE_APPEND_NTH);
     }
     json_node **items = array->items;
     if (position < array->count)
@@ -213,7 +173,7 @@ VXJSON_API int32_t json_array_add_one_node(jlpca_ctx *ctx, json_node *array, int
         size_t new_cap = size_t(array->capacity) + kArrayGrowStep;
         grown = static_cast<json_node **>(vx_alloc(ctx->env, ctx->allocator,
                                                    sizeof(json_node *) * new_cap, SRC_JSON,
-                                                   LINE_ARRAY_GROW));
+                                                   TREE_ARRAY_GROW));
         if (!grown) return VXJSON_ERR_NOMEM;
         // Element order is kept whatever the position, so copying all of
         // them and then shifting in place gives the same result.
@@ -242,16 +202,10 @@ VXJSON_API int32_t json_array_add_one_node(jlpca_ctx *ctx, json_node *array, int
 
 VXJSON_API int32_t json_lst_to_arr(jlpca_ctx *ctx, json_node *array, uint32_t lst_count,
                                    json_node *lst_first, json_node *) {
-    array->capacity = lst_count + ctx->array_spare;
-    auto *items = static_cast<json_node **>(vx_alloc(
-        ctx->env, ctx->allocator, sizeof(json_node *) * size_t(array->capacity), SRC_JSON,
-        LINE_LST_TO_ARR));
-    if (!items) return VXJSON_ERR_NOMEM;
-    uint32_t n = 0;
-    for (json_node *e = lst_first; e && n < lst_count; e = e->next_sibling) items[n++] = e;
-    array->items = items;
-    array->count = lst_count;
-    return 0;
+    return make_items(ctx, array, lst_count, [&](json_node **items) {
+        uint32_t n = 0;
+        for (json_node *e = lst_first; e && n < lst_count; e = e->next_sibling) items[n++] = e;
+    });
 }
 
 VXJSON_API int32_t json_string_set_value_low(void *env, void *heap, json_node *node,
@@ -264,7 +218,7 @@ VXJSON_API int32_t json_string_set_value_low(void *env, void *heap, json_node *n
     }
     size_t total = size_t(len) + pad;
     auto *s = static_cast<char *>(
-        mem_heap_alloc_low(env, heap, total + 1, 0, SRC_JSON, LINE_STRING_ALLOC));
+        mem_heap_alloc_low(env, heap, total + 1, 0, SRC_JSON, TREE_STRING_ALLOC));
     if (!s) return VXJSON_ERR_NOMEM;
     if (len) std::memcpy(s, text, len);
     std::memset(s + len, ' ', pad);
@@ -307,7 +261,7 @@ VXJSON_API json_node *json_mem_copy(jlpca_ctx *ctx, const json_node *node) {
             json_node *c = json_mem_copy(ctx, src);
             if (!c) return nullptr;
             c->parent = copy;
-            append_to_list(copy, c);
+            list_append(copy, c);
         }
         if (json_lst_to_arr(ctx, copy, copy->lst_count, copy->lst_first, copy->lst_last))
             return nullptr;

@@ -37,3 +37,4 @@ create table docs(id integer primary key, j text);
 insert into docs values (1, '{"k":1}'), (2, NULL), (3, '[true]');
 select 'column', id, vxjson_check(j), vxjson_format(j) from docs order by id;
 select 'column-valid-count', count(*) from docs where vxjson_check(j);
+select 'format-is-json', json_object('doc', vxjson_format('{ "a" : 1 }'));

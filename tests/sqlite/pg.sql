@@ -31,3 +31,6 @@ select 'strip-null-document', jsonb_strip_nulls('null');
 select 'strip-array-keeps-nulls', jsonb_strip_nulls('[null,1]');
 select 'strip-sql-null', jsonb_strip_nulls(NULL) is null;
 select 'strip-invalid', jsonb_strip_nulls('{"a":nul}');
+-- results are marked as JSON, so SQLite's own JSON functions embed them
+select 'result-is-json', json_array(jsonb_concat('[1]', '[2]'), jsonb_strip_nulls('{"a":null}'));
+select 'plain-text-is-string', json_array('[1]');
