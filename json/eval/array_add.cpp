@@ -38,7 +38,7 @@ int32_t wrap_in_place(json_node **document, json_node *found, json_node *value, 
                       jlpca_ctx *ctx) {
     json_node *pair;
     if (int32_t rc = wrap_pair(ctx, found, value, &pair))
-        return report(rc, SRC_JPATH, site::LINE_ARRAY_ADD_WRAP_OLD);
+        return report(rc, SRC_JPATH, site::ARRAY_ADD_WRAP_OLD);
     json_node *parent = found->parent;
     // No member of that exact name to take the pair: nothing is changed.
     if (parent && parent->type == JSON_OBJECT && path->last_filter &&
@@ -81,7 +81,7 @@ VXJSON_API int32_t json_array_add_element_mysql(json_node **document, json_node 
                                                 jpath *path, jlpca_ctx *ctx, int32_t insert) {
     json_node *found = nullptr;
     if (int32_t rc = jpath_filter_mysql(*document, path, ctx, 0, &found))
-        return report(rc, SRC_JPATH, site::LINE_ARRAY_ADD_FIND);
+        return report(rc, SRC_JPATH, site::ARRAY_ADD_FIND);
     if (found && insert) {
         json_node *parent = found->parent;
         const jpath_filter *last = path->last_filter;
@@ -96,7 +96,7 @@ VXJSON_API int32_t json_array_add_element_mysql(json_node **document, json_node 
     if (!insert) return 0;
     drop_last_step(path);
     if (int32_t rc = jpath_filter_mysql(*document, path, ctx, 0, &found))
-        return report(rc, SRC_JPATH, site::LINE_ARRAY_ADD_REFIND);
+        return report(rc, SRC_JPATH, site::ARRAY_ADD_REFIND);
     if (found && found->type == JSON_ARRAY)
         return array_insert_at(ctx, found, value, found->count, ctx->array_spare);
     return 0;
@@ -113,16 +113,16 @@ VXJSON_API int32_t json_array_add_element_mysql_path_array(json_node *document,
     if (options & OPT_SINGLE_VALUE) {
         if (path_count > 0)
             if (int32_t rc = json_array_add_element_mysql(&document, values, &paths[0], ctx, insert))
-                return report(rc, SRC_JPATH, site::LINE_ARRAY_ADD_SINGLE);
+                return report(rc, SRC_JPATH, site::ARRAY_ADD_SINGLE);
     } else {
         if (path_count > 0 && (values->type != JSON_ARRAY || values->count < path_count))
-            return report(VXJSON_ERR_PATH, SRC_JPATH, site::LINE_ARRAY_ADD_EACH);
+            return report(VXJSON_ERR_PATH, SRC_JPATH, site::ARRAY_ADD_EACH);
         for (uint32_t i = 0; i < path_count; i++)
             if (int32_t rc = json_array_add_element_mysql(&document, values->items[i], &paths[i], ctx,
                                                           insert))
-                return report(rc, SRC_JPATH, site::LINE_ARRAY_ADD_EACH);
+                return report(rc, SRC_JPATH, site::ARRAY_ADD_EACH);
     }
-    return document_text(ctx, document, JSON_CONV_MYSQL, site::LINE_ARRAY_ADD_WRITE, out, out_len);
+    return document_text(ctx, document, JSON_CONV_MYSQL, site::ARRAY_ADD_WRITE, out, out_len);
 }
 
 } // extern "C"

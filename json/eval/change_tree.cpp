@@ -18,7 +18,7 @@ constexpr uint32_t kMinGrowth = 4;
 
 json_node **heap_items(jlpca_ctx *ctx, uint32_t n) {
     return static_cast<json_node **>(mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(json_node *) * size_t(n),
-                                                        0, SRC_JPATH, site::LINE_CHANGE_ITEMS_ALLOC));
+                                                        0, SRC_JPATH, site::CHANGE_ITEMS_ALLOC));
 }
 
 } // namespace

@@ -54,12 +54,12 @@ VXJSON_API int32_t jsonb_remove_object_with_path_element(json_node *object, jpat
 VXJSON_API int32_t jsonb_remove_with_path(json_node *document, jpath *path, jlpca_ctx *ctx,
                                           char **out, uint32_t *out_len) {
     jpath_filter *step = path->first_filter ? path->first_filter->next : nullptr;
-    if (!step) return report(VXJSON_ERR_PATH, SRC_JPATH, site::LINE_REMOVE_PG_STEP);
+    if (!step) return report(VXJSON_ERR_PATH, SRC_JPATH, site::REMOVE_PG_STEP);
     const int32_t rc = document->type == JSON_ARRAY
                            ? jsonb_remove_array_element_with_path(document, step, ctx)
                            : jsonb_remove_object_with_path_element(document, step, ctx);
-    if (rc) return report(rc, SRC_JPATH, site::LINE_REMOVE_PG_STEP);
-    return document_text(ctx, document, JSON_CONV_PLAIN, site::LINE_REMOVE_PG_WRITE, out, out_len);
+    if (rc) return report(rc, SRC_JPATH, site::REMOVE_PG_STEP);
+    return document_text(ctx, document, JSON_CONV_PLAIN, site::REMOVE_PG_WRITE, out, out_len);
 }
 
 VXJSON_API int32_t json_remove_mysql(json_node *document, jpath *path, jlpca_ctx *ctx) {
@@ -67,7 +67,7 @@ VXJSON_API int32_t json_remove_mysql(json_node *document, jpath *path, jlpca_ctx
     if (!last || last->kind == STEP_ROOT) return VXJSON_ERR_MULTI_STEP;
     json_node *found = nullptr;
     if (int32_t rc = jpath_filter_mysql(document, path, ctx, 0, &found))
-        return report(rc, SRC_JPATH, site::LINE_REMOVE_FIND);
+        return report(rc, SRC_JPATH, site::REMOVE_FIND);
     if (!found || !found->parent) return 0;
     json_node *parent = found->parent;
     int32_t rc = 0;
@@ -81,7 +81,7 @@ VXJSON_API int32_t json_remove_mysql(json_node *document, jpath *path, jlpca_ctx
         if (!field) return 0;
         rc = jsonb_remove_object_with_path_element(parent, field, ctx);
     }
-    return rc ? report(rc, SRC_JPATH, site::LINE_REMOVE_APPLY) : 0;
+    return rc ? report(rc, SRC_JPATH, site::REMOVE_APPLY) : 0;
 }
 
 VXJSON_API int32_t json_remove_mysql_path_array(json_node *document, uint32_t path_count,
@@ -91,8 +91,8 @@ VXJSON_API int32_t json_remove_mysql_path_array(json_node *document, uint32_t pa
     *out_len = 0;
     for (uint32_t i = 0; i < path_count; i++)
         if (int32_t rc = json_remove_mysql(document, &paths[i], ctx))
-            return report(rc, SRC_JPATH, site::LINE_REMOVE_EACH);
-    return document_text(ctx, document, JSON_CONV_MYSQL, site::LINE_REMOVE_WRITE, out, out_len);
+            return report(rc, SRC_JPATH, site::REMOVE_EACH);
+    return document_text(ctx, document, JSON_CONV_MYSQL, site::REMOVE_WRITE, out, out_len);
 }
 
 } // extern "C"

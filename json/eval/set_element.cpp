@@ -62,7 +62,7 @@ VXJSON_API int32_t jsonb_set_object_with_path_element(json_node **current, json_
     }
     json_keyval *added;
     if (int32_t rc = json_object_add_keyval(ctx, object, step->key, step->key_len, &added))
-        return report(rc, SRC_JPATH, site::LINE_SET_ADD_MEMBER);
+        return report(rc, SRC_JPATH, site::SET_ADD_MEMBER);
     added->value = value;
     value->parent = object;
     return 0;
@@ -102,7 +102,7 @@ VXJSON_API int32_t jsonb_set_array_with_path_element(json_node **current, json_n
         return 0;
     }
     if (int32_t rc = array_insert_at(ctx, array, value, array->count, 1))
-        return report(rc, SRC_JPATH, site::LINE_SET_APPEND);
+        return report(rc, SRC_JPATH, site::SET_APPEND);
     return 0;
 }
 

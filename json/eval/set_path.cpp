@@ -95,16 +95,16 @@ VXJSON_API int32_t jsonb_set_with_path(json_node *document, json_node *value, jp
         }
         if (step->kind == STEP_ROOT) {
             if (int32_t rc = jsonb_set_with_array_path(&current, value, &document, step, ctx, &last))
-                return report(rc, SRC_JPATH, site::LINE_SET_ROOT_PATH);
+                return report(rc, SRC_JPATH, site::SET_ROOT_PATH);
             if (last) break;
             continue;
         }
         if (int32_t rc = jsonb_set_with_path_element(&current, value, step, ctx, &last, &done,
                                                      path->dialect))
-            return report(rc, SRC_JPATH, site::LINE_SET_ELEMENT);
+            return report(rc, SRC_JPATH, site::SET_ELEMENT);
         if (last || !done) break;
     }
-    return document_text(ctx, document, JSON_CONV_JSON, site::LINE_SET_WRITE, out, out_len);
+    return document_text(ctx, document, JSON_CONV_JSON, site::SET_WRITE, out, out_len);
 }
 
 } // extern "C"
