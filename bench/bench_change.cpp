@@ -85,7 +85,7 @@ void BM_PgSet_Twitter(benchmark::State &state) {
     jpath path{};
     jpath_init_simple(&path, 1);
     char literal[] = "{statuses,-1,user,name}";
-    if (!doc || !value || jpath_parse_pg_array(c.ctx->env, c.ctx->heap, &path, literal))
+    if (!doc || !value || jpath_parse_pg_array(c.ctx->env, c.ctx->heap, c.ctx->allocator, &path, literal))
         return state.SkipWithError("twitter.json not readable");
     c.ctx->set_mode = JSON_SET_MODE_SET;
     for (auto _ : state) {

@@ -65,7 +65,7 @@ int32_t compile(FuzzEnv &env, Op op, const std::string &path, jpath *one, jpath 
         *paths = one;
         if (op == PG_SET) {
             std::string text = path;  // read in place, zero-terminated
-            return jpath_parse_pg_array(ctx->env, ctx->heap, one, text.data());
+            return jpath_parse_pg_array(ctx->env, ctx->heap, ctx->allocator, one, text.data());
         }
         int32_t rc = jpath_add_filter_low(ctx->env, ctx->heap, one, "", 0, 0);
         int64_t pos = 0;

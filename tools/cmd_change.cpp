@@ -160,7 +160,7 @@ private:
         (void)jpath_init_simple(path, 1);
         std::vector<char> buf(literal.begin(), literal.end());
         buf.push_back('\0');
-        return jpath_parse_pg_array(ctx_->env, ctx_->heap, path, buf.data());
+        return jpath_parse_pg_array(ctx_->env, ctx_->heap, ctx_->allocator, path, buf.data());
     }
 
     int32_t pg_set(json_node *doc, std::string *text) {

@@ -58,7 +58,7 @@ inline int32_t compile_pg_path(VxEnv &env, const std::string &literal, jpath *pa
     jpath_init_simple(path, 1);
     std::vector<char> text(literal.begin(), literal.end());
     text.push_back('\0');
-    return jpath_parse_pg_array(nullptr, env.heap, path, text.data());
+    return jpath_parse_pg_array(nullptr, env.heap, &env.alloc, path, text.data());
 }
 
 // The root step and one step after it: a key, or a position when the text
