@@ -737,6 +737,56 @@ VXJSON_API VXJSON_CHECK int32_t jpath_add_index_pg(void *env, void *heap,
                                                    jpath_filter *step,
                                                    int32_t index);
 
+
+/* ---- path scanner and grammar ---- */
+
+/* Stack bounds of the path grammar: a subscript list takes two entries an
+ * item, so about 5,000 items fit in one bracket. */
+#define JPATH_PARSE_STACK_INITIAL JSON_PARSE_STACK_INITIAL
+#define JPATH_PARSE_STACK_MAX JSON_PARSE_STACK_MAX
+
+/* Create a path scanner over the context's text (from its heap; NULL and
+ * -503 when exhausted); stored in ctx->scanner. */
+VXJSON_API VXJSON_CHECK int32_t jpath_flex_scanner_init(jlpca_ctx *ctx,
+                                                        void **scanner);
+VXJSON_API void jpath_flex_scanner_deinit(jlpca_ctx *ctx, void *scanner);
+/* The next path token: JT_INT, JT_BIGINT, JT_DECIMAL, JT_DQSTRING (quoted
+ * name), JT_NAME, a single character's code, or 0 at the end and after a
+ * lexical error (err_code -5 with "charactor need escape", "escape error"
+ * or "Unterminated quoted identifier" in err_msg).  The value is in the
+ * context (tok_str a heap copy, tok_val), not in `value`. */
+VXJSON_API int32_t jpath_lex(void *value, void *scanner);
+/* The path grammar over a scanner, appending steps to ctx->cur_path: 0
+ * accepted, 1 syntax error, 2 stack exhausted, or the negative code of the
+ * action that failed (-2007 range word not "to", -6102 position out of
+ * range, -3102 subscript order or a list in the MySQL dialect, -503). */
+VXJSON_API int32_t jpath_parse(void *scanner, jlpca_ctx *ctx);
+/* Grammar error hooks: record nothing; -1 and the code respectively. */
+VXJSON_API int32_t jpath_error(jlpca_ctx *ctx, const char *msg);
+VXJSON_API int32_t jpath_error_ex(jlpca_ctx *ctx, int32_t code);
+
+/* JSON_VALUE(doc, '$.a[1 to 3]' ...): compile the context's text (given by
+ * jlpca_reinit) into path, which the caller initialised (jpath_init or
+ * jpath_init_simple); the steps come from the context's heap.  The path's
+ * fun_kind becomes the context's escape_mode.  0, -503 when memory ran
+ * out, or -3102 for every other failure (a syntax error, a lexical error,
+ * a bad subscript); the steps made before a failure stay, and the caller
+ * discards the path.  A NUL byte outside quotes ends the path text. */
+VXJSON_API VXJSON_CHECK int32_t jpath_flex(jlpca_ctx *ctx, jpath *path);
+/* JSON_SET(doc, path, value, ...) and friends: compile the path arguments
+ * of a MySQL-style call.  single nonzero: text/len is one path text.  Zero:
+ * text/len is a JSON array of path strings, one path each, in order.
+ * Every path is initialised with jpath_init_simple, dialect 2.  On success
+ * *paths is a block of *count records on the context's heap (an empty
+ * array gives 0 and NULL).  100 when an element is null (no paths);
+ * -3102 when a path does not compile, or the text is not a JSON array of
+ * strings (err_msg says so); -503.  The outputs are set only on success. */
+VXJSON_API VXJSON_CHECK int32_t jpath_array_flex(jlpca_ctx *ctx,
+                                                 const char *text,
+                                                 uint32_t len, int32_t single,
+                                                 uint32_t *count,
+                                                 jpath **paths);
+
 /* ================================================================== */
 /* Path text generation                                                */
 /* ================================================================== */

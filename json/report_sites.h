@@ -88,6 +88,15 @@ inline constexpr int32_t SCAN_TOKEN_COPY = 405;
 inline constexpr int32_t PATH_HEAP_STEP = 62;
 inline constexpr int32_t PATH_HEAP_KEY = 70;
 inline constexpr int32_t PATH_HEAP_INDEX = 141;
+inline constexpr int32_t PATH_HEAP_SCANNER = 226;
+inline constexpr int32_t PATH_HEAP_TOKEN = 241;
+inline constexpr int32_t PATH_HEAP_RECORDS = 318;
+// jpath_array_flex: no records, one path failed, an element failed, the
+// text is no array of strings.
+inline constexpr int32_t PATH_ARRAY_RECORDS = 322;
+inline constexpr int32_t PATH_ARRAY_SINGLE = 330;
+inline constexpr int32_t PATH_ARRAY_ELEMENT = 352;
+inline constexpr int32_t PATH_ARRAY_SHAPE = 361;
 // jpath_add_filter passes on a failed step allocation.
 inline constexpr int32_t PATH_ADD_FILTER = 96;
 

@@ -1,0 +1,40 @@
+// path_scan.h -- the path scanner, shared only by path_scan.cpp and the
+// path grammar.  Like the JSON scanner it reads the context's text in
+// place and never at or past its end; literal text, integer values and
+// errors go into the context.
+#ifndef VXJSON_PATH_SCAN_H
+#define VXJSON_PATH_SCAN_H
+
+#include <cstdint>
+
+#include "vxjson.h"
+
+namespace vxjson::path {
+
+// Start conditions: outside quotes, inside a quoted name, after a
+// backslash inside it.
+enum class Cond : uint8_t { initial, quoted, escape };
+
+struct PathScanner {
+    jlpca_ctx *ctx;             // the context every action writes into
+    const unsigned char *pos;   // next byte to read
+    const unsigned char *end;   // end of the text
+    uint32_t line;              // current line, from 1
+    uint32_t column;            // current column, from 0
+    Cond cond;                  // start condition
+};
+
+// Set up s over the context's current text: INITIAL, line 1, column 0,
+// no multibyte character pending, a fresh literal.
+void scanner_start(PathScanner &s, jlpca_ctx *ctx);
+void scanner_stop(PathScanner &s);
+
+// The next token kind (0 at the end of input and after any error).  With
+// `copy` false the value of a name or quoted name may point into the text
+// or the literal buffer, valid until the next token: the grammar takes its
+// own copy at once.
+int32_t next_token(PathScanner &s, bool copy);
+
+} // namespace vxjson::path
+
+#endif
