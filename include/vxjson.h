@@ -787,13 +787,306 @@ VXJSON_API VXJSON_CHECK int32_t jpath_array_flex(jlpca_ctx *ctx,
                                                  uint32_t *count,
                                                  jpath **paths);
 
+/* ---- text-array paths ---- */
+
+/* jsonb_set(doc, '{a,0,"b c"}', ...): compile the PostgreSQL text array
+ * literal `text` (NUL-terminated; modified in place) into path, which must
+ * have been initialised with dialect 1: one member step per element, in
+ * order, no root step.  Steps come from heap (allocation arguments env,
+ * heap); the element text is gathered in a growable string of allocator
+ * (NULL: malloc), released before returning.  Elements may be quoted with
+ * "..." and escape any character with a backslash; white space around
+ * unquoted elements is dropped; an unquoted empty element adds no step.
+ * 0; -3102 for a path of another dialect and every malformed literal
+ * (missing braces, text after "}", misplaced quote, comma or brace, an
+ * empty element between commas, a trailing backslash, an unquoted NULL);
+ * -503.  Steps added before a failure stay. */
+VXJSON_API VXJSON_CHECK int32_t jpath_parse_pg_array(void *env, void *heap,
+                                                     vx_allocator *allocator,
+                                                     jpath *path, char *text);
+/* Read one element of a text array literal from *pos with the reader state
+ * *state (0 before "{", 1 after it, 2 unquoted, 3 in quotes, 4 after a
+ * closing quote, 5 after ","), kept by the caller between elements.  The
+ * element's text is compacted in place and appended to out; *pos moves
+ * past its "," or "}", *finished is 1 when that was "}", *quoted 1 when
+ * the element was quoted or held an escape.  0, -3102, or -503 from out. */
+VXJSON_API VXJSON_CHECK int32_t jpath_array_element(void *env,
+                                                    vx_allocator *allocator,
+                                                    vxstr *out, char **pos,
+                                                    int32_t *state,
+                                                    int32_t *finished,
+                                                    int32_t *quoted);
+/* 1 for space, tab, line feed, carriage return, form feed and vertical
+ * tab; 0 otherwise. */
+VXJSON_API int32_t jpath_array_isspace(int32_t c);
+
 /* ================================================================== */
 /* Path text generation                                                */
 /* ================================================================== */
 
+/* One step of a generated path, root first: a member name, or an element
+ * position marked by key_len JPATH_SEGMENT_POSITION. */
+#define JPATH_SEGMENT_POSITION 0xFFFFFFFFu
+typedef struct jpath_segment jpath_segment;
+struct jpath_segment {
+    const char *key;         /* member name bytes (not NUL-terminated), NULL for a position */
+    uint32_t key_len;        /* bytes of key, or JPATH_SEGMENT_POSITION */
+    uint32_t position;       /* element position of an array step */
+    jpath_segment *prev;     /* the step above */
+    jpath_segment *next;     /* the step below */
+};
+
+/* JSON_SEARCH-style results: the path text of each found node, from the
+ * document root.  found is the first of `count` nodes linked through
+ * next_sibling, as a result list links them.  count 0: *out NULL.  count
+ * 1: *out the string node of json_path_gen.  More: *out a new array of one
+ * string node per found node, in list order (fewer when the list is
+ * shorter).  Nodes and texts come from the context's heap.  0, -503 (the
+ * failure reported, *out NULL), or an error of json_path_gen. */
+VXJSON_API VXJSON_CHECK int32_t json_lst_to_path_arr(jlpca_ctx *ctx,
+                                                     json_node **out,
+                                                     uint32_t count,
+                                                     const json_node *found);
+/* The path text of found, e.g. $.a[2]."b c": "$", then for each step from
+ * the root "[n]" for an element (the first slot holding the node) or "."
+ * and the member name (of the first member holding it), bare when it is a
+ * plain name (a letter then letters and digits, or "_" then anything) and
+ * otherwise between double quotes, nothing escaped, so a name holding a
+ * quote, backslash, "/" or control character does not compile back.
+ * *out is a new JSON_STRING node (str_flags 1) with the text, both on the
+ * context's heap; a root gives "$".  0, -503, or -3102 when the node's
+ * parent does not hold it among its members. */
+VXJSON_API VXJSON_CHECK int32_t json_path_gen(const json_node *found,
+                                              jlpca_ctx *ctx,
+                                              json_node **out);
+/* Format a chain of segments (NULL: none) as path text in a string of
+ * allocator (NULL: malloc).  *text, NUL-terminated, and *len are the
+ * caller's: free *text through the same allocator.  0 or -503. */
+VXJSON_API VXJSON_CHECK int32_t jpath_get_from_lst(jlpca_ctx *ctx,
+                                                   vx_allocator *allocator,
+                                                   char **text, uint32_t *len,
+                                                   const jpath_segment *first);
+
 /* ================================================================== */
 /* Path evaluation                                                     */
 /* ================================================================== */
+
+/*
+ * A compiled path is applied step by step; each step turns the current
+ * value into its matches.  One match is the document's node itself; two or
+ * more are gathered into a virtual array: a JSON_ARRAY node with
+ * is_virtual 1, made on the context's heap, whose items are the document's
+ * own nodes (never copies).  The next step takes a virtual array as
+ * several current values, not as an array of the document.
+ *
+ * Evaluation writes one thing into the document: the prev_sibling and
+ * next_sibling links of every node it gathers, through which the matches
+ * of a step are listed.  Those links mean nothing between steps, and a
+ * tree must not be evaluated by two callers at once.
+ *
+ * Dialects: json_query follows the context's compat (0 standard, 1 the
+ * PostgreSQL-compatible mode; the modes differ in which of repeated member
+ * names a last field step takes, and in subscripts); jpath_filter_mysql is
+ * the evaluator of the compatibility dialects, under which a path that
+ * matches nothing is no error.
+ *
+ * Codes: -3104 nothing matched or a step does not apply; -3102 a virtual
+ * array met inside a virtual array by an all-elements step; -3113 a step
+ * that may match several values where the caller forbids them; -503 no
+ * memory for a virtual array.  Nothing recurses on the document's depth.
+ */
+
+/* The matches of one step, listed through the nodes' sibling links in the
+ * order they were found; the same three fields as an array's element list
+ * (json_lst_to_arr takes them).  Lives on the stack of one step; start it
+ * zeroed. */
+typedef struct jpath_result_list {
+    uint32_t count;          /* nodes listed */
+    json_node *first;        /* first node listed, NULL when empty */
+    json_node *last;         /* last node listed, NULL when empty */
+} jpath_result_list;
+
+/* Evaluate `path` over `root` (JSON_VALUE / JSON_QUERY, and the
+ * PostgreSQL-compatible text operators).  ctx: its heap takes a virtual
+ * array, its compat picks the mode (0 standard: the first of repeated
+ * names wins a last field step; 1: the last one wins, and a subscript -1
+ * also applies to a non-array).  *out: the result node (a node of the
+ * document, or a virtual array on the heap), NULL on failure.  A path
+ * without steps gives root.  0, or -3104 (root NULL, nothing matched, a
+ * step that does not apply), -3102, -503; a step's failure is reported
+ * with source "json/jpath". */
+VXJSON_API VXJSON_CHECK int32_t json_query(jlpca_ctx *ctx, json_node *root,
+                                           const jpath *path,
+                                           json_node **out);
+
+/* Turn the matches of a step into its result: -3104 for none; for one,
+ * *out := that node (nothing is allocated); for more, *out := a new
+ * virtual array on ctx's heap whose items are the listed nodes in order
+ * (-503 when the node or its item vector cannot be had; the item vector
+ * comes from ctx's allocator and has ctx->array_spare spare slots). */
+VXJSON_API VXJSON_CHECK int32_t json_virtual_array_create(
+    jlpca_ctx *ctx, json_node **out, jpath_result_list *list);
+
+/* The four step evaluators of json_query, one per step kind; each turns
+ * `node` (a document node or a virtual array) into *out (NULL on
+ * failure) and returns 0, -3104, -3102 or -503.
+ * jpath_filter_field_item: member by name (kind 3); a scalar gives -3104.
+ * jpath_filter_wildcard: every member (kind 2): of an object, of each
+ *   object element of an array, and of each object inside that array's
+ *   array elements; a scalar gives -3104.
+ * jpath_filter_all_array: every element (kind 1); a non-array stands for a
+ *   one-element array (jpath_filter_array_item_narr).
+ * jpath_filter_array_item: subscripts and ranges (kind 4); a non-array
+ *   takes only the subscript 0 (and -1 when ctx->compat is 1). */
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_field_item(
+    jlpca_ctx *ctx, json_node *node, const jpath_filter *step, json_node **out);
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_wildcard(
+    jlpca_ctx *ctx, json_node *node, const jpath_filter *step, json_node **out);
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_all_array(
+    jlpca_ctx *ctx, json_node *node, const jpath_filter *step, json_node **out);
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_array_item(
+    jlpca_ctx *ctx, json_node *node, const jpath_filter *step, json_node **out);
+
+/* The field step on an object: when more steps follow, the values of the
+ * members named by the step, up to and including the first whose value is
+ * an object (or, before a single subscript, an object or an array); as the
+ * last step, one member: the first of that name in the standard mode, else
+ * the last (jpath_filter_object_field_only_last).  0 or -3104, -503. */
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_object_field(
+    jlpca_ctx *ctx, json_node *object, const jpath_filter *step, json_node **out);
+/* The field step on an array: every member of that name of each object
+ * element; of the array elements only the first is looked into (its object
+ * elements), and a second array element ends the walk.  0 or -3104, -503. */
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_array_field(
+    jlpca_ctx *ctx, json_node *array, const jpath_filter *step, json_node **out);
+
+/* Gatherers: append matches to `list` (see jpath_result_list) and return 0.
+ * Names are compared byte for byte with the step's key.
+ * _part_with_key: members named by the step, stopping after the first
+ *   object value; _part2_with_key: stopping after the first object or
+ *   array value; _all_with_key: every member of that name.
+ * _all: every member's value; _part: stopping after the first object value.
+ * _wildcard: _part when the next step is an all-elements step, else _all. */
+VXJSON_API int32_t jpath_filter_object_field_part_with_key(
+    json_node *object, const jpath_filter *step, jpath_result_list *list);
+VXJSON_API int32_t jpath_filter_object_field_part2_with_key(
+    json_node *object, const jpath_filter *step, jpath_result_list *list);
+VXJSON_API int32_t jpath_filter_object_field_all_with_key(
+    json_node *object, const jpath_filter *step, jpath_result_list *list);
+VXJSON_API int32_t jpath_filter_object_field_all(json_node *object,
+                                                 jpath_result_list *list);
+VXJSON_API int32_t jpath_filter_object_field_part(json_node *object,
+                                                  jpath_result_list *list);
+VXJSON_API int32_t jpath_filter_object_field_wildcard(
+    json_node *object, const jpath_filter *step, jpath_result_list *list);
+
+/* Array gatherers; each returns 0.
+ * _entity: the elements of a document array that the step's subscripts
+ *   select, ascending (with ctx->compat 1, _entity_pg).  A range whose
+ *   start lies beyond its end is skipped; the walk ends at the first
+ *   position past the last element; negative positions select nothing.
+ * _entity_pg: only the step's first subscript counts; a negative one
+ *   counts from the end.
+ * _virtual: for each item of a virtual array: an array item gets _entity;
+ *   a non-array item, only for the subscript 0, goes to _narr_lst, and the
+ *   walk stops after such an item when it is an object.
+ * _narr_lst: appends `node` when jpath_filter_array_item_narr accepts it. */
+VXJSON_API int32_t jpath_filter_array_item_entity(jlpca_ctx *ctx,
+                                                  json_node *array,
+                                                  const jpath_filter *step,
+                                                  jpath_result_list *list);
+VXJSON_API int32_t jpath_filter_array_item_entity_pg(jlpca_ctx *ctx,
+                                                     json_node *array,
+                                                     const jpath_filter *step,
+                                                     jpath_result_list *list);
+VXJSON_API int32_t jpath_filter_array_item_virtual(jlpca_ctx *ctx,
+                                                   json_node *array,
+                                                   const jpath_filter *step,
+                                                   jpath_result_list *list);
+VXJSON_API int32_t jpath_filter_array_item_narr_lst(json_node *node,
+                                                    const jpath_filter *step,
+                                                    jpath_result_list *list);
+
+/* Single results.  _only_first: the value of the first member named by the
+ * step (byte for byte).  _only_last: with ctx->path_last_key 1 the last
+ * member for which jpath_filter_object_keyval_equal holds, else the first.
+ * Both 0 with *out set, or -3104 with *out NULL.
+ * jpath_filter_array_item_narr: a non-array taken as a one-element array:
+ * as the last step *out := node; before a wildcard or field step only an
+ * object passes; otherwise -3104. */
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_object_field_only_first(
+    json_node *object, const jpath_filter *step, json_node **out);
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_object_field_only_last(
+    jlpca_ctx *ctx, json_node *object, const jpath_filter *step, json_node **out);
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_array_item_narr(
+    json_node *node, const jpath_filter *step, json_node **out);
+
+/* 1 when the member's name equals the step's key, else 0.  When the
+ * context's escape_mode differs from the function kind the path was
+ * compiled for (step->path->fun_kind), a name stored with its escapes
+ * (flags set) is compared after decoding them (a name no longer than the
+ * key cannot match); a name that does not decode matches nothing. */
+VXJSON_API int32_t jpath_filter_object_keyval_equal(jlpca_ctx *ctx,
+                                                    const json_keyval *member,
+                                                    const jpath_filter *step);
+
+/* ------------------------------------------------------------------ */
+/* Compatibility-dialect evaluation (MySQL-compatible paths)          */
+/* ------------------------------------------------------------------ */
+
+/* Evaluate `path` over `doc` by the compatibility rules: a field step
+ * takes the last member of that name and does not look into a document
+ * array; a step that does not apply, or a path that matches nothing,
+ * gives *out NULL and 0.  multi_allowed 0 refuses, before looking at any
+ * value, a step that may match several values (every element, every
+ * member, a range or several subscripts) with -3113.  A path without steps
+ * gives doc.  0, -3113, -3102 (a virtual array inside a virtual array),
+ * -503. */
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_mysql(json_node *doc,
+                                                   const jpath *path,
+                                                   jlpca_ctx *ctx,
+                                                   int32_t multi_allowed,
+                                                   json_node **out);
+/* Its step evaluators: 0 with *out (NULL when the step does not apply),
+ * -3104 when a gathering step found nothing, -3102, -503.
+ * _all_array_mysql: the elements of a document array, or of each document
+ *   array item of a virtual array; a non-array gives NULL.
+ * _wildcard_mysql: the member values of an object, or of each object item
+ *   of a virtual array; a document array or a scalar gives NULL.
+ * _field_item_mysql: _object_field_mysql for an object (the last member of
+ *   that name, or NULL), _array_field_mysql for an array (NULL for a
+ *   document array; for a virtual array the last member of that name of
+ *   each object item).
+ * _array_item_mysql: subscripts of a document array, or of each item of a
+ *   virtual array (_array_item_virtual_mysql: an array item by its
+ *   subscripts, a non-array item itself under the subscript 0); a
+ *   non-array is itself under the subscript 0, else NULL. */
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_all_array_mysql(
+    jlpca_ctx *ctx, json_node *node, const jpath_filter *step, json_node **out);
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_wildcard_mysql(
+    jlpca_ctx *ctx, json_node *node, const jpath_filter *step, json_node **out);
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_field_item_mysql(
+    jlpca_ctx *ctx, json_node *node, const jpath_filter *step, json_node **out);
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_object_field_mysql(
+    jlpca_ctx *ctx, json_node *object, const jpath_filter *step, json_node **out);
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_array_field_mysql(
+    jlpca_ctx *ctx, json_node *array, const jpath_filter *step, json_node **out);
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_array_item_mysql(
+    jlpca_ctx *ctx, json_node *node, const jpath_filter *step, json_node **out);
+/* Appends to `list`; 0, or -3102 for a virtual array item. */
+VXJSON_API VXJSON_CHECK int32_t jpath_filter_array_item_virtual_mysql(
+    jlpca_ctx *ctx, json_node *array, const jpath_filter *step,
+    jpath_result_list *list);
+
+/* JSON_CONTAINS_PATH(doc, 'one' | 'all', path) for one path (MySQL):
+ * *found := 1 when the path matches at least one value, else 0.  Steps
+ * that match several values are allowed.  Combining the answers of several
+ * paths ('one': any, 'all': every) is the caller's.  0, or the
+ * evaluation's failure (-3102, -503) with *found 0. */
+VXJSON_API VXJSON_CHECK int32_t jpath_json_contains_path(json_node *doc,
+                                                         const jpath *path,
+                                                         jlpca_ctx *ctx,
+                                                         int32_t *found);
 
 /* ================================================================== */
 /* SQL/JSON functions: JSON_VALUE and JSON_QUERY                       */

@@ -97,10 +97,22 @@ inline constexpr int32_t PATH_ARRAY_RECORDS = 322;
 inline constexpr int32_t PATH_ARRAY_SINGLE = 330;
 inline constexpr int32_t PATH_ARRAY_ELEMENT = 352;
 inline constexpr int32_t PATH_ARRAY_SHAPE = 361;
+// jpath_parse_pg_array: no element string, an element failed, a step failed.
+inline constexpr int32_t PATH_PG_STRING = 412;
+inline constexpr int32_t PATH_PG_ELEMENT = 421;
+inline constexpr int32_t PATH_PG_STEP = 430;
+// Path text generation: segment heap site; json_lst_to_path_arr passes on
+// a failed array or element.
+inline constexpr int32_t PATH_HEAP_SEGMENT = 517;
+inline constexpr int32_t PATH_GEN_ARRAY = 548;
+inline constexpr int32_t PATH_GEN_ELEMENT = 561;
 // jpath_add_filter passes on a failed step allocation.
 inline constexpr int32_t PATH_ADD_FILTER = 96;
 
 // ---- json/jpath: path evaluation (json/eval) ----
+inline constexpr int32_t QUERY_STEP = 1302;            // json_query: a step evaluator failed
+inline constexpr int32_t QUERY_VIRTUAL_ITEMS = 1247;   // json_virtual_array_create: its item vector
+inline constexpr int32_t QUERY_MYSQL_SUBSCRIPT = 1561; // jpath_filter_array_item_mysql: a gatherer failed
 
 // ---- json/jpath: SQL/JSON functions and casts (json/eval) ----
 

@@ -49,6 +49,9 @@ enum class op_kind { equal, contains, overlaps, merge_patch, merge_preserve, con
 int run_op(op_kind op, command_line &cl);
 
 // Path queries.
+constexpr int EXIT_NO_VALUE = 3;  // query: in some document nothing matched
+int run_query(command_line &cl);
+int run_contains_path(command_line &cl);
 
 // SQL/JSON functions.
 

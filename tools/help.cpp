@@ -33,6 +33,8 @@ const char GENERAL[] =
     "  remove DOC PATH...          JSON_REMOVE; with --dialect pg, jsonb - and #-\n"
     "  array-append DOC PATH VALUE...  JSON_ARRAY_APPEND\n"
     "  array-insert DOC PATH VALUE...  JSON_ARRAY_INSERT\n"
+    "  query PATH [INPUT...]       the values PATH selects in each input\n"
+    "  contains-path one|all PATH... [INPUT]  does a path match? (JSON_CONTAINS_PATH)\n"
     "\n"
     "An INPUT is a file name, '-' for standard input, or -e TEXT for a JSON\n"
     "text given inline.  check and format read standard input when given no\n"
@@ -40,7 +42,8 @@ const char GENERAL[] =
     "\n"
     "exit status: 0 all inputs valid (a predicate prints its answer and exits 0),\n"
     "1 some input is not well-formed (check, format), 2 bad arguments, an\n"
-    "unreadable input, out of memory, or an operation that failed.\n"
+    "unreadable input, out of memory, or an operation that failed, 3 (query)\n"
+    "some input in which the path matched nothing.\n"
     "\n"
     "examples:\n"
     "  vxjson check data/*.json\n"
@@ -282,6 +285,59 @@ const char ARRAY_INSERT_EXAMPLES[] =
     "\n"
     "examples:\n"
     "  vxjson array-insert -e '[1,2]' '$[0]' 0 '$[9]' 3    # [0,1,2,3]\n";
+const char QUERY[] =
+    "usage: vxjson query [SWITCHES] PATH [INPUT...]\n"
+    "\n"
+    "Writes the value that PATH selects in each input as JSON text, followed\n"
+    "by a line feed.  Several matches are written as one array of them (in\n"
+    "document order, the values themselves).  Nothing is written for an\n"
+    "input in which nothing matched; with --lines such a line gives an empty\n"
+    "output line, so that output lines follow the good input lines.\n"
+    "The evaluator is the dialect's:\n"
+    "  standard  JSON_VALUE / JSON_QUERY paths; the first of repeated member\n"
+    "            names wins\n"
+    "  pg        the PostgreSQL-compatible mode: the last of repeated names\n"
+    "            wins, [1 to 3] takes its first position only\n"
+    "  mysql     MySQL paths: the last of repeated names wins, a member step\n"
+    "            never looks into an array, [1, 2] is a bad path\n"
+    "A bad input is reported as by check and skipped.\n"
+    "\n"
+    "exit status: 0 every input had a value, 3 some input had none (and none\n"
+    "was bad), 1 some input was not well-formed or could not be evaluated,\n"
+    "2 a bad path or switch, an unreadable input, out of memory.\n"
+    "\n"
+    "query switches:\n"
+    "  --lines                      JSON Lines: one result line per good line\n"
+    "  -q, --quiet                  no messages for bad inputs\n";
+
+const char QUERY_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson query '$.statuses[0].user.id' twitter.json\n"
+    "  vxjson query '$.a[*]' -e '{\"a\":[1,2]}'                  # [1,2]\n"
+    "  vxjson query --dialect mysql '$.a' -e '{\"a\":1,\"a\":2}'     # 2\n"
+    "  vxjson query --lines '$.user.name' events.jsonl\n";
+
+const char CONTAINS_PATH[] =
+    "usage: vxjson contains-path [SWITCHES] one|all PATH... [INPUT]\n"
+    "\n"
+    "MySQL's JSON_CONTAINS_PATH(INPUT, 'one'|'all', PATH, ...): prints true\n"
+    "when one of the paths (one) or every path (all) matches a value in the\n"
+    "input, else false.  The input is the last argument unless it starts with\n"
+    "'$'; then standard input is read.  Inputs are read in the mysql dialect\n"
+    "unless --dialect says otherwise.  Exit status 0 when every input was\n"
+    "answered, 1 when some input was bad, 2 on trouble.\n"
+    "\n"
+    "contains-path switches:\n"
+    "  --lines                      JSON Lines: one answer line per good line\n"
+    "  -q, --quiet                  no messages for bad inputs\n";
+
+const char CONTAINS_PATH_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson contains-path one '$.a' '$.z' -e '{\"a\":1}'       # true\n"
+    "  vxjson contains-path all '$.a' '$.z' -e '{\"a\":1}'       # false\n"
+    "  vxjson contains-path one '$.user.id' --lines events.jsonl\n";
 
 struct help_entry {
     const char *name;
@@ -308,6 +364,8 @@ help_entry HELP[] = {
     {"remove", REMOVE, true, REMOVE_EXAMPLES, {}, CHANGE_COMMON},
     {"array-append", ARRAY_APPEND, true, ARRAY_APPEND_EXAMPLES, {}, CHANGE_COMMON},
     {"array-insert", ARRAY_INSERT, true, ARRAY_INSERT_EXAMPLES, {}, CHANGE_COMMON},
+    {"query", QUERY, true, QUERY_EXAMPLES, {}},
+    {"contains-path", CONTAINS_PATH, false, CONTAINS_PATH_EXAMPLES, {}},
 };
 
 }  // namespace

@@ -37,6 +37,8 @@ constexpr command COMMANDS[] = {
      OPT_READ | OPT_WRITE},
 
     // Path queries.
+    {"query", run_query, OPT_READ | OPT_WRITE | OPT_LINES | OPT_QUIET},
+    {"contains-path", run_contains_path, OPT_READ | OPT_LINES | OPT_QUIET},
 
     // SQL/JSON functions.
 

@@ -38,10 +38,11 @@ const char *code_message(int32_t code) {
     case VXJSON_ERR_NOMEM: return "out of memory";
     case VXJSON_ERR_SYNTAX: return "syntax error";
     case VXJSON_ERR_INVALID_JSON: return "invalid JSON text";
+    case VXJSON_ERR_PATH: return "bad path";
+    case VXJSON_ERR_PATH_NO_MATCH: return "the path matched nothing";
+    case VXJSON_ERR_MULTI_STEP: return "the path may match several values";
     case VXJSON_ERR_CONCAT_SCALAR: return "cannot concatenate an object with a scalar";
     case VXJSON_ERR_DOUBLE_OVERFLOW: return "number overflows a double";
-    case VXJSON_ERR_PATH: return "bad path";
-    case VXJSON_ERR_MULTI_STEP: return "the path may name several places, or the whole document";
     case VXJSON_ERR_TEXT_PATH_SCALAR: return "a text-array path cannot change a scalar document";
     case VXJSON_ERR_TEXT_PATH_INDEX: return "a path element on an array is not an integer";
     case VXJSON_ERR_REMOVE_SUBSCRIPT: return "a position cannot be removed from a non-array";

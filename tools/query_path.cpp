@@ -1,0 +1,54 @@
+// Path text compiled for the tool's path commands, and the one place that
+// picks the evaluator of a dialect.
+#include "query_path.h"
+
+namespace vxcli {
+
+compiled_path::~compiled_path() {
+    if (ctx_) jlpca_deinit(ctx_.get());
+    if (heap_) mem_heap_free(heap_);
+}
+
+bool compiled_path::compile(const std::string &text, const read_options &opts, std::string &error) {
+    text_ = text;
+    heap_ = mem_heap_create(0);
+    ctx_ = std::make_unique<jlpca_ctx>();
+    if (!heap_) {
+        error = "out of memory";
+        return false;
+    }
+    // Names are compared as the documents store them: with their escapes
+    // when the documents keep theirs.
+    (void)jlpca_init_simple(nullptr, ctx_.get(), heap_, nullptr,
+                            opts.keep_escapes ? JLPCA_ESCAPE_KEEP : JLPCA_ESCAPE_DECODE,
+                            opts.compat);
+    (void)jpath_init_simple(&path_, opts.compat == JLPCA_COMPAT_MYSQL ? 2 : 0);
+    int32_t rc = jlpca_reinit(ctx_.get(), text.data(), static_cast<uint32_t>(text.size()));
+    if (rc == 0) rc = jpath_flex(ctx_.get(), &path_);
+    if (rc == 0) return true;
+    error = "bad path '" + text + "': error " + std::to_string(rc);
+    if (ctx_->err_msg[0]) error += std::string(": ") + ctx_->err_msg;
+    return false;
+}
+
+query_outcome evaluate_path(jlpca_ctx *ctx, json_node *root, const compiled_path &path) {
+    query_outcome r;
+    if (ctx->compat == JLPCA_COMPAT_MYSQL) {
+        r.code = jpath_filter_mysql(root, path.get(), ctx, 1, &r.match);
+    } else {
+        r.code = json_query(ctx, root, path.get(), &r.match);
+        if (r.code == VXJSON_ERR_PATH_NO_MATCH) r.code = 0;
+    }
+    return r;
+}
+
+int run_trees(const command_line &cl, session &s, const tree_action &answer) {
+    return run_documents(cl, s, [&](std::string_view text, const std::string &name, uint64_t line) {
+        json_node *root = nullptr;
+        read_failure why;
+        if (s.read(text, &root, why) != 0) return refused(cl, name, line, why);
+        return answer(root, name, line);
+    });
+}
+
+}  // namespace vxcli

@@ -1,0 +1,55 @@
+// Compiled paths for the path commands: path text compiled once, on a heap
+// of its own, so that it outlives the per-document resets of a session.
+#ifndef VXJSON_TOOL_QUERY_PATH_H
+#define VXJSON_TOOL_QUERY_PATH_H
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "commands.h"
+#include "options.h"
+#include "vx_heap.h"
+#include "vxjson.h"
+
+namespace vxcli {
+
+class compiled_path {
+public:
+    compiled_path() = default;
+    ~compiled_path();
+    compiled_path(const compiled_path &) = delete;
+    compiled_path &operator=(const compiled_path &) = delete;
+
+    // Compiles `text` for the dialect and string form of `opts`; false with
+    // a message in `error` when it does not compile.
+    bool compile(const std::string &text, const read_options &opts, std::string &error);
+    const jpath *get() const { return &path_; }
+    const std::string &text() const { return text_; }
+
+private:
+    vx_heap *heap_ = nullptr;
+    std::unique_ptr<jlpca_ctx> ctx_;
+    jpath path_{};
+    std::string text_;
+};
+
+// Evaluates a path over a document in a dialect: the match (a node of the
+// document, or a virtual array of several), NULL when nothing matched, or
+// a failure code.
+struct query_outcome {
+    int32_t code = 0;
+    json_node *match = nullptr;
+};
+query_outcome evaluate_path(jlpca_ctx *ctx, json_node *root, const compiled_path &path);
+
+// Runs `answer` over the tree of every document (NULL for an empty one);
+// a document that does not read is reported and counted as bad.
+using tree_action =
+    std::function<doc_result(json_node *root, const std::string &name, uint64_t line)>;
+int run_trees(const command_line &cl, session &s, const tree_action &answer);
+
+}  // namespace vxcli
+
+#endif
