@@ -120,6 +120,54 @@ void BM_OverlapsMysql_TwitterStatus(benchmark::State &state) {
     run_predicate<json_overlaps_mysql>(state, false);
 }
 
+// Two arrays of 20,000 scalars (integers, strings and number texts in
+// turn): `same` holds the values of `base` in reverse order, `apart` none
+// of them, so containment must match every element and overlap must look
+// at every pair.
+struct ScalarArrays {
+    static constexpr int kCount = 20000;
+    Reader r{false};
+    json_node *base = r.read(text(0, false));
+    json_node *same = r.read(text(0, true));
+    json_node *apart = r.read(text(kCount, false));
+
+    static std::string text(int from, bool reverse) {
+        std::string t = "[";
+        for (int k = 0; k < kCount; k++) {
+            const int i = from + (reverse ? kCount - 1 - k : k);
+            if (k) t += ',';
+            if (i % 3 == 0) t += std::to_string(i);
+            else if (i % 3 == 1) t += "\"k" + std::to_string(i) + "\"";
+            else t += std::to_string(i) + ".5";
+        }
+        return t + "]";
+    }
+};
+
+template <int32_t (*Pred)(const json_node *, const json_node *)>
+void run_scalar_arrays(benchmark::State &state, bool overlap) {
+    ScalarArrays p;
+    if (!p.base || !p.same || !p.apart) {
+        state.SkipWithError("arrays not readable");
+        return;
+    }
+    const json_node *b = overlap ? p.apart : p.same;
+    const int32_t expect = Pred(p.base, b);
+    for (auto _ : state) benchmark::DoNotOptimize(Pred(p.base, b));
+    state.counters["result"] = expect;
+    state.SetItemsProcessed(state.iterations());
+}
+
+void BM_ContainsPg_Scalars20k(benchmark::State &state) {
+    run_scalar_arrays<json_contains_pg>(state, false);
+}
+void BM_ContainsMysql_Scalars20k(benchmark::State &state) {
+    run_scalar_arrays<json_contains_mysql>(state, false);
+}
+void BM_OverlapsMysql_Scalars20k(benchmark::State &state) {
+    run_scalar_arrays<json_overlaps_mysql>(state, true);
+}
+
 void BM_Equal_Twitter(benchmark::State &state) {
     Reader r(false);
     json_node *a = r.read(twitter());
@@ -207,6 +255,9 @@ void BM_StripNulls_Twitter(benchmark::State &state) {
 BENCHMARK(BM_ContainsPg_TwitterStatus);
 BENCHMARK(BM_ContainsMysql_TwitterStatus);
 BENCHMARK(BM_OverlapsMysql_TwitterStatus);
+BENCHMARK(BM_ContainsPg_Scalars20k)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ContainsMysql_Scalars20k)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_OverlapsMysql_Scalars20k)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Equal_Twitter);
 BENCHMARK(BM_MergePreserve_Twitter)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MergePatch_Twitter)->Unit(benchmark::kMillisecond);

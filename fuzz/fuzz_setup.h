@@ -5,21 +5,22 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <cstdlib>
 #include <string>
 
 #include "vx_alloc.h"
 #include "vx_heap.h"
 #include "vx_ini.h"
+#include "vx_session.h"
 #include "vxjson.h"
 #include "vxstr.h"
 
 struct FuzzModes {
     int32_t compat, strict, unique_keys, dup_key_replace, sorted_keys, scalar_top, escape_mode;
-    int32_t charset_config;  // configuration value 635: 0, 1 or 2
+    int32_t charset_config; // configuration value 635: 0, 1 or 2
     uint8_t number_mode;
     uint32_t array_spare;
-    uint32_t write_flags;    // compact, ascii, or one of the pretty layouts
+    uint32_t write_flags; // compact, ascii, or one of the pretty layouts
 };
 
 // Two selector bytes; they are consumed from the front of the input.
@@ -30,33 +31,48 @@ inline FuzzModes take_modes(const uint8_t *&data, size_t &size) {
     size -= used;
     static constexpr uint32_t kFlags[4] = {JSON_FMT_COMPACT, JSON_FMT_ASCII, JSON_FMT_PRETTY_A,
                                            JSON_FMT_PRETTY_B};
-    return FuzzModes{(a & 3) == 3 ? 0 : a & 3, (a >> 2) & 1, (a >> 3) & 1, (a >> 4) & 1,
-                     (a >> 5) & 1, (a >> 6) & 1, (a >> 7) & 1, (b & 3) == 3 ? 1 : b & 3,
-                     uint8_t((b >> 2) & 1 ? 2 : 0), (b >> 3) & 1u, kFlags[(b >> 4) & 3]};
+    return FuzzModes{(a & 3) == 3 ? 0 : a & 3,
+                     (a >> 2) & 1,
+                     (a >> 3) & 1,
+                     (a >> 4) & 1,
+                     (a >> 5) & 1,
+                     (a >> 6) & 1,
+                     (a >> 7) & 1,
+                     (b & 3) == 3 ? 1 : b & 3,
+                     uint8_t((b >> 2) & 1 ? 2 : 0),
+                     (b >> 3) & 1u,
+                     kFlags[(b >> 4) & 3]};
 }
 
 struct FuzzEnv {
-    vx_heap *heap = mem_heap_create(0);
-    vx_alloc_state state{};
-    vx_allocator alloc{};
-    std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
+    vx_session session{};
+    vx_heap *heap = nullptr;
+    vx_allocator &alloc = session.alloc;
+    // The context, reached as ctx.get() and ctx->.
+    struct {
+        jlpca_ctx *p;
+        jlpca_ctx *get() const { return p; }
+        jlpca_ctx *operator->() const { return p; }
+    } ctx{};
 
     explicit FuzzEnv(const FuzzModes &m) {
-        vx_allocator_init(&alloc, &state);
         ini_set_value(0, VX_INI_CHARSET, m.charset_config);
-        jlpca_init(nullptr, ctx.get(), heap, &alloc, m.escape_mode, m.strict, m.unique_keys,
-                   m.compat);
+        vx_session_options o{};
+        o.escape_mode = m.escape_mode;
+        o.strict = m.strict;
+        o.unique_keys = m.unique_keys;
+        o.compat = m.compat;
+        if (vx_session_open(&session, &o) != 0) std::abort(); // the fuzzer's own memory
+        heap = session.heap;
+        ctx.p = session.ctx;
         ctx->dup_key_replace = m.dup_key_replace;
         ctx->sorted_keys = m.sorted_keys;
         ctx->scalar_top = m.scalar_top;
         ctx->number_mode = m.number_mode;
         ctx->array_spare = m.array_spare;
     }
-    ~FuzzEnv() {
-        jlpca_deinit(ctx.get());
-        vx_allocator_release_all(&state);
-        mem_heap_free(heap);
-    }
+    ~FuzzEnv() { vx_session_close(&session); }
+    FuzzEnv(const FuzzEnv &) = delete;
 };
 
 // The written text of a tree; false when writing failed.

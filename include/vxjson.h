@@ -266,166 +266,256 @@ typedef struct jlpca_ctx {
 /* Parse context (source unit json/jlpca)                              */
 /* ================================================================== */
 
-/* Set up a context: jlpca_init_simple, then store strict and unique_keys. */
+/* Set up a context in the caller's memory: jlpca_init_simple, then strict
+ * and unique_keys over what it chose.  env: the caller's environment,
+ * handed to every allocation (may be NULL); ctx: the record to fill (not
+ * NULL); heap: the memory heap for nodes, members and token copies (not
+ * NULL for any read); allocator: the pluggable allocator for element
+ * arrays and result texts (NULL: malloc and free); escape_mode, compat: as
+ * for jlpca_init_simple; strict: 1 strict reading, 0 lax; unique_keys: 1
+ * refuses a repeated member name.  Release with jlpca_deinit.  Returns 0. */
 VXJSON_API int32_t jlpca_init(void *env, jlpca_ctx *ctx, void *heap,
                               vx_allocator *allocator, int32_t escape_mode,
                               int32_t strict, int32_t unique_keys,
                               int32_t compat);
-/* Zero the context and set the switches for escape_mode and dialect.
- * escape_mode 2 means: decode, sorted keys, last duplicate wins.  A nonzero
- * compat selects strict reading with scalars allowed at top level. */
+/* Zero ctx and set its switches for a function kind and dialect.
+ * escape_mode: JLPCA_ESCAPE_DECODE, JLPCA_ESCAPE_KEEP, or JLPCA_ESCAPE_SORTED
+ * (decode, sorted keys, the last of repeated names wins); compat:
+ * JLPCA_COMPAT_* (nonzero selects strict reading with scalars allowed as
+ * the whole document).  env, heap, allocator as for jlpca_init.  Reads the
+ * character set (configuration value 635).  Returns 0. */
 VXJSON_API int32_t jlpca_init_simple(void *env, jlpca_ctx *ctx, void *heap,
                                      vx_allocator *allocator,
                                      int32_t escape_mode, int32_t compat);
-/* Clear the multibyte tracking and read the character set (value 635). */
+/* Clear ctx's multibyte tracking and read the character set afresh
+ * (configuration value 635: 0, 1, 2 give mb_charset 10, 1, 6; any other
+ * value leaves it).  ctx not NULL.  Returns 0. */
 VXJSON_API int32_t jlpca_mblen_init(jlpca_ctx *ctx);
-/* Give the context a text (not copied, not owned); clears tree and error.
- * -503 only when a larger token-text buffer cannot be had. */
+/* Give ctx the text to read next: text (not copied, not owned, not
+ * NUL-terminated; NULL only with len 0) must stay unchanged until the read
+ * and any jlpca_error_position question about it are done.  Clears the
+ * tree fields and the error block.  0, or -503 when the token-text buffer
+ * (len + 10 bytes, from malloc) cannot be had; it then stays the inline one. */
 VXJSON_API int32_t jlpca_reinit(jlpca_ctx *ctx, const char *text, uint32_t len);
-/* jlpca_reinit, then record whether the caller's text held only blanks. */
+/* jlpca_reinit, then blank := blank: 1 tells the readers that the caller's
+ * text held only blanks, so that an empty text is an error (-3105).
+ * Returns what jlpca_reinit returns. */
 VXJSON_API int32_t jlpca_reinit_with_blank(jlpca_ctx *ctx, const char *text,
                                            uint32_t len, int32_t blank);
-/* Clear err_code, err_msg, err_line and err_aux. */
+/* Clear ctx's error block: err_code, err_msg, err_line and err_aux (the
+ * place jlpca_error_position reads).  Returns 0. */
 VXJSON_API int32_t jlpca_lex_error_reinit(jlpca_ctx *ctx);
-/* Return the token-text buffer to the inline one; clear the tree fields. */
+/* Give back a token-text buffer taken from malloc (the inline one serves
+ * again) and clear first_node, cur_node and last_node.  Trees already read
+ * stay in the heap. */
 VXJSON_API void jlpca_clear(jlpca_ctx *ctx);
-/* Release what the context took from the system allocator. */
+/* Release what ctx took from malloc (its token-text buffer).  The heap and
+ * everything in it stay the caller's.  ctx may be reused after jlpca_init. */
 VXJSON_API void jlpca_deinit(jlpca_ctx *ctx);
-/* cur_node := node. */
+/* cur_node := node (NULL: no open container): where the next node the
+ * grammar creates is attached. */
 VXJSON_API void jlpa_set_top_json(jlpca_ctx *ctx, json_node *node);
-/* Begin a new literal in the inline buffer; returns the buffer. */
+/* Begin a new literal in ctx's inline buffer (lit_len 0, lit_escaped 0);
+ * a heap buffer of the previous literal is left to the heap.  Returns the
+ * inline buffer, owned by ctx. */
 VXJSON_API char *jlpca_startlit(jlpca_ctx *ctx);
-/* Append n bytes to the literal; -503 when a larger buffer cannot be had. */
+/* Append n bytes (n <= 0: nothing) to ctx's literal, measuring multibyte
+ * characters while a quoted string is open; the literal stays
+ * NUL-terminated.  bytes need no terminator.  0, or -503 when a larger
+ * buffer cannot be had from the heap. */
 VXJSON_API int32_t jlpca_addlit(const char *bytes, int32_t n, jlpca_ctx *ctx);
-/* Bytes of the last character of a piece that lie beyond its end. */
+/* How many bytes of the last character of the n-byte piece at bytes lie
+ * beyond its end, in ctx's character set (UINT32_MAX when the piece ends
+ * on a double-byte lead byte; the next piece then decides).  Updates
+ * mb_split. */
 VXJSON_API uint32_t jlpca_encoding_mblen(jlpca_ctx *ctx, const char *bytes,
                                          int32_t n);
-/* Decode (or keep) the escape at the front of text, then append the rest. */
+/* Add the escape whose letter starts text (the bytes after a backslash; n
+ * of them, the plain text after the escape included) to the literal:
+ * decoded, or kept in JSON form under JLPCA_ESCAPE_KEEP; then the rest of
+ * text.  Sets lit_escaped.  0, -3105 for an unknown letter or a bad \u
+ * escape (the \u failure is also reported), -503. */
 VXJSON_API int32_t jlpca_addlit_escape(const char *text, int32_t n,
                                        jlpca_ctx *ctx);
-/* Read four hex digits into a code unit and append it. */
+/* Read the four hex digits at hex4 (n must be at least 4) into a UTF-16
+ * code unit and append it through jlpca_addlit_uchar.  0, -3105 for a
+ * character that is no hex digit, or what jlpca_addlit_uchar returns. */
 VXJSON_API int32_t jlpca_uchar(const char *hex4, int32_t n, jlpca_ctx *ctx);
-/* Append one UTF-16 code unit in the server character set. */
+/* Append the code unit `code` in the server character set; under
+ * JLPCA_ESCAPE_KEEP a control character is kept as an escape (hex4, its
+ * four digits as written, in upper case).  n is unused.  0, -3105 when the
+ * character set has no such character, -503. */
 VXJSON_API int32_t jlpca_addlit_uchar(jlpca_ctx *ctx, const char *hex4,
                                       int32_t n, uint32_t code);
-/* Normalise a number's sign and leading zeros; 0 with err_code set when it
- * is invalid, else 1 with the text to classify in *out and *out_len. */
+/* Normalise a number's sign and leading zeros (text, n bytes).  1 with the
+ * text to classify in *out and *out_len (a slice of text, or a heap copy
+ * when the sign had to be moved); 0 with err_code set (-3105 strict
+ * rejection, -503) otherwise.  out and out_len not NULL. */
 VXJSON_API int32_t jlpca_number_prefix(const char *text, int32_t n,
                                        jlpca_ctx *ctx, const char **out,
                                        int32_t *out_len);
-/* JT_DECIMAL when the number fits a double (stored to *out when given),
- * else 0, with -6102 raised in the MySQL dialect or number_mode 2. */
+/* Does the number text (len bytes) fit a double?  JT_DECIMAL when it does
+ * (the value in *out when out is not NULL); else 0, and in the MySQL
+ * dialect or under number_mode 2 err_code -6102 "number overflow". */
 VXJSON_API int32_t jlpca_check_decimal_overflow(const char *text, int32_t len,
                                                 jlpca_ctx *ctx, double *out);
-/* Classify a number token; the kind, or 0 with err_code set. */
+/* Classify an integer token (text, n bytes): JT_INT or JT_BIGINT with the
+ * value in tok_val, JT_DECIMAL (a heap copy in tok_str) beyond 18
+ * characters; 0 with err_code set (-3105, -6102, -503) when refused. */
 VXJSON_API int32_t jlpca_ret_integer(const char *text, int32_t n, jlpca_ctx *ctx);
+/* Classify a decimal token: JT_DECIMAL with a heap copy of the normalised
+ * text in tok_str and its length in tok_val, or 0 with err_code set. */
 VXJSON_API int32_t jlpca_ret_decimal(const char *text, int32_t n, jlpca_ctx *ctx);
+/* Classify a real token (exponent or suffix): as jlpca_ret_decimal, and
+ * under number_mode 2 an integral value becomes JT_INT or JT_BIGINT. */
 VXJSON_API int32_t jlpca_ret_real(const char *text, int32_t n, jlpca_ctx *ctx);
-/* JT_TRUE, JT_FALSE, JT_NULL for a NUL-terminated word; -1 (lax) or -2
- * (strict) when it is no keyword. */
+/* JT_TRUE, JT_FALSE or JT_NULL for the NUL-terminated word (any letter
+ * case unless ctx is strict); -1 (lax) or -2 (strict) for any other word. */
 VXJSON_API int32_t jkeyword_lookup(const char *word, jlpca_ctx *ctx);
 
 /* ================================================================== */
 /* Value tree (source unit json/json)                                  */
 /* ================================================================== */
 
-/* A new zeroed node of `type` from the context's heap, or NULL. */
+/* A new zeroed node of `type` (JSON_OBJECT .. JSON_DATETIME) from ctx's
+ * heap, not linked anywhere; NULL when the heap is exhausted.  The node
+ * lives as long as the heap. */
 VXJSON_API json_node *json_mem_create(jlpca_ctx *ctx, uint32_t type);
-/* Create a node while parsing and link it into the creation chain; -3105
- * for a forbidden top-level scalar, -503 when memory is exhausted. */
+/* Create a node of `type` while reading and link it: child of cur_node,
+ * next on the creation chain, the new cur_node (and first_node when it is
+ * the first).  0, -3105 for a scalar as the whole document in the standard
+ * dialect without scalar_top, -503. */
 VXJSON_API VXJSON_CHECK int32_t json_create(jlpca_ctx *ctx, uint32_t type);
-/* A member record with its name copied inline; value and links NULL. */
+/* A member record from ctx's heap with name (name_len bytes, copied
+ * inline, need not be NUL-terminated) and flags (1: the name held an
+ * escape); value and links NULL.  0 with the record in *out, or -503. */
 VXJSON_API VXJSON_CHECK int32_t json_object_keyval_mem_create(
     jlpca_ctx *ctx, const char *name, uint32_t name_len, uint32_t flags,
     json_keyval **out);
-/* Add (or, by the duplicate policy, find) the member `name`; the caller
- * stores the value.  -3105 for a duplicate with unique_keys, -503. */
+/* Add the member `name` to object under ctx's member policies: a repeated
+ * name is refused (unique_keys) or the existing member is handed back
+ * (dup_key_replace); with sorted_keys the member goes to its sorted place,
+ * else to the end.  The caller then stores the value in (*out)->value.
+ * 0, -3105 for a repeated name with unique_keys, -503 (reported). */
 VXJSON_API VXJSON_CHECK int32_t json_object_add_keyval(
     jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
     json_keyval **out);
-/* Add a member with its value; replace 1 gives an existing one the value. */
+/* Add a member name (name_len bytes) with its value to object; with
+ * replace 1 an existing member of that name gets the value instead (and
+ * moves to the end unless keys are sorted).  value becomes part of the
+ * tree, not copied.  0, or what json_object_add_keyval returns (reported). */
 VXJSON_API VXJSON_CHECK int32_t json_object_add_one_node(
     jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
     json_node *value, int32_t replace);
-/* The first member named `name`, or NULL. */
+/* The first member of object named exactly name (name_len bytes), or NULL. */
 VXJSON_API json_keyval *json_object_find_keyval_by_name(const json_node *object,
                                                         const char *name,
                                                         uint32_t name_len);
-/* 1 when both names have the same length and bytes, else 0. */
+/* 1 when the names a (a_len bytes) and b (b_len bytes) have the same length
+ * and bytes, else 0. */
 VXJSON_API int32_t json_object_keyval_name_equal(const char *a, uint32_t a_len,
                                                  const char *b, uint32_t b_len);
-/* The member before which `name` belongs in sorted order (shorter names
- * first, then bytewise), or NULL for the end. */
+/* The member of object before which `name` belongs in sorted order
+ * (shorter names first, then bytewise up to a NUL), or NULL for the end. */
 VXJSON_API json_keyval *jsonb_object_add_keyval_sort_by_name(
     const json_node *object, const char *name, uint32_t name_len);
-/* count := 0, capacity := capacity, items from the heap when nonzero. */
+/* Give array an empty pointer array of `capacity` slots from ctx's heap
+ * (none when capacity is 0): count 0.  0, or -503. */
 VXJSON_API VXJSON_CHECK int32_t json_array_mem_alloc_arr(jlpca_ctx *ctx,
                                                          uint32_t capacity,
                                                          json_node *array);
-/* Insert element at position of an array that has room (no check). */
+/* Insert element at `position` (at most count) of array, which must have
+ * room; an array without elements first gets `capacity` slots.  element's
+ * parent becomes array.  0, or -503 (reported). */
 VXJSON_API VXJSON_CHECK int32_t json_array_append_with_nth(
     jlpca_ctx *ctx, json_node *element, json_node *array, uint32_t capacity,
     uint32_t position);
-/* Insert (mode 0) or replace (mode 1) at position, -1 meaning the end;
- * insert grows a full array by 5 through the pluggable allocator. */
+/* Put element into array at position (JSON_ARRAY_END: after the last):
+ * mode JSON_ARRAY_INSERT inserts, growing a full pointer array by 5 slots
+ * through ctx's allocator (the old one is freed through it);
+ * JSON_ARRAY_REPLACE overwrites.  position must be within the array.
+ * 0, or -503 (the array is unchanged). */
 VXJSON_API VXJSON_CHECK int32_t json_array_add_one_node(jlpca_ctx *ctx,
                                                         json_node *array,
                                                         int32_t position,
                                                         json_node *element,
                                                         int32_t mode);
-/* Turn an element list into the pointer array (capacity count + spare). */
+/* Turn array's element list (lst_count elements from lst_first; lst_last
+ * is unused) into its pointer array, from ctx's allocator with
+ * array_spare slots to spare; the caller releases it through that
+ * allocator or with it.  0, or -503 (only capacity changed). */
 VXJSON_API VXJSON_CHECK int32_t json_lst_to_arr(jlpca_ctx *ctx,
                                                 json_node *array,
                                                 uint32_t lst_count,
                                                 json_node *lst_first,
                                                 json_node *lst_last);
-/* Store a copy of text plus `pad` blanks in a string or decimal node. */
+/* Store a heap copy of text (len bytes) followed by `pad` blanks in a string
+ * or decimal node, NUL-terminated, with flags (1: the literal held an
+ * escape); no text at all (str NULL) when both are 0.  env, heap: the
+ * caller's.  0, or -503. */
 VXJSON_API VXJSON_CHECK int32_t json_string_set_value_low(
     void *env, void *heap, json_node *node, const char *text, uint32_t len,
     uint32_t pad, uint32_t flags);
-/* Store the current literal (tok_str, tok_val, lit_escaped) in cur_node. */
+/* Store the current literal (tok_str, tok_val bytes, lit_escaped) in
+ * cur_node, as json_string_set_value_low does.  0, or -503. */
 VXJSON_API VXJSON_CHECK int32_t json_string_set_value(jlpca_ctx *ctx);
+/* The same for a decimal node: its number text is the current literal. */
 VXJSON_API VXJSON_CHECK int32_t json_decimal_set_value(jlpca_ctx *ctx);
-/* A deep copy of the tree below node from the heap, or NULL. */
+/* A deep copy of the tree below node (not NULL) from ctx's heap, arrays
+ * with pointer arrays from ctx's allocator; NULL when memory ran out (the
+ * part copied so far stays in the heap). */
 VXJSON_API json_node *json_mem_copy(jlpca_ctx *ctx, const json_node *node);
-/* Members of an object, elements of an array, 1 for every other value. */
+/* Members of an object, elements of an array, 1 for any other value. */
 VXJSON_API uint32_t json_length(const json_node *node);
-/* Nesting depth: 1 for scalars and empty containers. */
+/* Nesting depth of node: 1 for a scalar or an empty container. */
 VXJSON_API uint32_t json_depth(const json_node *node);
 
 /* ================================================================== */
 /* JSON scanner (source unit json_flex)                                */
 /* ================================================================== */
 
-/* Create a scanner over the context's text; stored in ctx->scanner. */
+/* Create a scanner over ctx's text (from ctx's heap; stored in
+ * ctx->scanner and in *scanner).  0, or -503 with *scanner NULL. */
 VXJSON_API VXJSON_CHECK int32_t json_flex_scanner_init(jlpca_ctx *ctx,
                                                        void **scanner);
+/* Retire the scanner (its memory goes with ctx's heap) and forget it in ctx. */
 VXJSON_API void json_flex_scanner_deinit(jlpca_ctx *ctx, void *scanner);
-/* The next token kind; its value is in the context, not in `value`. */
+/* The next token kind (0 at the end or after an error); its value is in
+ * ctx (tok, tok_str, tok_val), `value` is unused.  A lexical error leaves
+ * err_code, err_msg, err_line and its place (jlpca_error_position). */
 VXJSON_API int32_t json_lex(void *value, void *scanner);
-/* The next token, for callers outside the grammars. */
+/* The next token, for callers outside the grammars; string, name and
+ * number texts are heap copies that live as long as ctx's heap. */
 VXJSON_API int32_t json_flex_next_token(void *scanner);
 
 /* ================================================================== */
 /* JSON grammar and check grammar                                      */
 /* ================================================================== */
 
-/* Read the context's text into a tree: 0 with *root (NULL only for an
- * empty text in the standard dialect), -6102 for a number overflow, -3105
- * for every other failure.  The tree lives in the context's heap. */
+/* Read ctx's text (jlpca_reinit) into a tree.  0 with the root in *root
+ * (NULL only for an empty text in the standard dialect without blank),
+ * -6102 for a number beyond a double where that is an error, -3105 for any
+ * other failure (jlpca_error_position tells where and why).  The tree
+ * lives in ctx's heap, its pointer arrays in ctx's allocator; root not NULL. */
 VXJSON_API VXJSON_CHECK int32_t json_flex(jlpca_ctx *ctx, json_node **root);
-/* The tree grammar: 0 accepted, 1 syntax error, 2 stack exhausted, or a
- * negative action code. */
+/* The tree grammar over a scanner of json_flex_scanner_init: 0 accepted,
+ * 1 syntax error, 2 nesting too deep, or a negative action code. */
 VXJSON_API int32_t json_parse(void *scanner, jlpca_ctx *ctx);
-/* Turn the element lists of every array on the creation chain into
- * pointer arrays. */
+/* Turn the element list of every array on ctx's creation chain into its
+ * pointer array.  0, or the first failure (-503, reported); the arrays
+ * after it stay unconverted. */
 VXJSON_API int32_t json_adjust_array(jlpca_ctx *ctx);
-/* Grammar error hooks: record nothing; -1 and the code respectively. */
+/* The grammar's error hooks: record nothing; -1, and `code` unchanged. */
 VXJSON_API int32_t json_error(jlpca_ctx *ctx, const char *msg);
 VXJSON_API int32_t json_error_ex(jlpca_ctx *ctx, int32_t code);
-/* Is the context's text well-formed?  0 or -3105. */
+/* Is ctx's text a well-formed document under its switches?  0 or -3105
+ * (a number overflow too); nothing is built, except that unique_keys runs
+ * the tree grammar (the tree stays in the heap, unconverted).
+ * jlpca_error_position tells where and why a text failed. */
 VXJSON_API VXJSON_CHECK int32_t jcheck_flex(jlpca_ctx *ctx);
+/* The check grammar over a scanner: results as json_parse. */
 VXJSON_API int32_t jcheck_parse(void *scanner, jlpca_ctx *ctx);
+/* The check grammar's error hooks: -1, and `code` unchanged. */
 VXJSON_API int32_t jcheck_error(jlpca_ctx *ctx, const char *msg);
 VXJSON_API int32_t jcheck_error_ex(jlpca_ctx *ctx, int32_t code);
 
@@ -433,9 +523,12 @@ VXJSON_API int32_t jcheck_error_ex(jlpca_ctx *ctx, int32_t code);
 /* Serialisation                                                       */
 /* ================================================================== */
 
-/* Append the text of node to string.  flags: JSON_FMT_*; level: indent
- * level; newline_first: start a pretty value on a new line; conv:
- * JSON_CONV_*.  0 or a negative code; the text so far stays in string. */
+/* Append the text of node to string (a growable string of the caller's,
+ * not NULL).  flags: JSON_FMT_*; level: the indent level to start at;
+ * newline_first: start a pretty value on a new line; conv: JSON_CONV_* for
+ * strings.  Temporary texts come from allocator and go back to it.  0, or
+ * a negative code, reported: -503, -3105 for a NULL node or an unknown
+ * type, or the escapers' codes; the text so far stays in string. */
 VXJSON_API VXJSON_CHECK int32_t json_to_string(jlpca_ctx *ctx,
                                                vx_allocator *allocator,
                                                vxstr *string,
@@ -443,23 +536,28 @@ VXJSON_API VXJSON_CHECK int32_t json_to_string(jlpca_ctx *ctx,
                                                uint32_t flags, uint32_t level,
                                                uint32_t newline_first,
                                                uint8_t conv);
+/* Append an object (node not NULL) as json_to_string does, at `level`. */
 VXJSON_API VXJSON_CHECK int32_t json_object_to_string(jlpca_ctx *ctx,
                                                       vx_allocator *allocator,
                                                       vxstr *string,
                                                       const json_node *node,
                                                       uint32_t flags,
                                                       uint32_t level);
+/* Append an array (node not NULL) as json_to_string does, at `level`. */
 VXJSON_API VXJSON_CHECK int32_t json_array_to_string(jlpca_ctx *ctx,
                                                      vx_allocator *allocator,
                                                      vxstr *string,
                                                      const json_node *node,
                                                      uint32_t flags,
                                                      uint32_t level);
-/* The elements separated by ",", without brackets. */
+/* Append an array's elements separated by ",", without brackets; other
+ * arguments and results as json_to_string. */
 VXJSON_API VXJSON_CHECK int32_t json_array_items_to_string(
     jlpca_ctx *ctx, vx_allocator *allocator, vxstr *string,
     const json_node *node, uint32_t flags, uint32_t level,
     uint32_t newline_first, uint8_t conv);
+/* Append a scalar (node not NULL) to string as json_to_string does; env
+ * and allocator as there. */
 VXJSON_API VXJSON_CHECK int32_t json_scalar_to_string(void *env,
                                                       vx_allocator *allocator,
                                                       vxstr *string,
@@ -470,36 +568,48 @@ VXJSON_API VXJSON_CHECK int32_t json_scalar_to_string(void *env,
 /* String escaping                                                     */
 /* ================================================================== */
 
-/* Append text, quoted when quote is 1, converted by conv (JSON_CONV_*),
- * through json_string_convert_ascii when bit 0 of flags is set. */
+/* Append text (len bytes) to string, quoted when quote is 1, converted by
+ * conv (JSON_CONV_*), through json_string_convert_ascii when bit 0 of flags
+ * is set.  Temporaries from allocator.  0, -503, -2206 or -3105 (reported). */
 VXJSON_API VXJSON_CHECK int32_t json_string_convert(
     void *env, vx_allocator *allocator, vxstr *string, uint32_t flags,
     const char *text, uint32_t len, int32_t quote, uint8_t conv);
-/* Escape by the standard table; *out from allocator (NULL when len is 0). */
+/* Escape text (len bytes) by the standard table.  0 with a new text from
+ * allocator in *out (NUL-terminated; NULL when len is 0) and its length
+ * in *out_len; the caller frees it through allocator.  -503. */
 VXJSON_API VXJSON_CHECK int32_t json_string_from_value_add_escape(
     void *env, vx_allocator *allocator, const char *text, uint32_t len,
     char **out, uint32_t *out_len);
-/* Escape by the MySQL table, keeping escapes already present; -2206 for a
- * trailing lone backslash (the output is returned all the same). */
+/* Escape text by the MySQL table, keeping escapes already present; out as
+ * for json_string_from_value_add_escape.  -2206 for a trailing lone
+ * backslash (the output is handed out all the same), -503. */
 VXJSON_API VXJSON_CHECK int32_t json_string_from_value_add_escape_for_mysql(
     void *env, vx_allocator *allocator, const char *text, uint32_t len,
     char **out, uint32_t *out_len);
-/* Decode the escapes of a JSON string body by reading it as JSON. */
+/* Decode the escapes of a JSON string body (text, len bytes) by reading it
+ * as JSON; out as for json_string_from_value_add_escape.  -3105 for a bad
+ * escape, -503 (reported). */
 VXJSON_API VXJSON_CHECK int32_t json_string_to_value_remove_escape(
     void *env, vx_allocator *allocator, const char *text, uint32_t len,
     char **out, uint32_t *out_len);
-/* Append text with every multibyte character written as \uXXXX. */
+/* Append text to string with every multibyte character written as \uXXXX
+ * (flags unused); temporaries from allocator.  0, -503, -3105 (reported). */
 VXJSON_API VXJSON_CHECK int32_t json_string_convert_ascii(
     void *env, vx_allocator *allocator, vxstr *string, uint32_t flags,
     const char *text, uint32_t len);
-/* Escape letter for a byte, or 0. */
+/* The escape letter the standard table writes for byte, or 0. */
 VXJSON_API int32_t json_get_lit_escape(uint8_t byte);
+/* The escape letter the MySQL table writes for byte, or 0. */
 VXJSON_API int32_t json_get_lit_escape_for_mysql(uint8_t byte);
-/* Check and simplify the escapes of a MySQL SQL literal; -3105 on error. */
+/* Check and simplify the escapes of a MySQL SQL literal (text, len bytes);
+ * out as for json_string_from_value_add_escape.  -3105 for a bad escape,
+ * -503. */
 VXJSON_API VXJSON_CHECK int32_t json_org_str_escape_solve_for_mysql(
     void *env, vx_allocator *allocator, const char *text, uint32_t len,
     char **out, uint32_t *out_len);
-/* Turn a column default's stored text into its value in dst. */
+/* Turn a column default's stored text (src) into its value in dst,
+ * assigned through the server's string operations with allocator.  0,
+ * -2206 for a trailing lone backslash, -503. */
 VXJSON_API VXJSON_CHECK int32_t json_default_value_remove_escape_for_mysql(
     void *env, vx_allocator *allocator, const vx_nstr *src, vx_nstr *dst);
 
@@ -507,33 +617,44 @@ VXJSON_API VXJSON_CHECK int32_t json_default_value_remove_escape_for_mysql(
 /* Comparison and containment                                          */
 /* ================================================================== */
 
-/* 1 when the types are equal or both are numbers. */
+/* 1 when a and b (not NULL) have the same type or are both numbers. */
 VXJSON_API int32_t json_type_is_same(const json_node *a, const json_node *b);
+/* 1 when two scalars of the same kind are equal (numbers by value, 1 = 1.0),
+ * else 0. */
 VXJSON_API int32_t json_scalar_value_equal(const json_node *a, const json_node *b);
-/* A number text as a double; -6102 when it overflows. */
+/* A number node's text as a double in *out; 0, or -6102 past the double
+ * range (reported; *out unchanged). */
 VXJSON_API VXJSON_CHECK int32_t json_decimal_string_to_double(const json_node *node,
                                                               double *out);
-/* Order of two number texts: *order -1, 0 or 1; 0 or -6102. */
+/* Order of two number nodes' values: *order -1, 0 or 1.  0, or -6102 when
+ * either overflows a double (reported). */
 VXJSON_API VXJSON_CHECK int32_t json_decimal_string_cmp(const json_node *a,
                                                         const json_node *b,
                                                         int32_t *order);
-/* A number text as the server's exact decimal. */
+/* A number node's text as the server's exact decimal in *out (not NULL).
+ * 0, or a negative code of the decimal library. */
 VXJSON_API VXJSON_CHECK int32_t json_decimal_string_to_xdec(const json_node *node,
                                                             struct xdec *out);
-/* Compare in mode JSON_CMP_*: 1 or 0. */
+/* Compare a with b in mode JSON_CMP_CONTAINS_PG (a @> b),
+ * JSON_CMP_OVERLAPS_MYSQL or JSON_CMP_EQUAL: 1 or 0. */
 VXJSON_API int32_t json_cmp(const json_node *a, const json_node *b, uint32_t mode);
+/* 1 when two arrays have equal elements in the same order, else 0. */
 VXJSON_API int32_t json_array_equal(const json_node *a, const json_node *b);
+/* 1 when two objects have the same names with equal values, else 0. */
 VXJSON_API int32_t jsonb_object_equal(const json_node *a, const json_node *b);
-/* a @> b (PostgreSQL). */
+/* a @> b (PostgreSQL): 1 when a contains b, else 0; the _object, _array
+ * and _array_simple variants take a and b of those kinds. */
 VXJSON_API int32_t json_contains_pg(const json_node *a, const json_node *b);
 VXJSON_API int32_t json_contains_pg_object(const json_node *a, const json_node *b);
 VXJSON_API int32_t json_contains_pg_array(const json_node *a, const json_node *b);
 VXJSON_API int32_t json_contains_pg_array_simple(const json_node *a, const json_node *b);
-/* JSON_CONTAINS(target a, candidate b) (MySQL). */
+/* JSON_CONTAINS(target a, candidate b) (MySQL): 1 or 0; the _object and
+ * _array variants take a and b of those kinds. */
 VXJSON_API int32_t json_contains_mysql(const json_node *a, const json_node *b);
 VXJSON_API int32_t json_contains_mysql_object(const json_node *a, const json_node *b);
 VXJSON_API int32_t json_contains_mysql_array(const json_node *a, const json_node *b);
-/* JSON_OVERLAPS(a, b) (MySQL). */
+/* JSON_OVERLAPS(a, b) (MySQL): 1 or 0; the _object, _array and
+ * _array_simple variants take a and b of those kinds. */
 VXJSON_API int32_t json_overlaps_mysql(const json_node *a, const json_node *b);
 VXJSON_API int32_t json_overlaps_mysql_object(const json_node *a, const json_node *b);
 VXJSON_API int32_t json_overlaps_mysql_array(const json_node *a, const json_node *b);
@@ -543,40 +664,53 @@ VXJSON_API int32_t json_overlaps_mysql_array_simple(const json_node *a, const js
 /* Merge, concatenation and null stripping                             */
 /* ================================================================== */
 
-/* JSON_MERGE_PATCH (patch 1) / JSON_MERGE_PRESERVE (patch 0) of b into a,
- * written compactly with MySQL escapes; text from ctx's allocator. */
+/* JSON_MERGE_PATCH (patch 1) or JSON_MERGE_PRESERVE (patch 0) of b into a,
+ * in place (both trees are changed; their objects must be in sorted-key
+ * order), written compactly with MySQL escapes: 0 with the text in *out
+ * (from ctx's allocator; the caller frees it) and *out_len; -503 (reported). */
 VXJSON_API VXJSON_CHECK int32_t json_merge_mysql(json_node *a, json_node *b,
                                                  int32_t patch, jlpca_ctx *ctx,
                                                  char **out, uint32_t *out_len);
+/* JSON_MERGE_PRESERVE of b into a, in place: 0 with the merged tree in
+ * *out (a for two objects, else a new array from ctx's heap whose elements
+ * are a's and b's own nodes), or -503 (reported). */
 VXJSON_API VXJSON_CHECK int32_t json_merge_preserve_mysql(json_node *a,
                                                           json_node *b,
                                                           jlpca_ctx *ctx,
                                                           json_node **out);
+/* JSON_MERGE_PATCH of b into a, in place: 0 with the result in *out, or -503. */
 VXJSON_API VXJSON_CHECK int32_t json_merge_patch_mysql(json_node *a,
                                                        json_node *b,
                                                        jlpca_ctx *ctx,
                                                        json_node **out);
+/* Merge the members of object b into object a (patch 1: patch, 0:
+ * preserve), in place; *out is a.  0, or -503. */
 VXJSON_API VXJSON_CHECK int32_t json_object_merge_mysql(json_node *a,
                                                         json_node *b,
                                                         jlpca_ctx *ctx,
                                                         int32_t patch,
                                                         json_node **out);
-/* a || b (PostgreSQL); -3119 for an object with a scalar. */
+/* a || b (PostgreSQL), in place, written as JSON: 0 with the text in *out
+ * (from ctx's allocator; the caller frees it) and *out_len; -3119 for an
+ * object with a scalar, -503 (reported). */
 VXJSON_API VXJSON_CHECK int32_t jsonb_concat(json_node *a, json_node *b,
                                              jlpca_ctx *ctx, char **out,
                                              uint32_t *out_len);
+/* a || b for two objects (b's members win); results as jsonb_concat. */
 VXJSON_API VXJSON_CHECK int32_t jsonb_concat_to_object(json_node *a,
                                                        json_node *b,
                                                        jlpca_ctx *ctx,
                                                        char **out,
                                                        uint32_t *out_len);
+/* a || b where either is an array; results as jsonb_concat. */
 VXJSON_API VXJSON_CHECK int32_t jsonb_concat_to_array(json_node *a,
                                                       json_node *b,
                                                       jlpca_ctx *ctx,
                                                       char **out,
                                                       uint32_t *out_len);
-/* jsonb_strip_nulls: drop null-valued members, in place. */
+/* jsonb_strip_nulls: drop null-valued members below node, in place.  0. */
 VXJSON_API VXJSON_CHECK int32_t jsonb_strip_nulls_object(json_node *node);
+/* The same for an array node.  0. */
 VXJSON_API VXJSON_CHECK int32_t jsonb_strip_nulls_array(json_node *node);
 
 /* ================================================================== */
@@ -1092,15 +1226,6 @@ VXJSON_API VXJSON_CHECK int32_t jpath_json_contains_path(json_node *doc,
 /* SQL/JSON functions: JSON_VALUE and JSON_QUERY                       */
 /* ================================================================== */
 
-/* The shape JSON_VALUE accepts: 0 for a scalar; -3106 for an object or a
- * document array (one value that is no scalar); -3107 for a virtual array
- * (several matches).  node must not be NULL.  Reports nothing. */
-VXJSON_API VXJSON_CHECK int32_t json_fun_value_check(const json_node *node);
-
-/* ================================================================== */
-/* Casts of JSON scalars                                               */
-/* ================================================================== */
-
 /* Result of a cast to a number and of JSON_VALUE ... RETURNING a number,
  * owned by the caller.  has_value 0 is SQL NULL (value then undefined). */
 typedef struct json_number_result {
@@ -1114,6 +1239,119 @@ typedef struct json_datetime_result {
     int32_t has_value;       /* 1 a value, 0 SQL NULL */
     vxtime value;            /* the datetime (platform's vxtime.h) */
 } json_datetime_result;
+
+/* The shape JSON_VALUE accepts: 0 for a scalar; -3106 for an object or a
+ * document array (one value that is no scalar); -3107 for a virtual array
+ * (several matches).  node must not be NULL.  Reports nothing. */
+VXJSON_API VXJSON_CHECK int32_t json_fun_value_check(const json_node *node);
+
+/* Text results of this family live on the context's heap (ctx->heap),
+ * NUL-terminated, and go with it; the caller frees nothing.  Function
+ * kind: the context's escape_mode, 0 JSON_VALUE (strings decoded), 1
+ * JSON_QUERY (strings keep their escapes; results are JSON text), any
+ * other value: the result is only written.  The clauses come from the
+ * compiled path: ret_len (longest text in bytes; for numbers the
+ * precision; for datetimes 3 asks for a date), ret_scale, wrapper, format
+ * (JSON_FMT_*), on_error and on_empty (JPATH_ON_*).  Status 100 is no
+ * value: the caller substitutes its DEFAULT (DEFAULT ON ERROR).  Status 0
+ * with no text (or has_value 0) is SQL NULL.  Out of memory (-503) is
+ * never turned into NULL or DEFAULT, whatever ON ERROR says. */
+
+/* JSON_VALUE(doc, path RETURNING VARCHAR(n) ...) and
+ * JSON_QUERY(doc, path RETURNING VARCHAR(n) [WITH [CONDITIONAL] WRAPPER]
+ * [PRETTY] ...): the text of what path selects in document.
+ * document: the root, NULL for SQL NULL (status 0, no text).  status: a
+ * failure the caller met before (reading the document): below 0 it goes
+ * straight to the ON ERROR clause.  *out / *out_len: the text on the heap,
+ * or NULL and 0.  JSON_VALUE writes a scalar's plain text (standard
+ * dialect) or the whole result compactly with strings unquoted
+ * (compatibility dialects); JSON_QUERY writes JSON text, inside brackets
+ * when the wrapper asks for them; a JSON null written as it stands and,
+ * in the standard dialect, the empty text are SQL NULL.
+ * Returns 0, 100, or (under ERROR ON ERROR / ON EMPTY) -3103 (JSON_QUERY
+ * without wrapper on a scalar or several values), -3104 (no match),
+ * -3106 / -3107 (JSON_VALUE on an object or array / several values),
+ * -3111 (longer than ret_len), the incoming status; -503; -3105 when a
+ * function kind other than 0 and 1 meets a container. */
+VXJSON_API VXJSON_CHECK int32_t json_fun_varchar(jlpca_ctx *ctx, json_node *document,
+                                                 const jpath *path, char **out,
+                                                 uint32_t *out_len, int32_t status);
+/* JSON_VALUE(doc, path RETURNING NUMBER(p, s)): the selected scalar as an
+ * exact decimal (json_cast_to_number), then rounded to precision ret_len
+ * and scale ret_scale when both are non-zero.  A scale of 0 leaves the
+ * value as it came, whatever the precision.  document NULL, a JSON null
+ * and NULL ON ERROR give has_value 0 with status 0.  out: the caller's.
+ * Returns 0, 100, or under ERROR ON ERROR / ON EMPTY the code: -3104,
+ * -3106, -3107, -3111 (does not fit p, s), -6128, -6149, -6102, the
+ * incoming status; -503. */
+VXJSON_API VXJSON_CHECK int32_t json_value_number(jlpca_ctx *ctx, json_node *document,
+                                                  const jpath *path,
+                                                  json_number_result *out, int32_t status);
+/* JSON_VALUE(doc, path RETURNING DATE / TIMESTAMP): the selected string
+ * as a datetime (json_cast_to_date), of type VXTIME_TYPE_DATE when
+ * ret_len is 3 (the time of day dropped) and VXTIME_TYPE_DATETIME
+ * otherwise.  Codes as json_value_number, with -6118 for a string that is
+ * no datetime and -6149 for a value that is no string. */
+VXJSON_API VXJSON_CHECK int32_t json_value_date(jlpca_ctx *ctx, json_node *document,
+                                                const jpath *path,
+                                                json_datetime_result *out, int32_t status);
+/* The evaluation step the three functions share: json_query (compat 0) or
+ * jpath_filter_mysql (any other compat, several matches allowed), then
+ * ON EMPTY and ON ERROR for a failure.  kind: 2 text (out / out_len may
+ * get "[]"), 9 number, 14 datetime (out / out_len unused, may be NULL).
+ * indicator: set to 0 when not NULL.  *handled: 1 when a failure was
+ * settled by a clause; the status is then the answer.  *node: the match
+ * (a document node, or a virtual array of several) when *handled is 0.
+ * No match: standard dialect: ON EMPTY NULL gives 0, ERROR ON EMPTY
+ * -3104, none given hands it to ON ERROR; compatibility dialects: 0
+ * unless ERROR ON EMPTY. */
+VXJSON_API VXJSON_CHECK int32_t json_query_with_mode(jlpca_ctx *ctx, json_node *document,
+                                                     const jpath *path, int32_t kind,
+                                                     char **out, uint32_t *out_len,
+                                                     int32_t *indicator, int32_t *handled,
+                                                     json_node **node);
+/* The shape JSON_QUERY accepts under path->wrapper, and how it writes it.
+ * *wrap: the caller sets it to path->wrapper first; afterwards
+ * JPATH_WRAPPER_WITH means "inside brackets" and JPATH_WRAPPER_WITHOUT
+ * "as it stands" (several matches as an array of them).  An object or
+ * document array: 0 (conditional: as it stands).  Several matches: -3103
+ * without wrapper, else 0, as they stand.  A scalar: -3103 without
+ * wrapper, else 0, inside brackets.  Reports nothing. */
+VXJSON_API VXJSON_CHECK int32_t json_fun_query_check(const jpath *path, const json_node *node,
+                                                     uint32_t *wrap);
+/* ON ERROR for a number or datetime result: ERROR returns status (reported
+ * with source "json/jpath"), DEFAULT returns 100, NULL and EMPTY set
+ * *indicator (when not NULL) to 0 and return 0.  -503 is always
+ * returned. */
+VXJSON_API int32_t jpath_dop_ret_code(const jpath *path, int32_t *indicator, int32_t status);
+/* ON ERROR for a text result: *out / *out_len cleared; EMPTY gives "[]"
+ * on the heap and 0 (-503 without memory), DEFAULT 100, ERROR status
+ * (reported), NULL 0.  -503 is always returned. */
+VXJSON_API VXJSON_CHECK int32_t jpath_varchar_ret_code(jlpca_ctx *ctx, const jpath *path,
+                                                       char **out, uint32_t *out_len,
+                                                       int32_t status);
+/* JSON_EXTRACT(doc, path) and -> / ->> (MySQL): the text of what path
+ * (json_query) selects, written with path->format and the string
+ * conversion option (JSON_CONV_MYSQL for JSON text, JSON_CONV_PLAIN for
+ * unquoted text).  path NULL: the whole document, compact.
+ * containers_only (low byte): a scalar result is no value.  document NULL:
+ * 0 with no text.  Returns 0, 100 when the path selects nothing (or a
+ * scalar under containers_only), -503 or a writing failure (reported). */
+VXJSON_API VXJSON_CHECK int32_t json_fun_varchar_mysql(jlpca_ctx *ctx, json_node *document,
+                                                       const jpath *path, uint8_t option,
+                                                       uint32_t containers_only, char **out,
+                                                       uint32_t *out_len);
+/* jsonb #> path and #>> path (PostgreSQL): the text of what path selects,
+ * written with path->format and the option word's low byte as string
+ * conversion (JSON_CONV_JSON for #>, JSON_CONV_PLAIN for #>>, where a JSON
+ * null is SQL NULL: 0 with no text).  Returns as json_fun_varchar_mysql. */
+VXJSON_API VXJSON_CHECK int32_t json_fun_varchar_pg(jlpca_ctx *ctx, json_node *document,
+                                                    const jpath *path, uint32_t option,
+                                                    char **out, uint32_t *out_len);
+
+/* ================================================================== */
+/* Casts of JSON scalars                                               */
+/* ================================================================== */
 
 /* The value of one scalar node as an exact decimal, never through a
  * double: an integer exactly, a number text rounded to 38 digits, a string

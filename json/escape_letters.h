@@ -38,7 +38,8 @@ constexpr int byte_of_letter(unsigned char letter) {
 
 inline constexpr std::array<int16_t, 256> BYTE_OF_LETTER = [] {
     std::array<int16_t, 256> t{};
-    for (unsigned c = 0; c < 256; ++c) t[c] = static_cast<int16_t>(byte_of_letter(static_cast<unsigned char>(c)));
+    for (unsigned c = 0; c < 256; ++c)
+        t[c] = static_cast<int16_t>(byte_of_letter(static_cast<unsigned char>(c)));
     return t;
 }();
 

@@ -16,20 +16,20 @@
 namespace vxjson::msg {
 
 enum msg_id : uint8_t {
-    STRICT_QUOTE,      // a single quote or a bare word under strict reading
-    NEED_ESCAPE,       // a raw control character inside a string
-    NOT_SUPPORT,       // \' inside a single-quoted string
-    ESCAPE,            // an escape the reader cannot decode
-    UNTERMINATED_DQ,   // "abc
-    UNTERMINATED_SQ,   // 'abc
-    NO_MEMORY,         // an allocation failed
-    INVALID_NUMBER,    // a number strict reading refuses
-    NUMBER_OVERFLOW,   // a number beyond a double where that is an error
-    SYNTAX,            // the grammar met a token it cannot take
-    STACK_EXHAUSTED,   // the document nests deeper than the grammar's stack
-    DUPLICATE_KEY,     // a repeated member name when names must be unique
-    SCALAR_DOCUMENT,   // a scalar as the whole document in the standard dialect
-    EMPTY_DOCUMENT,    // an empty text where a document is required
+    STRICT_QUOTE,    // a single quote or a bare word under strict reading
+    NEED_ESCAPE,     // a raw control character inside a string
+    NOT_SUPPORT,     // \' inside a single-quoted string
+    ESCAPE,          // an escape the reader cannot decode
+    UNTERMINATED_DQ, // "abc
+    UNTERMINATED_SQ, // 'abc
+    NO_MEMORY,       // an allocation failed
+    INVALID_NUMBER,  // a number strict reading refuses
+    NUMBER_OVERFLOW, // a number beyond a double where that is an error
+    SYNTAX,          // the grammar met a token it cannot take
+    STACK_EXHAUSTED, // the document nests deeper than the grammar's stack
+    DUPLICATE_KEY,   // a repeated member name when names must be unique
+    SCALAR_DOCUMENT, // a scalar as the whole document in the standard dialect
+    EMPTY_DOCUMENT,  // an empty text where a document is required
     COUNT
 };
 

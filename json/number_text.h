@@ -19,7 +19,9 @@ double number_to_double(const char *text, size_t len);
 inline bool is_double_overflow(double d) { return ntype_is_double_overflow(d) != 0; }
 
 // JT_INT for a value that fits 32 signed bits, else JT_BIGINT.
-inline int32_t integer_token_kind(int64_t v) { return v == int64_t(int32_t(v)) ? JT_INT : JT_BIGINT; }
+inline int32_t integer_token_kind(int64_t v) {
+    return v == int64_t(int32_t(v)) ? JT_INT : JT_BIGINT;
+}
 
 } // namespace vxjson
 

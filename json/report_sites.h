@@ -18,7 +18,7 @@ inline constexpr int32_t TREE_KEYVAL_ALLOC = 214;
 inline constexpr int32_t TREE_ITEMS_ALLOC = 402;
 inline constexpr int32_t TREE_STRING_ALLOC = 611;
 // ... report sites ...
-inline constexpr int32_t TREE_ADD_KEYVAL = 283;   // a member that could not be added
+inline constexpr int32_t TREE_ADD_KEYVAL = 283; // a member that could not be added
 inline constexpr int32_t TREE_ADD_ONE_NODE = 341;
 inline constexpr int32_t TREE_APPEND_NTH = 455;
 // ... and pluggable-allocator call sites (the reader's element arrays too).

@@ -1,25 +1,20 @@
 // Arena heap: blocks that grow geometrically, bump allocation inside a
 // block, release all at once.  Nothing is freed piecemeal, which is what
-// lets a parse allocate one node in a handful of instructions.
+// lets a parse allocate one node in a handful of instructions.  Blocks come
+// from and go back to the thread's block cache (heap_blocks.cpp).
 #include "vx_heap.h"
 
 #include <cstdlib>
 #include <cstring>
 
+#include "heap_blocks.h"
+
+using namespace vxheap;
+
 namespace {
 
 constexpr size_t kDefaultFirstBlock = 8 * 1024;
 constexpr size_t kMaxGrowBlock = 64u * 1024 * 1024; // caps doubling; big requests get their own block
-constexpr size_t kAlign = 8;
-
-struct Block {
-    Block *prev;  // older block, released with the heap
-    size_t size;  // usable bytes after the header
-};
-
-inline size_t align_up(size_t n) { return (n + (kAlign - 1)) & ~(kAlign - 1); }
-
-char *block_data(Block *b) { return reinterpret_cast<char *>(b) + align_up(sizeof(Block)); }
 
 } // namespace
 
@@ -35,27 +30,18 @@ struct vx_heap {
     uint64_t byte_limit;  // failure injection: bytes allowed
 };
 
-static Block *new_block(size_t size) {
-    if (size > SIZE_MAX - align_up(sizeof(Block))) return nullptr;
-    auto *b = static_cast<Block *>(std::malloc(align_up(sizeof(Block)) + size));
-    if (!b) return nullptr;
-    b->prev = nullptr;
-    b->size = size;
-    return b;
-}
-
 extern "C" vx_heap *mem_heap_create(size_t first_block) {
     auto *h = static_cast<vx_heap *>(std::calloc(1, sizeof(vx_heap)));
     if (!h) return nullptr;
     size_t size = first_block ? align_up(first_block) : kDefaultFirstBlock;
-    Block *b = new_block(size);
+    Block *b = block_take(size);
     if (!b) {
         std::free(h);
         return nullptr;
     }
     h->current = h->first = b;
     h->next = block_data(b);
-    h->end = h->next + size;
+    h->end = h->next + b->size;
     h->next_size = size * 2;
     h->call_limit = UINT64_MAX;
     h->byte_limit = UINT64_MAX;
@@ -67,7 +53,7 @@ static void release_blocks_except(vx_heap *h, Block *keep) {
     Block *b = h->current;
     while (b) {
         Block *prev = b->prev;
-        if (b != keep) std::free(b);
+        if (b != keep) block_give(b);
         b = prev;
     }
 }
@@ -89,12 +75,11 @@ extern "C" void mem_heap_reset(vx_heap *heap) {
 }
 
 [[gnu::noinline]] static void *alloc_in_new_block(vx_heap *h, size_t size) {
-    size_t want = h->next_size;
-    if (size > want / 4) want = size;  // a large request gets a block of its own size
-    Block *b = new_block(want);
+    const bool own = size > h->next_size / 4; // a large request gets a block of its own size
+    Block *b = block_take(own ? size : h->next_size);
     if (!b) return nullptr;
-    if (want == h->next_size && h->next_size < kMaxGrowBlock) h->next_size *= 2;
-    if (want == size && h->next < h->end) {
+    if (!own && h->next_size < kMaxGrowBlock) h->next_size *= 2;
+    if (own && h->next < h->end) {
         // Keep carving the current block: put the dedicated block behind it.
         b->prev = h->current->prev;
         h->current->prev = b;
@@ -103,7 +88,7 @@ extern "C" void mem_heap_reset(vx_heap *heap) {
     b->prev = h->current;
     h->current = b;
     h->next = block_data(b) + size;
-    h->end = block_data(b) + want;
+    h->end = block_data(b) + b->size; // a cached block may be larger than asked
     return block_data(b);
 }
 

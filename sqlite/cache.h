@@ -22,9 +22,8 @@ namespace vxsql {
 
 // How a path argument is compiled.
 enum class path_language : uint8_t {
-    standard,     // $.a[1 to 3].b: jpath_flex under the context's switches
-    mysql,        // one MySQL path: jpath_array_flex, single
-    pg_text_array // {a,1,b}: jpath_parse_pg_array
+    standard,  // $.a[1 to 3].b: jpath_flex under the context's switches
+    mysql,     // one MySQL path: jpath_array_flex, single
 };
 
 // A compiled path with the heap it lives in.
@@ -46,8 +45,10 @@ public:
 
     // The compiled path of argv[i]: 0 with *out, or the compiler's code
     // (the call has not failed yet).  The path's clause fields are the
-    // caller's to set for each call.
-    int32_t path(jlpca_ctx *ctx, sqlite3_value **argv, int i, path_language lang, jpath **out);
+    // caller's to set for each call.  keep false: the path is for this
+    // row only (for callers that change the path as they use it).
+    int32_t path(jlpca_ctx *ctx, sqlite3_value **argv, int i, path_language lang, jpath **out,
+                 bool keep = true);
 
 private:
     sqlite3_context *sc_;

@@ -53,19 +53,44 @@ const char *code_text(int32_t code) {
     return "error";
 }
 
-void result_code(sqlite3_context *sc, int32_t code, const jlpca_ctx *ctx, int arg) {
+namespace {
+
+// "vxjson <code>: <meaning>" and, when given, " (<detail>)".
+void fail(sqlite3_context *sc, int32_t code, const char *detail) {
     // The trail of reports is of no use here; keep it from growing.
     elog_trail_clear();
-    char msg[JLPCA_ERR_MSG_SIZE + 128];
-    int n = std::snprintf(msg, sizeof msg, "vxjson %d: %s", code, code_text(code));
-    const bool detail = ctx && ctx->err_code != 0 && ctx->err_msg[0] != '\0';
-    if (arg > 0 && detail)
-        std::snprintf(msg + n, sizeof msg - n, " (argument %d, line %u: %s)", arg,
-                      ctx->err_line, ctx->err_msg);
-    else if (arg > 0)
-        std::snprintf(msg + n, sizeof msg - n, " (argument %d)", arg);
+    char msg[JLPCA_ERR_MSG_SIZE + 160];
+    if (detail && *detail)
+        std::snprintf(msg, sizeof msg, "vxjson %d: %s (%s)", code, code_text(code), detail);
+    else
+        std::snprintf(msg, sizeof msg, "vxjson %d: %s", code, code_text(code));
     sqlite3_result_error(sc, msg, -1);
     if (code == VXJSON_ERR_NOMEM) sqlite3_result_error_code(sc, SQLITE_NOMEM);
+}
+
+}  // namespace
+
+void result_code(sqlite3_context *sc, int32_t code) { fail(sc, code, nullptr); }
+
+void result_document_code(sqlite3_context *sc, int32_t code, const jlpca_ctx *ctx, int arg) {
+    char detail[JLPCA_ERR_MSG_SIZE + 96];
+    uint32_t offset = 0, line = 1, column = 1;
+    const char *why = "";
+    if (jlpca_error_position(ctx, &offset, &line, &column, &why) != 0 && why && *why)
+        std::snprintf(detail, sizeof detail, "argument %d, line %u, column %u: %s", arg, line,
+                      column, why);
+    else
+        std::snprintf(detail, sizeof detail, "argument %d", arg);
+    fail(sc, code, detail);
+}
+
+void result_path_code(sqlite3_context *sc, int32_t code, const jlpca_ctx *ctx, int arg) {
+    char detail[JLPCA_ERR_MSG_SIZE + 32];
+    if (ctx->err_code != 0 && ctx->err_msg[0] != '\0')
+        std::snprintf(detail, sizeof detail, "argument %d: %s", arg, ctx->err_msg);
+    else
+        std::snprintf(detail, sizeof detail, "argument %d", arg);
+    fail(sc, code, detail);
 }
 
 void result_usage(sqlite3_context *sc, const char *fn, const char *what) {

@@ -14,11 +14,14 @@ namespace vxsql {
 // The meaning of a library code, or "error" for one it does not give.
 const char *code_text(int32_t code);
 
-// Fail the call with code (negative).  `arg` (from 1, 0 for none) names the
-// argument whose text was refused; the context adds the reader's own
-// message and line when it recorded one.
-void result_code(sqlite3_context *sc, int32_t code, const jlpca_ctx *ctx = nullptr,
-                 int arg = 0);
+// Fail the call with code (negative).
+void result_code(sqlite3_context *sc, int32_t code);
+// The same for a document argument `arg` (from 1) that the context just
+// failed to read: the message adds where and why, from the reader.
+void result_document_code(sqlite3_context *sc, int32_t code, const jlpca_ctx *ctx, int arg);
+// The same for a path argument `arg`: the message adds the path scanner's
+// own message when it left one.
+void result_path_code(sqlite3_context *sc, int32_t code, const jlpca_ctx *ctx, int arg);
 
 // Fail the call for a bad argument of the extension's own (an unknown
 // dialect or clause): "<function>: <what>".

@@ -39,8 +39,8 @@ int register_all(sqlite3 *db, char **err) {
     connection *c = connection_create();
     if (!c) return SQLITE_NOMEM;
     int rc = SQLITE_OK;
-    for (auto family : {common_functions(), pg_functions(), mysql_functions(),
-                        standard_functions()})
+    for (auto family : {common_functions(), pg_functions(), pg_path_functions(),
+                        mysql_functions(), mysql_path_functions(), standard_functions()})
         if (rc == SQLITE_OK) rc = register_family(db, c, family);
     if (rc != SQLITE_OK && err) *err = sqlite3_mprintf("vxjson: cannot register the functions");
     connection_release(c);

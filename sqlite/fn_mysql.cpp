@@ -1,9 +1,10 @@
-// MySQL-compatible functions: mysql_json_contains(target, candidate),
+// MySQL-compatible functions: mysql_json_contains(target, candidate [, path]),
 // mysql_json_overlaps(a, b), mysql_json_merge_patch(doc, doc, ...) and
 // mysql_json_merge_preserve(doc, doc, ...).  Documents are read as MySQL's
 // JSON type keeps them (strict, scalars allowed, members sorted, the last
 // of repeated names winning); results are written with MySQL's escapes.
 // SQL NULL in any argument gives SQL NULL.
+#include "cache.h"
 #include "errors.h"
 #include "registry.h"
 #include "row.h"
@@ -32,8 +33,21 @@ void test_pair(sqlite3_context *sc, int argc, sqlite3_value **argv,
     sqlite3_result_int(sc, predicate(a, b));
 }
 
+// mysql_json_contains(target, candidate [, path]): with a path, the value
+// there is the target (a path to nothing gives NULL; one that may match
+// several values is an error, as in MySQL).
 void mysql_json_contains(sqlite3_context *sc, int argc, sqlite3_value **argv) {
-    test_pair(sc, argc, argv, json_contains_mysql);
+    if (argc < 3) return test_pair(sc, argc, argv, json_contains_mysql);
+    jlpca_ctx *ctx;
+    json_node *target, *candidate, *found = nullptr;
+    if (!begin_mysql(sc, argc, argv, &ctx, &target)) return;
+    if (!read_arg_or_fail(sc, ctx, argv, 1, &candidate)) return;
+    call_cache cache(sc);
+    jpath *path;
+    if (int32_t rc = cache.path(ctx, argv, 2, path_language::mysql, &path))
+        return result_path_code(sc, rc, ctx, 3);
+    if (int32_t rc = jpath_filter_mysql(target, path, ctx, 0, &found)) return result_code(sc, rc);
+    if (found) sqlite3_result_int(sc, json_contains_mysql(found, candidate));
 }
 
 void mysql_json_overlaps(sqlite3_context *sc, int argc, sqlite3_value **argv) {
@@ -68,7 +82,7 @@ void mysql_json_merge_preserve(sqlite3_context *sc, int argc, sqlite3_value **ar
 }
 
 constexpr function_def FUNCTIONS[] = {
-    {"mysql_json_contains", 2, 2, mysql_json_contains},
+    {"mysql_json_contains", 2, 3, mysql_json_contains},
     {"mysql_json_overlaps", 2, 2, mysql_json_overlaps},
     {"mysql_json_merge_patch", -1, -1, mysql_json_merge_patch},
     {"mysql_json_merge_preserve", -1, -1, mysql_json_merge_preserve},

@@ -36,7 +36,7 @@ void jsonb_concat(sqlite3_context *sc, int argc, sqlite3_value **argv) {
     char *text = nullptr;
     uint32_t len = 0;
     const int32_t rc = jsonb_concat(docs[0], docs[1], ctx, &text, &len);
-    result_json_or_code(sc, ctx, rc, text, len);
+    result_json_or_code(sc, rc, text, len);
 }
 
 void jsonb_strip_nulls(sqlite3_context *sc, int argc, sqlite3_value **argv) {

@@ -21,8 +21,10 @@ struct function_def {
 };
 
 std::span<const function_def> common_functions();    // vxjson_check, vxjson_format
-std::span<const function_def> pg_functions();        // jsonb_*
-std::span<const function_def> mysql_functions();     // mysql_json_*
+std::span<const function_def> pg_functions();        // jsonb_* over documents
+std::span<const function_def> pg_path_functions();   // jsonb_* with a key or path
+std::span<const function_def> mysql_functions();     // mysql_json_* over documents
+std::span<const function_def> mysql_path_functions(); // mysql_json_* with paths
 std::span<const function_def> standard_functions();  // json_value, json_query, json_exists
 
 }  // namespace vxsql

@@ -49,7 +49,7 @@ bool read_arg_or_fail(sqlite3_context *sc, jlpca_ctx *ctx, sqlite3_value **argv,
                       json_node **root) {
     const int32_t rc = read_arg(ctx, argv, i, root);
     if (rc == 0) return true;
-    result_code(sc, rc, ctx, i + 1);
+    result_document_code(sc, rc, ctx, i + 1);
     return false;
 }
 
@@ -58,9 +58,8 @@ void result_json(sqlite3_context *sc, const char *text, uint32_t len) {
     sqlite3_result_subtype(sc, JSON_SUBTYPE);
 }
 
-void result_json_or_code(sqlite3_context *sc, jlpca_ctx *ctx, int32_t rc, const char *text,
-                         uint32_t len) {
-    if (rc < 0) return result_code(sc, rc, ctx);
+void result_json_or_code(sqlite3_context *sc, int32_t rc, const char *text, uint32_t len) {
+    if (rc < 0) return result_code(sc, rc);
     result_json(sc, text, len);
 }
 
@@ -115,7 +114,7 @@ void result_tree(sqlite3_context *sc, jlpca_ctx *ctx, const json_node *node, uin
     int32_t rc = json_to_string(ctx, ctx->allocator, s, node, flags, 0, 0, conv);
     if (rc == 0 && s->failed) rc = VXJSON_ERR_NOMEM;
     // Both the record and its text are in the row heap: nothing to free.
-    result_json_or_code(sc, ctx, rc, vxstr_getstr(s), s->len);
+    result_json_or_code(sc, rc, vxstr_getstr(s), s->len);
 }
 
 bool dialect_arg(sqlite3_value *v, dialect *d) {

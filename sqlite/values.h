@@ -48,8 +48,7 @@ void result_json(sqlite3_context *sc, const char *text, uint32_t len);
 
 // Give back JSON text (copied by SQLite), or fail with rc when it is
 // negative.
-void result_json_or_code(sqlite3_context *sc, jlpca_ctx *ctx, int32_t rc, const char *text,
-                         uint32_t len);
+void result_json_or_code(sqlite3_context *sc, int32_t rc, const char *text, uint32_t len);
 
 // The dialect named by a value ('standard', 'pg' or 'mysql', any case);
 // false for another name.

@@ -17,6 +17,11 @@ if(TARGET vxjson_sqlite AND SQLITE3_SHELL)
                      -DEXTENSION=$<TARGET_FILE_DIR:vxjson_sqlite>/vxjson_sqlite
                      -DPRELOAD=${preload} -DSCRIPT=${script} -DOUT=${CMAKE_CURRENT_BINARY_DIR}/sqlite_${name}.out
                      -P ${CMAKE_CURRENT_SOURCE_DIR}/sqlite/run_sql.cmake)
-    set_tests_properties(sqlite.${name} PROPERTIES LABELS data)
+    # rows.sql runs 100,000 rows through every function.
+    if(name STREQUAL "rows")
+      set_tests_properties(sqlite.${name} PROPERTIES LABELS "data;slow")
+    else()
+      set_tests_properties(sqlite.${name} PROPERTIES LABELS data)
+    endif()
   endforeach()
 endif()

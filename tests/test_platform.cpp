@@ -42,6 +42,31 @@ TEST(Heap, AllocationsAreAlignedDistinctAndSurviveGrowth) {
     mem_heap_free(h);
 }
 
+// A released heap's blocks serve the next heap made on the thread, whole
+// (a cached block larger than asked is carved to its end), but a small heap
+// never takes a block far larger than it asked for.
+TEST(Heap, ReleasedBlocksServeTheNextHeap) {
+    vx_heap *h = mem_heap_create(16384);
+    char *first = static_cast<char *>(heap_alloc(h, 16));
+    mem_heap_free(h);
+
+    h = mem_heap_create(9000);
+    char *again = static_cast<char *>(heap_alloc(h, 16));
+    EXPECT_EQ(again, first);
+    // 9000 asked, 16384 there: the rest of the block is still this heap's.
+    char *late = static_cast<char *>(heap_alloc(h, 15000));
+    EXPECT_EQ(late, first + 16);
+    EXPECT_EQ(mem_heap_alloc_count(h), 2u);
+    mem_heap_free(h);
+
+    vx_heap *big = mem_heap_create(1 << 20);
+    char *big_block = static_cast<char *>(heap_alloc(big, 8));
+    mem_heap_free(big);
+    vx_heap *small = mem_heap_create(64);
+    EXPECT_NE(heap_alloc(small, 8), big_block);
+    mem_heap_free(small);
+}
+
 TEST(Heap, CallLimitFailsEveryLaterCall) {
     vx_heap *h = mem_heap_create(0);
     ASSERT_NE(heap_alloc(h, 8), nullptr);

@@ -138,11 +138,12 @@ INSTANTIATE_TEST_SUITE_P(Check, Tool, rows_of("tool/check.tsv"), data_row_namer(
 INSTANTIATE_TEST_SUITE_P(Format, Tool, rows_of("tool/format.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Ops, Tool, rows_of("tool/ops.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Query, Tool, rows_of("tool/query.tsv"), data_row_namer());
+INSTANTIATE_TEST_SUITE_P(Value, Tool, rows_of("tool/value.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Change, Tool, rows_of("tool/change.tsv"), data_row_namer());
 
 TEST(ToolCases, EveryFileHasItsRows) {
     expect_row_counts(
-        {{"tool/general.tsv", 20}, {"tool/check.tsv", 45}, {"tool/format.tsv", 26}, {"tool/ops.tsv", 37}, {"tool/query.tsv", 45},
+        {{"tool/general.tsv", 20}, {"tool/check.tsv", 45}, {"tool/format.tsv", 26}, {"tool/ops.tsv", 37}, {"tool/query.tsv", 45}, {"tool/value.tsv", 44},
          {"tool/change.tsv", 32}});
 }
 

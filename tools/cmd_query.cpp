@@ -4,6 +4,7 @@
 // once; each document is read, evaluated and answered in turn.
 #include "commands.h"
 #include "query_path.h"
+#include "sql_function.h"
 
 namespace vxcli {
 
@@ -14,15 +15,21 @@ struct query_request {
     uint64_t no_value = 0;  // documents in which nothing matched
 };
 
-// The first positional argument is the path; the rest are the inputs.
-bool take_path(command_line &cl, std::string &text) {
-    if (cl.inputs.empty() || cl.inputs.front().is_inline) {
-        tool_error("query needs a PATH before its inputs (try 'vxjson query --help')");
-        return false;
+// With a clause switch the command is JSON_QUERY, whose strings keep their
+// escapes and whose result is always text.
+int run_json_query(command_line &cl, const std::string &path_text) {
+    function_clauses clauses;
+    std::string error;
+    if (!parse_clauses(cl.clauses, cl.write.layout != 0, clauses, error)) {
+        tool_error(error);
+        return EXIT_TROUBLE;
     }
-    text = cl.inputs.front().text;
-    cl.inputs.erase(cl.inputs.begin());
-    return true;
+    if (clauses.returns != function_clauses::result::text) {
+        tool_error("JSON_QUERY returns text: bad value for --returning: '" + cl.clauses.returning + "'");
+        return EXIT_TROUBLE;
+    }
+    cl.read.keep_escapes = true;
+    return run_sql_function(cl, path_text, clauses);
 }
 
 doc_result answer(session &s, const command_line &cl, query_request &q, json_node *root,
@@ -51,7 +58,8 @@ doc_result answer(session &s, const command_line &cl, query_request &q, json_nod
 
 int run_query(command_line &cl) {
     std::string path_text, error;
-    if (!take_path(cl, path_text)) return EXIT_TROUBLE;
+    if (!take_path_argument(cl, "query", path_text)) return EXIT_TROUBLE;
+    if (cl.clauses.any()) return run_json_query(cl, path_text);
     query_request q;
     if (!q.path.compile(path_text, cl.read, error)) {
         tool_error(error);

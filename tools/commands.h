@@ -54,6 +54,7 @@ int run_query(command_line &cl);
 int run_contains_path(command_line &cl);
 
 // SQL/JSON functions.
+int run_value(command_line &cl);
 
 // Changes by path.
 enum class change_kind { set, insert, replace, remove, array_append, array_insert };

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "options.h"
+#include "sql_function.h"
 
 namespace vxcli {
 
@@ -35,6 +36,8 @@ const char GENERAL[] =
     "  array-insert DOC PATH VALUE...  JSON_ARRAY_INSERT\n"
     "  query PATH [INPUT...]       the values PATH selects in each input\n"
     "  contains-path one|all PATH... [INPUT]  does a path match? (JSON_CONTAINS_PATH)\n"
+    "  value PATH [INPUT...]       JSON_VALUE: the scalar PATH selects, as text, number\n"
+    "                              or datetime (query takes JSON_QUERY's clauses)\n"
     "\n"
     "An INPUT is a file name, '-' for standard input, or -e TEXT for a JSON\n"
     "text given inline.  check and format read standard input when given no\n"
@@ -306,6 +309,14 @@ const char QUERY[] =
     "was bad), 1 some input was not well-formed or could not be evaluated,\n"
     "2 a bad path or switch, an unreadable input, out of memory.\n"
     "\n"
+    "With a clause switch, query is JSON_QUERY(INPUT, PATH ...): the result\n"
+    "is JSON text with strings as written, several matches or a scalar need\n"
+    "--wrapper with|conditional (else ON ERROR settles it), --pretty lays\n"
+    "the result out as the server does, and SQL NULL prints as <null>, a\n"
+    "DEFAULT result as <default>.\n"
+    "  --wrapper without|with|conditional  WITHOUT / WITH [CONDITIONAL] WRAPPER\n"
+    "  --returning text|varchar(N)  JSON_QUERY returns text only\n"
+    "\n"
     "query switches:\n"
     "  --lines                      JSON Lines: one result line per good line\n"
     "  -q, --quiet                  no messages for bad inputs\n";
@@ -339,6 +350,30 @@ const char CONTAINS_PATH_EXAMPLES[] =
     "  vxjson contains-path all '$.a' '$.z' -e '{\"a\":1}'       # false\n"
     "  vxjson contains-path one '$.user.id' --lines events.jsonl\n";
 
+const char VALUE[] =
+    "usage: vxjson value [SWITCHES] PATH [INPUT...]\n"
+    "\n"
+    "JSON_VALUE(INPUT, PATH RETURNING ...) over each input: one answer line\n"
+    "per input, the scalar PATH selects as plain text (strings without quotes\n"
+    "or escapes), or as a number or datetime with --returning.  An object,\n"
+    "an array or several matches are errors that ON ERROR settles.\n"
+    "SQL NULL prints as <null>, a DEFAULT result as <default>.\n"
+    "A bad input is reported as by check and skipped.\n"
+    "\n"
+    "exit status: 0 every input answered, 1 some input was bad or raised an\n"
+    "error, 2 a bad path or switch, an unreadable input, out of memory.\n"
+    "\n"
+    "value switches:\n"
+    "  --lines                      JSON Lines: one answer line per good line\n"
+    "  -q, --quiet                  no messages for bad inputs\n";
+
+const char VALUE_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson value '$.user.name' -e '{\"user\":{\"name\":\"x\"}}'      # x\n"
+    "  vxjson value --returning 'number(10,2)' '$.price' order.json\n"
+    "  vxjson value --returning date --on-error error '$.day' --lines log.jsonl\n";
+
 struct help_entry {
     const char *name;
     const char *head;
@@ -346,6 +381,7 @@ struct help_entry {
     const char *examples;
     std::string text;     // assembled on first use
     const char *common = "";  // text shared by a family of commands
+    bool clauses = false; // takes the clauses of the SQL/JSON functions
 };
 
 help_entry HELP[] = {
@@ -365,6 +401,8 @@ help_entry HELP[] = {
     {"array-append", ARRAY_APPEND, true, ARRAY_APPEND_EXAMPLES, {}, CHANGE_COMMON},
     {"array-insert", ARRAY_INSERT, true, ARRAY_INSERT_EXAMPLES, {}, CHANGE_COMMON},
     {"query", QUERY, true, QUERY_EXAMPLES, {}},
+    {"query", QUERY, true, QUERY_EXAMPLES, {}, true},
+    {"value", VALUE, false, VALUE_EXAMPLES, {}, true},
     {"contains-path", CONTAINS_PATH, false, CONTAINS_PATH_EXAMPLES, {}},
 };
 
@@ -377,6 +415,8 @@ const char *command_help(const char *name) {
         if (std::strcmp(h.name, name) != 0) continue;
         if (h.text.empty()) {
             h.text = std::string(h.head) + h.common;
+            h.text = h.head;
+            if (h.clauses) h.text += std::string("\n") + CLAUSE_OPTIONS_HELP;
             if (h.writes) h.text += std::string("\n") + WRITE_OPTIONS_HELP;
             h.text += std::string("\n") + READ_OPTIONS_HELP + h.examples;
         }

@@ -37,10 +37,11 @@ constexpr command COMMANDS[] = {
      OPT_READ | OPT_WRITE},
 
     // Path queries.
-    {"query", run_query, OPT_READ | OPT_WRITE | OPT_LINES | OPT_QUIET},
+    {"query", run_query, OPT_READ | OPT_WRITE | OPT_LINES | OPT_QUIET | OPT_CLAUSES},
     {"contains-path", run_contains_path, OPT_READ | OPT_LINES | OPT_QUIET},
 
     // SQL/JSON functions.
+    {"value", run_value, OPT_READ | OPT_LINES | OPT_QUIET | OPT_CLAUSES},
 
     // Changes by path.
     {"set", [](command_line &c) { return run_change(change_kind::set, c); }, OPT_CHANGE},

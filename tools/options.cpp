@@ -92,6 +92,16 @@ bool takes_value(const std::string &name) {
     return name == "--dialect" || name == "--charset" || name == "--max-memory";
 }
 
+// Where a clause switch of the SQL/JSON functions keeps its value (checked
+// by the command), or null when `name` is none of them.
+std::string *clause_switch(const std::string &name, clause_options &c) {
+    if (name == "--returning") return &c.returning;
+    if (name == "--wrapper") return &c.wrapper;
+    if (name == "--on-empty") return &c.on_empty;
+    if (name == "--on-error") return &c.on_error;
+    return nullptr;
+}
+
 void add_input(command_line &out, bool is_inline, std::string text) {
     input_spec in;
     in.is_inline = is_inline;
@@ -151,7 +161,8 @@ bool parse_command_line(int argc, char **argv, int first, unsigned groups, comma
         if (flag_switch(arg, groups, out)) continue;
         size_t eq = arg.find('=');
         std::string name = arg.substr(0, eq);
-        if (!takes_value(name)) {
+        std::string *clause = (groups & OPT_CLAUSES) ? clause_switch(name, out.clauses) : nullptr;
+        if (!clause && !takes_value(name)) {
             error = "unknown switch '" + arg + "'";
             return false;
         }
@@ -164,7 +175,8 @@ bool parse_command_line(int argc, char **argv, int first, unsigned groups, comma
             error = name + " needs a value";
             return false;
         }
-        if (!value_switch(name, value, out.read, error)) return false;
+        if (clause) *clause = value;
+        else if (!value_switch(name, value, out.read, error)) return false;
     }
     number_inline_inputs(out);
     return true;

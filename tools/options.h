@@ -30,6 +30,12 @@ struct write_options {
     bool ascii = false;          // non-ASCII text as \uXXXX
 };
 
+// The clauses of the SQL/JSON functions as given; empty: not given.
+struct clause_options {
+    std::string returning, wrapper, on_empty, on_error;
+    bool any() const { return !(returning.empty() && wrapper.empty() && on_empty.empty() && on_error.empty()); }
+};
+
 // One input: a file (or "-" for standard input) or inline text.
 struct input_spec {
     bool is_inline = false;
@@ -43,12 +49,14 @@ enum option_group : unsigned {
     OPT_WRITE = 2u,              // --pretty, --ascii
     OPT_LINES = 4u,              // --lines
     OPT_QUIET = 8u,              // --quiet
+    OPT_CLAUSES = 16u,           // --returning, --wrapper, --on-empty, --on-error
 };
 
 struct command_line {
     using inputs_t = std::vector<input_spec>;
     read_options read;
     write_options write;
+    clause_options clauses;
     bool lines = false;          // JSON Lines: one document per line
     bool quiet = false;          // no per-input messages, only the status
     bool help = false;           // --help was given

@@ -2,6 +2,8 @@
 // picks the evaluator of a dialect.
 #include "query_path.h"
 
+#include "commands.h"
+
 namespace vxcli {
 
 compiled_path::~compiled_path() {
@@ -9,26 +11,52 @@ compiled_path::~compiled_path() {
     if (heap_) mem_heap_free(heap_);
 }
 
-bool compiled_path::compile(const std::string &text, const read_options &opts, std::string &error) {
+void compiled_path::start(const std::string &text, const read_options &opts) {
     text_ = text;
     heap_ = mem_heap_create(0);
     ctx_ = std::make_unique<jlpca_ctx>();
-    if (!heap_) {
-        error = "out of memory";
-        return false;
-    }
     // Names are compared as the documents store them: with their escapes
     // when the documents keep theirs.
     (void)jlpca_init_simple(nullptr, ctx_.get(), heap_, nullptr,
                             opts.keep_escapes ? JLPCA_ESCAPE_KEEP : JLPCA_ESCAPE_DECODE,
                             opts.compat);
-    (void)jpath_init_simple(&path_, opts.compat == JLPCA_COMPAT_MYSQL ? 2 : 0);
+}
+
+bool compiled_path::compile_prepared(const std::string &text, std::string &error) {
+    if (!heap_) {
+        error = "out of memory";
+        return false;
+    }
     int32_t rc = jlpca_reinit(ctx_.get(), text.data(), static_cast<uint32_t>(text.size()));
     if (rc == 0) rc = jpath_flex(ctx_.get(), &path_);
     if (rc == 0) return true;
     error = "bad path '" + text + "': error " + std::to_string(rc);
     if (ctx_->err_msg[0]) error += std::string(": ") + ctx_->err_msg;
     return false;
+}
+
+bool compiled_path::compile(const std::string &text, const read_options &opts, std::string &error) {
+    start(text, opts);
+    (void)jpath_init_simple(&path_, opts.compat == JLPCA_COMPAT_MYSQL ? 2 : 0);
+    return compile_prepared(text, error);
+}
+
+bool compiled_path::compile(const std::string &text, const read_options &opts, std::string &error,
+                            uint32_t flag, uint32_t datatype) {
+    start(text, opts);
+    jpath_init(&path_, flag, datatype, 0, JPATH_DIALECT_STANDARD);
+    return compile_prepared(text, error);
+}
+
+bool take_path_argument(command_line &cl, const char *command, std::string &text) {
+    if (cl.inputs.empty() || cl.inputs.front().is_inline) {
+        tool_error(std::string(command) + " needs a PATH before its inputs (try 'vxjson " + command +
+                   " --help')");
+        return false;
+    }
+    text = cl.inputs.front().text;
+    cl.inputs.erase(cl.inputs.begin());
+    return true;
 }
 
 query_outcome evaluate_path(jlpca_ctx *ctx, json_node *root, const compiled_path &path) {

@@ -25,10 +25,16 @@ public:
     // Compiles `text` for the dialect and string form of `opts`; false with
     // a message in `error` when it does not compile.
     bool compile(const std::string &text, const read_options &opts, std::string &error);
+    // A SQL/JSON function's path takes its clauses as the option word
+    // `flag` and `datatype`.
+    bool compile(const std::string &text, const read_options &opts, std::string &error,
+                 uint32_t flag, uint32_t datatype);
     const jpath *get() const { return &path_; }
     const std::string &text() const { return text_; }
 
 private:
+    bool compile_prepared(const std::string &text, std::string &error);
+    void start(const std::string &text, const read_options &opts);
     vx_heap *heap_ = nullptr;
     std::unique_ptr<jlpca_ctx> ctx_;
     jpath path_{};
@@ -42,6 +48,10 @@ struct query_outcome {
     int32_t code = 0;
     json_node *match = nullptr;
 };
+// Takes the first positional argument of `cl` as the path text; false
+// after saying that `command` needs one.
+bool take_path_argument(command_line &cl, const char *command, std::string &text);
+
 query_outcome evaluate_path(jlpca_ctx *ctx, json_node *root, const compiled_path &path);
 
 // Runs `answer` over the tree of every document (NULL for an empty one);

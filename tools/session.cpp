@@ -46,6 +46,13 @@ const char *code_message(int32_t code) {
     case VXJSON_ERR_TEXT_PATH_SCALAR: return "a text-array path cannot change a scalar document";
     case VXJSON_ERR_TEXT_PATH_INDEX: return "a path element on an array is not an integer";
     case VXJSON_ERR_REMOVE_SUBSCRIPT: return "a position cannot be removed from a non-array";
+    case VXJSON_ERR_QUERY_SCALAR: return "JSON_QUERY without wrapper met a scalar or several values";
+    case VXJSON_ERR_VALUE_NOT_SCALAR: return "JSON_VALUE met an object or array";
+    case VXJSON_ERR_VALUE_MANY: return "JSON_VALUE met several values";
+    case VXJSON_ERR_RETURN_TYPE: return "the result does not fit the returning type";
+    case VXJSON_ERR_NOT_DATETIME: return "the string is not a datetime";
+    case VXJSON_ERR_NOT_NUMBER: return "the string is not a number";
+    case VXJSON_ERR_CAST: return "the value cannot be cast to the returning type";
     default: return "error";
     }
 }

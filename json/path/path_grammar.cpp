@@ -199,7 +199,7 @@ namespace vxjson::path {
 // The grammar over a started scanner: 0 accepted, 1 syntax error, 2 stack
 // exhausted, or the negative code of a failed action.
 int32_t parse(PathScanner &s, jlpca_ctx *ctx, bool copy) {
-    parse::StateStack stack;
+    parse::state_stack stack;
     uintptr_t *e = stack.entries();
     uint32_t n = 1; // entries in use; entry 0 is the start state
     e[0] = entry(0);

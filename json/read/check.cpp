@@ -8,9 +8,9 @@ using namespace vxjson;
 
 namespace {
 
-struct CheckGrammar {
-    static constexpr scan::Mode kMode = scan::Mode::check;
-    static constexpr uint32_t kOpen = 1;
+struct check_grammar {
+    static constexpr scan::scan_mode MODE = scan::scan_mode::check;
+    static constexpr uint32_t OPEN_ENTRIES = 1;
 
     static int32_t open(jlpca_ctx *, uint32_t, uintptr_t &) { return 0; }
     static int32_t open_empty(jlpca_ctx *, uint32_t) { return 0; }
@@ -30,8 +30,8 @@ struct CheckGrammar {
 extern "C" {
 
 VXJSON_API int32_t jcheck_parse(void *scanner, jlpca_ctx *ctx) {
-    CheckGrammar g;
-    return parse::run(*static_cast<scan::Scanner *>(scanner), ctx, g);
+    check_grammar g;
+    return parse::run(*static_cast<scan::scan_state *>(scanner), ctx, g);
 }
 
 VXJSON_API int32_t jcheck_error(jlpca_ctx *, const char *) { return -1; }
@@ -40,11 +40,11 @@ VXJSON_API int32_t jcheck_error_ex(jlpca_ctx *, int32_t code) { return code; }
 
 VXJSON_API int32_t jcheck_flex(jlpca_ctx *ctx) {
     if (ctx->text_len == 0) return empty_text(ctx, ctx->compat != 0 || ctx->blank);
-    scan::Scanner s;
+    scan::scan_state s;
     scan::scanner_start(s, ctx);
     // Duplicate names only show while members are added: build the tree
     // (it stays unconverted in the heap and is not handed out).
-    CheckGrammar g;
+    check_grammar g;
     int32_t r = ctx->unique_keys ? parse_tree(s, ctx) : parse::run(s, ctx, g);
     scan::json_lex_destroy(&s);
     ctx->scan_handle = nullptr;

@@ -19,12 +19,12 @@ namespace vxjson {
 // chunks; a request too large to share a chunk gets a block of its own, and
 // a chunk the heap refuses is asked for again at the exact size, so that a
 // heap near its limit still gives what it has.
-class ChunkPool {
+class chunk_pool {
 public:
-    ChunkPool(jlpca_ctx *ctx, const scan::Scanner &s) : ctx_(ctx), s_(s) {}
+    chunk_pool(jlpca_ctx *ctx, const scan::scan_state &s) : ctx_(ctx), s_(s) {}
 
     void *take(size_t size) {
-        size = (size + kAlign - 1) & ~(kAlign - 1);
+        size = (size + ALIGN - 1) & ~(ALIGN - 1);
         if (size <= size_t(end_ - next_)) [[likely]] {
             char *p = next_;
             next_ += size;
@@ -34,17 +34,17 @@ public:
     }
 
 private:
-    static constexpr size_t kAlign = alignof(json_node);
-    static constexpr size_t kMinChunk = 256;
-    static constexpr size_t kMaxChunk = 64 * 1024;
+    static constexpr size_t ALIGN = alignof(json_node);
+    static constexpr size_t MIN_CHUNK = 256;
+    static constexpr size_t MAX_CHUNK = 64 * 1024;
     // Heap bytes a byte of text usually becomes, at the low end, so that
     // a chunk seldom outgrows what the rest of the text needs.
-    static constexpr size_t kBytesPerTextByte = 2;
+    static constexpr size_t BYTES_PER_TEXT_BYTE = 2;
 
     [[gnu::noinline]] void *refill(size_t size) {
-        if (size > kMaxChunk / 4) return alloc(size);
-        const size_t left = std::min(size_t(s_.end - s_.pos), kMaxChunk);
-        size_t chunk = std::max(std::min(left * kBytesPerTextByte + kMinChunk, kMaxChunk), size);
+        if (size > MAX_CHUNK / 4) return alloc(size);
+        const size_t left = std::min(size_t(s_.end - s_.pos), MAX_CHUNK);
+        size_t chunk = std::max(std::min(left * BYTES_PER_TEXT_BYTE + MIN_CHUNK, MAX_CHUNK), size);
         auto *p = static_cast<char *>(alloc(chunk));
         if (!p && chunk > size) {
             chunk = size;
@@ -61,7 +61,7 @@ private:
     }
 
     jlpca_ctx *ctx_;
-    const scan::Scanner &s_; // how much text is left to read
+    const scan::scan_state &s_; // how much text is left to read
     char *next_ = nullptr;
     char *end_ = nullptr;
 };

@@ -43,24 +43,24 @@ inline void copy_words(void *dst, const void *src, size_t n) {
 // Front entries are addressed by index and the back by distance from the
 // end, so both stay valid when the buffer grows.  A failed growth ends
 // logging (ok() false).
-class ElementLog {
+class element_log {
 public:
-    ElementLog() = default;
-    ElementLog(const ElementLog &) = delete;
-    ElementLog &operator=(const ElementLog &) = delete;
-    ~ElementLog() {
+    element_log() = default;
+    element_log(const element_log &) = delete;
+    element_log &operator=(const element_log &) = delete;
+    ~element_log() {
         if (w_ != inline_) std::free(w_);
     }
     bool ok() const { return ok_; }
 
     // Record an array when it opens; the result is its record's index.
     uintptr_t open(json_node *array) {
-        if (!room(kRecord)) return 0;
+        if (!room(RECORD_WORDS)) return 0;
         const uintptr_t rec = lo_;
         w_[rec] = reinterpret_cast<uintptr_t>(array);
         w_[rec + 1] = w_[rec + 2] = w_[rec + 3] = 0;
-        lo_ += kRecord;
-        free_ -= kRecord;
+        lo_ += RECORD_WORDS;
+        free_ -= RECORD_WORDS;
         if (records_) w_[last_ + 2] = rec;
         else first_ = rec;
         last_ = rec;
@@ -88,9 +88,9 @@ public:
     // counts.  The array nodes were written long ago: the lines that the
     // conversion writes are fetched a few records ahead.
     template <class F> int32_t each(F &&f) {
-        constexpr size_t kAhead = 16;
+        constexpr size_t AHEAD = 16;
         size_t left = records_, ahead = first_, pending = records_;
-        for (size_t i = 0; i < kAhead && pending; i++, pending--) {
+        for (size_t i = 0; i < AHEAD && pending; i++, pending--) {
             fetch_array_fields(w_[ahead]);
             ahead = w_[ahead + 2];
         }
@@ -108,18 +108,20 @@ public:
     }
 
 private:
-    static constexpr size_t kRecord = 4;
+    static constexpr size_t RECORD_WORDS = 4;
 
     // count, items and capacity: they may straddle two lines.
     static void fetch_array_fields(uintptr_t array) {
         const auto *node = reinterpret_cast<const json_node *>(array);
-        const auto *last = reinterpret_cast<const char *>(&node->capacity) + sizeof node->capacity - 1;
+        const auto *last =
+            reinterpret_cast<const char *>(&node->capacity) + sizeof node->capacity - 1;
         __builtin_prefetch(&node->count, 1);
         __builtin_prefetch(last, 1);
     }
 
     bool room(size_t k) {
-        if (free_ >= k) [[likely]] return true;
+        if (free_ >= k) [[likely]]
+            return true;
         return grow(k);
     }
 
@@ -143,17 +145,17 @@ private:
         return ok_ = false;
     }
 
-    static constexpr size_t kInlineWords = 256;
+    static constexpr size_t INLINE_WORDS = 256;
 
-    uintptr_t inline_[kInlineWords];
-    size_t free_ = kInlineWords; // words between the two parts
+    uintptr_t inline_[INLINE_WORDS];
+    size_t free_ = INLINE_WORDS; // words between the two parts
     uintptr_t *w_ = inline_;     // the buffer, as words
-    size_t cap_ = kInlineWords;  // its words
-    size_t lo_ = 0;          // words of the front part
-    size_t hi_ = 0;          // words of the back stack
-    size_t records_ = 0;     // arrays recorded
-    uintptr_t first_ = 0;    // first record's index
-    uintptr_t last_ = 0;     // newest record's index
+    size_t cap_ = INLINE_WORDS;  // its words
+    size_t lo_ = 0;              // words of the front part
+    size_t hi_ = 0;              // words of the back stack
+    size_t records_ = 0;         // arrays recorded
+    uintptr_t first_ = 0;        // first record's index
+    uintptr_t last_ = 0;         // newest record's index
     bool ok_ = true;
 };
 

@@ -50,7 +50,7 @@ inline void copy_text(char *dst, const char *src, size_t len) {
 }
 
 // json_create with the node's text in the same allocation.
-[[gnu::always_inline]] inline json_node *new_node(jlpca_ctx *ctx, ChunkPool &pool, uint32_t type,
+[[gnu::always_inline]] inline json_node *new_node(jlpca_ctx *ctx, chunk_pool &pool, uint32_t type,
                                                   size_t text_len) {
     json_node *node = make_node(pool, type, text_len ? text_len + 1 : 0);
     if (!node) [[unlikely]] return nullptr;
@@ -60,7 +60,7 @@ inline void copy_text(char *dst, const char *src, size_t len) {
 
 // A string or decimal node holding the current literal, as
 // json_string_set_value stores it (no text at all when it is empty).
-[[gnu::always_inline]] inline int32_t new_text_node(jlpca_ctx *ctx, ChunkPool &pool, uint32_t type) {
+[[gnu::always_inline]] inline int32_t new_text_node(jlpca_ctx *ctx, chunk_pool &pool, uint32_t type) {
     const size_t len = size_t(ctx->tok_val);
     json_node *node = new_node(ctx, pool, type, len);
     if (!node) [[unlikely]] return VXJSON_ERR_NOMEM;
@@ -74,12 +74,12 @@ inline void copy_text(char *dst, const char *src, size_t len) {
     return 0;
 }
 
-class TreeGrammar {
+class tree_grammar {
 public:
-    TreeGrammar(jlpca_ctx *ctx, const scan::Scanner &s) : pool_(ctx, s) {}
+    tree_grammar(jlpca_ctx *ctx, const scan::scan_state &s) : pool_(ctx, s) {}
 
-    static constexpr scan::Mode kMode = scan::Mode::tree;
-    static constexpr uint32_t kOpen = 1;
+    static constexpr scan::scan_mode MODE = scan::scan_mode::tree;
+    static constexpr uint32_t OPEN_ENTRIES = 1;
 
     int32_t open(jlpca_ctx *ctx, uint32_t type, uintptr_t &slot) {
         json_node *node = new_node(ctx, pool_, type, 0);
@@ -93,7 +93,7 @@ public:
     }
 
     void close(jlpca_ctx *ctx, uint32_t kind, uintptr_t slot) {
-        if (kind == parse::kArray) log_.close(slot, ctx->cur_node->lst_count);
+        if (kind == parse::ARRAY) log_.close(slot, ctx->cur_node->lst_count);
     }
 
     int32_t scalar(jlpca_ctx *ctx, int32_t token) {
@@ -163,17 +163,17 @@ public:
     }
 
 private:
-    ChunkPool pool_;
-    ElementLog log_;
-    MemberIndex members_;
+    chunk_pool pool_;
+    element_log log_;
+    member_index members_;
 };
 
 } // namespace
 
 namespace vxjson {
 
-int32_t parse_tree(scan::Scanner &s, jlpca_ctx *ctx) {
-    TreeGrammar g(ctx, s);
+int32_t parse_tree(scan::scan_state &s, jlpca_ctx *ctx) {
+    tree_grammar g(ctx, s);
     return parse::run(s, ctx, g);
 }
 
@@ -182,7 +182,7 @@ int32_t parse_tree(scan::Scanner &s, jlpca_ctx *ctx) {
 extern "C" {
 
 VXJSON_API int32_t json_parse(void *scanner, jlpca_ctx *ctx) {
-    return parse_tree(*static_cast<scan::Scanner *>(scanner), ctx);
+    return parse_tree(*static_cast<scan::scan_state *>(scanner), ctx);
 }
 
 VXJSON_API int32_t json_error(jlpca_ctx *, const char *) { return -1; }
@@ -201,9 +201,9 @@ VXJSON_API int32_t json_adjust_array(jlpca_ctx *ctx) {
 VXJSON_API int32_t json_flex(jlpca_ctx *ctx, json_node **root) {
     *root = nullptr;
     if (ctx->text_len == 0) return empty_text(ctx, ctx->compat != 0 || ctx->blank);
-    scan::Scanner s;
+    scan::scan_state s;
     scan::scanner_start(s, ctx);
-    TreeGrammar g(ctx, s);
+    tree_grammar g(ctx, s);
     int32_t r = parse::run(s, ctx, g);
     scan::json_lex_destroy(&s);
     ctx->scan_handle = nullptr;

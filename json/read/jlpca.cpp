@@ -26,12 +26,12 @@ using namespace vxjson::site;
 namespace {
 
 // Growth unit of the literal buffer: the inline buffer's usable size.
-constexpr uint32_t kLitStep = JLPCA_LIT_INLINE_SIZE - 1;
-constexpr uint32_t kLitGeometricFrom = 1u << 20; // literals below this grow by the fixed step
+constexpr uint32_t LIT_STEP = JLPCA_LIT_INLINE_SIZE - 1;
+constexpr uint32_t LIT_GEOMETRIC_FROM = 1u << 20; // literals below this grow by the fixed step
 // Room for the bytes of one UTF-16 unit in any server character set.
-constexpr int32_t kUcharBuf = 50;
+constexpr int32_t UCHAR_BUF = 50;
 // The token-text buffer holds a whole match plus a terminator and slack.
-constexpr uint32_t kScanSlack = 10;
+constexpr uint32_t SCAN_SLACK = 10;
 
 
 bool is_hex(unsigned char c, uint32_t &v) {
@@ -73,12 +73,12 @@ void set_error(jlpca_ctx *ctx, int32_t code, const char *msg) {
 }
 
 int32_t lit_grow(jlpca_ctx *ctx, uint32_t n) {
-    uint64_t cap = n > kLitStep - 1 ? uint64_t(ctx->lit_cap) + (n / kLitStep + 1) * kLitStep
-                                    : uint64_t(ctx->lit_cap) + kLitStep;
+    uint64_t cap = n > LIT_STEP - 1 ? uint64_t(ctx->lit_cap) + (n / LIT_STEP + 1) * LIT_STEP
+                                    : uint64_t(ctx->lit_cap) + LIT_STEP;
     // Past a megabyte the fixed step would make a long literal built of
     // many small pieces (an escape-heavy string) cost quadratic copying and
     // heap; growing by half again keeps both linear.
-    if (ctx->lit_cap >= kLitGeometricFrom) cap = std::max(cap, uint64_t(ctx->lit_cap) * 3 / 2);
+    if (ctx->lit_cap >= LIT_GEOMETRIC_FROM) cap = std::max(cap, uint64_t(ctx->lit_cap) * 3 / 2);
     if (cap > INT32_MAX - 1) cap = INT32_MAX - 1;  // lit_len is a signed 32-bit count
     if (cap <= uint64_t(ctx->lit_len) + n) return VXJSON_ERR_NOMEM;
     auto *buf = static_cast<char *>(
@@ -148,9 +148,9 @@ VXJSON_API int32_t jlpca_reinit(jlpca_ctx *ctx, const char *text, uint32_t len) 
     ctx->text_len = len;
     ctx->blank = 0;
     int32_t rc = 0;
-    if (uint64_t(len) + kScanSlack > ctx->scan_cap) {
+    if (uint64_t(len) + SCAN_SLACK > ctx->scan_cap) {
         if (ctx->scan_buf != ctx->scan_inline) std::free(ctx->scan_buf);
-        size_t want = size_t(len) + kScanSlack;
+        size_t want = size_t(len) + SCAN_SLACK;
         ctx->scan_buf = static_cast<char *>(std::malloc(want));
         ctx->scan_cap = uint32_t(want);
         if (!ctx->scan_buf) {
@@ -201,7 +201,7 @@ VXJSON_API void jlpa_set_top_json(jlpca_ctx *ctx, json_node *node) { ctx->cur_no
 VXJSON_API char *jlpca_startlit(jlpca_ctx *ctx) {
     ctx->lit_inline[0] = '\0';
     ctx->lit_escaped = 0;
-    ctx->lit_cap = kLitStep;
+    ctx->lit_cap = LIT_STEP;
     ctx->lit_len = 0;
     ctx->lit_buf = ctx->lit_inline;
     return ctx->lit_inline;
@@ -301,9 +301,9 @@ VXJSON_API int32_t jlpca_addlit_uchar(jlpca_ctx *ctx, const char *hex4, int32_t,
     // The bound is inclusive on purpose: U+0080 is kept as the byte 0x80.
     if (code > 0x80) {
         const uint16_t unit = uint16_t(code);
-        char out[kUcharBuf];
+        char out[UCHAR_BUF];
         int32_t cs = vx_charset_from_config(ini_get_value(0, VX_INI_CHARSET));
-        int32_t len = Utf16ToLocal(&unit, 1, cs, out, kUcharBuf);
+        int32_t len = Utf16ToLocal(&unit, 1, cs, out, UCHAR_BUF);
         if (len < 0) return VXJSON_ERR_INVALID_JSON;
         return jlpca_addlit(out, len, ctx);
     }
@@ -331,7 +331,7 @@ VXJSON_API int32_t jlpca_addlit_uchar(jlpca_ctx *ctx, const char *hex4, int32_t,
 
 VXJSON_API int32_t jlpca_number_prefix(const char *text, int32_t n, jlpca_ctx *ctx,
                                        const char **out, int32_t *out_len) {
-    NumberSplit s = number_split(text, n, ctx->strict != 0);
+    number_parts s = number_split(text, n, ctx->strict != 0);
     if (s.invalid) {
         set_error(ctx, msg::INVALID_NUMBER);
         return 0;
@@ -376,7 +376,7 @@ VXJSON_API int32_t jlpca_ret_integer(const char *text, int32_t n, jlpca_ctx *ctx
     const char *t;
     int32_t len;
     if (!jlpca_number_prefix(text, n, ctx, &t, &len)) return 0;
-    if (len > kMaxIntegerChars) return ret_decimal_low(ctx, t, len, true);
+    if (len > MAX_INTEGER_CHARS) return ret_decimal_low(ctx, t, len, true);
     int64_t v = parse_int_digits(t, len);
     ctx->tok_val = v;
     ctx->tok = uint32_t(integer_token_kind(v));

@@ -16,7 +16,7 @@ namespace vxjson {
 
 // An integer text longer than this (sign included) may not fit 64 bits and
 // is kept as a decimal text instead.
-inline constexpr int32_t kMaxIntegerChars = 18;
+inline constexpr int32_t MAX_INTEGER_CHARS = 18;
 
 // A number that overflows a double is refused (-6102) rather than kept as
 // its text: in the MySQL dialect and under number_mode 2.
@@ -47,15 +47,15 @@ inline int32_t lit_append(jlpca_ctx *ctx, const char *bytes, uint32_t n) {
 // A number token split into sign and digits by the prefix rules: a dropped
 // '+' or leading zeros (`dropped`), a dropped '-' (`negative`), or a text
 // that strict reading rejects (`invalid`).  digits/len is what follows.
-struct NumberSplit {
+struct number_parts {
     const char *digits;
     int32_t len;
     bool negative;
     bool dropped;
     bool invalid;
 };
-inline NumberSplit number_split(const char *text, int32_t n, bool strict) {
-    NumberSplit r{text, n, false, false, false};
+inline number_parts number_split(const char *text, int32_t n, bool strict) {
+    number_parts r{text, n, false, false, false};
     const char *p = text;
     int32_t len = n;
     if (len > 0 && p[0] == '+') {

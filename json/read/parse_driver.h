@@ -36,15 +36,15 @@
 
 namespace vxjson::parse {
 
-enum Kind : uint32_t { kTop = 0, kArray = 1, kObject = 2 };
+enum container_kind : uint32_t { TOP = 0, ARRAY = 1, OBJECT = 2 };
 
 // The state stack: inline at first, then from the system allocator.
-class StateStack {
+class state_stack {
 public:
-    StateStack() = default;
-    StateStack(const StateStack &) = delete;
-    StateStack &operator=(const StateStack &) = delete;
-    ~StateStack() {
+    state_stack() = default;
+    state_stack(const state_stack &) = delete;
+    state_stack &operator=(const state_stack &) = delete;
+    ~state_stack() {
         if (e_ != inline_) std::free(e_);
     }
     uintptr_t *entries() { return e_; }
@@ -73,10 +73,10 @@ private:
     uint32_t cap_ = JSON_PARSE_STACK_INITIAL;
 };
 
-inline int32_t closer_of(uint32_t kind) { return kind == kArray ? ']' : '}'; }
+inline int32_t closer_of(uint32_t kind) { return kind == ARRAY ? ']' : '}'; }
 
 // Where and why the grammar stopped, at the token just read.
-[[gnu::cold, gnu::noinline]] inline void note(const scan::Scanner &s, int32_t t, place::cause why) {
+[[gnu::cold, gnu::noinline]] inline void note(const scan::scan_state &s, int32_t t, place::cause why) {
     place::record_grammar(s.ctx, why, scan::token_start(s, t));
 }
 
@@ -91,7 +91,7 @@ inline place::cause action_cause(const jlpca_ctx *ctx, int32_t rc) {
 }
 
 // G supplies the actions:
-//   kMode, kOpen                   scanner mode, entries of the open productions
+//   MODE, OPEN_ENTRIES                   scanner mode, entries of the open productions
 //   open(ctx, type, slot)          object_open / array_open; `slot` is its entry
 //   open_empty(ctx, type)          the empty pair {} or []
 //   close(ctx, kind, slot)         a container with items is complete
@@ -101,21 +101,21 @@ inline place::cause action_cause(const jlpca_ctx *ctx, int32_t rc) {
 //   key(ctx, name, len, &member)   key -> name
 //   member(ctx, member)            member -> key ':' value
 //   error(ctx, msg), error_ex(ctx, code)
-template <class G> int32_t run(scan::Scanner &s, jlpca_ctx *ctx, G &g) {
-    constexpr uint32_t O = G::kOpen;
-    StateStack stack;
+template <class G> int32_t run(scan::scan_state &s, jlpca_ctx *ctx, G &g) {
+    constexpr uint32_t O = G::OPEN_ENTRIES;
+    state_stack stack;
     uintptr_t *e = stack.entries();
     uint32_t n = 1;       // entries in use; entry 0 is the start state
     uint32_t base = 0;    // opening entry of the innermost container
-    uint32_t kind = kTop; // and its kind
+    uint32_t kind = TOP; // and its kind
     bool top_is_scalar = false;
     int32_t rc = 0;
     int32_t t;
-    e[0] = kTop;
+    e[0] = TOP;
 
     // Each state reads its token and goes straight to the next state: no
     // state variable to dispatch on, so the branches stay predictable.
-#define VXJSON_NEXT() (t = scan::next_token_inline<G::kMode>(s))
+#define VXJSON_NEXT() (t = scan::next_token_inline<G::MODE>(s))
 #define VXJSON_PUSH(k)                                                                     \
     do {                                                                                   \
         n += (k);                                                                          \
@@ -130,40 +130,40 @@ value:
         VXJSON_PUSH(1); // the token's state, replaced by the value's
         n -= 1;
         if ((rc = g.scalar(ctx, t))) goto failed;
-        top_is_scalar = kind == kTop;
+        top_is_scalar = kind == TOP;
         goto value_done;
     }
     if (t != '[' && t != '{') goto syntax;
     VXJSON_PUSH(1);
-    kind = t == '[' ? kArray : kObject;
+    kind = t == '[' ? ARRAY : OBJECT;
     e[n - 1] = uintptr_t(base) << 2 | kind;
     base = n - 1;
     VXJSON_NEXT();
     if (t == closer_of(kind)) {
         VXJSON_PUSH(1);
-        if ((rc = g.open_empty(ctx, kind == kArray ? JSON_ARRAY : JSON_OBJECT))) goto failed;
+        if ((rc = g.open_empty(ctx, kind == ARRAY ? JSON_ARRAY : JSON_OBJECT))) goto failed;
         goto close;
     }
     if constexpr (O != 0) VXJSON_PUSH(O);
-    if ((rc = g.open(ctx, kind == kArray ? JSON_ARRAY : JSON_OBJECT, e[n - 1]))) goto failed;
-    if (kind == kArray) goto value;
+    if ((rc = g.open(ctx, kind == ARRAY ? JSON_ARRAY : JSON_OBJECT, e[n - 1]))) goto failed;
+    if (kind == ARRAY) goto value;
     goto key;
 
 value_done:
     // The value is reduced into its container (it takes no entry of its
     // own from here on).
-    if (kind == kTop) {
+    if (kind == TOP) {
         if (top_is_scalar && (rc = g.top_scalar(ctx))) goto failed;
         if (VXJSON_NEXT() != 0) goto syntax;
         return 0;
     }
-    if (kind == kArray) g.attach(ctx);
+    if (kind == ARRAY) g.attach(ctx);
     else g.member(ctx, e[n - 2]);
     n = base + O + 2; // elements / members
     if (VXJSON_NEXT() == ',') {
         VXJSON_PUSH(1);
         if (VXJSON_NEXT() != closer_of(kind)) {
-            if (kind == kArray) goto value;
+            if (kind == ARRAY) goto value;
             goto key;
         }
         if (ctx->strict) {
@@ -230,7 +230,7 @@ failed:
 namespace vxjson {
 // The tree grammar over a started scanner (grammar.cpp); also used by the
 // check entry when member names must be unique.
-int32_t parse_tree(scan::Scanner &s, jlpca_ctx *ctx);
+int32_t parse_tree(scan::scan_state &s, jlpca_ctx *ctx);
 } // namespace vxjson
 
 #endif

@@ -26,7 +26,7 @@ namespace {
 
 // Largest decimal exponent a number text may reach without any chance of
 // overflowing a double (DBL_MAX is about 1.8e308).
-constexpr int32_t kSafeDecimalExponent = 300;
+constexpr int32_t SAFE_DECIMAL_EXPONENT = 300;
 
 // A NUL-terminated heap copy of `len` bytes for a token value.
 char *token_copy(jlpca_ctx *ctx, const char *text, size_t len) {
@@ -40,10 +40,10 @@ char *token_copy(jlpca_ctx *ctx, const char *text, size_t len) {
 
 // The literal becomes the token value: up to its first NUL, as a C-string
 // copy of it would be.
-template <Mode M> int32_t finish_literal(Scanner &s, int32_t kind) {
+template <scan_mode M> int32_t finish_literal(scan_state &s, int32_t kind) {
     jlpca_ctx *ctx = s.ctx;
     size_t len = std::strlen(ctx->lit_buf);
-    if constexpr (M == Mode::raw) {
+    if constexpr (M == scan_mode::raw) {
         char *copy = token_copy(ctx, ctx->lit_buf, len);
         if (!copy) return lex_error(s, msg::NO_MEMORY);
         ctx->tok_str = copy;
@@ -55,12 +55,12 @@ template <Mode M> int32_t finish_literal(Scanner &s, int32_t kind) {
     return kind;
 }
 
-int32_t unterminated(Scanner &s, uchar quote) {
+int32_t unterminated(scan_state &s, uchar quote) {
     return lex_error(s, quote == '"' ? msg::UNTERMINATED_DQ : msg::UNTERMINATED_SQ);
 }
 
 // An escape that could not be added; `backslash` is where it starts.
-int32_t escape_failed(Scanner &s, int32_t rc, const uchar *backslash) {
+int32_t escape_failed(scan_state &s, int32_t rc, const uchar *backslash) {
     return rc == VXJSON_ERR_NOMEM ? lex_error(s, msg::NO_MEMORY)
                                   : lex_error(s, msg::ESCAPE, backslash);
 }
@@ -81,12 +81,12 @@ bool cannot_overflow(const char *t, int32_t len) {
             if (exp < 100000) exp = exp * 10 + (t[i] - '0');
         if (neg) exp = -exp;
     }
-    return whole + exp <= kSafeDecimalExponent;
+    return whole + exp <= SAFE_DECIMAL_EXPONENT;
 }
 
 } // namespace
 
-int32_t lex_error(Scanner &s, msg::msg_id why, const uchar *at) {
+int32_t lex_error(scan_state &s, msg::msg_id why, const uchar *at) {
     set_error(s.ctx, why);
     s.ctx->err_line = s.line;
     place::record_lexical(s.ctx, at);
@@ -94,7 +94,7 @@ int32_t lex_error(Scanner &s, msg::msg_id why, const uchar *at) {
     return 0;
 }
 
-template <Mode M, uchar Q> int32_t string_slow(Scanner &s, const uchar *q, const uchar *r) {
+template <scan_mode M, uchar Q> int32_t string_slow(scan_state &s, const uchar *q, const uchar *r) {
     jlpca_ctx *ctx = s.ctx;
     constexpr int32_t kind = Q == '"' ? JT_DQSTRING : JT_SQSTRING;
     jlpca_startlit(ctx);
@@ -154,32 +154,32 @@ template <Mode M, uchar Q> int32_t string_slow(Scanner &s, const uchar *q, const
     return finish_literal<M>(s, kind);
 }
 
-int32_t string_raw_plain(Scanner &s, const uchar *q, const uchar *r, int32_t kind) {
+int32_t string_raw_plain(scan_state &s, const uchar *q, const uchar *r, int32_t kind) {
     jlpca_startlit(s.ctx);
     if (lit_append(s.ctx, reinterpret_cast<const char *>(q), uint32_t(r - q)))
         return lex_error(s, msg::NO_MEMORY);
-    return finish_literal<Mode::raw>(s, kind);
+    return finish_literal<scan_mode::raw>(s, kind);
 }
 
 namespace {
 
 // The token of a number by the general rules, or 0 with the error set.
-template <Mode M> int32_t number_token(jlpca_ctx *ctx, int kind, const char *t, int32_t n) {
-    if constexpr (M == Mode::raw) {
+template <scan_mode M> int32_t number_token(jlpca_ctx *ctx, int kind, const char *t, int32_t n) {
+    if constexpr (M == scan_mode::raw) {
         switch (kind) {
-        case kInteger: return jlpca_ret_integer(t, n, ctx);
-        case kDecimal: return jlpca_ret_decimal(t, n, ctx);
+        case INTEGER: return jlpca_ret_integer(t, n, ctx);
+        case DECIMAL: return jlpca_ret_decimal(t, n, ctx);
         default: return jlpca_ret_real(t, n, ctx);
         }
     } else {
-        NumberSplit sp = number_split(t, n, ctx->strict != 0);
+        number_parts sp = number_split(t, n, ctx->strict != 0);
         if (sp.invalid) {
             set_error(ctx, msg::INVALID_NUMBER);
             return 0;
         }
         const char *norm;
         int32_t len;
-        if (M == Mode::tree && (sp.len == 0 || (sp.negative && sp.dropped))) {
+        if (M == scan_mode::tree && (sp.len == 0 || (sp.negative && sp.dropped))) {
             // The normalised text is not a slice of the token: a heap copy.
             if (!jlpca_number_prefix(t, n, ctx, &norm, &len)) return 0;
         } else if (sp.len == 0) {
@@ -191,31 +191,31 @@ template <Mode M> int32_t number_token(jlpca_ctx *ctx, int kind, const char *t, 
             norm = sp.negative && !sp.dropped ? sp.digits - 1 : sp.digits;
             len = int32_t(sp.digits + sp.len - norm);
         }
-        if (kind == kInteger && len <= kMaxIntegerChars) {
+        if (kind == INTEGER && len <= MAX_INTEGER_CHARS) {
             int64_t v = parse_int_digits(norm, len);
             ctx->tok_val = v;
             ctx->tok = uint32_t(integer_token_kind(v));
             return int32_t(ctx->tok);
         }
-        if (kind == kReal && ctx->number_mode == 2) return ret_real_low(ctx, norm, len, false);
+        if (kind == REAL && ctx->number_mode == 2) return ret_real_low(ctx, norm, len, false);
         if (cannot_overflow(norm, len)) return set_decimal(ctx, norm, len, false);
-        return kind == kReal ? ret_real_low(ctx, norm, len, false)
+        return kind == REAL ? ret_real_low(ctx, norm, len, false)
                              : ret_decimal_low(ctx, norm, len, false);
     }
 }
 
 } // namespace
 
-template <Mode M> int32_t number_slow(Scanner &s, int kind, const char *t, int32_t n) {
+template <scan_mode M> int32_t number_slow(scan_state &s, int kind, const char *t, int32_t n) {
     const int32_t tok = number_token<M>(s.ctx, kind, t, n);
     if (tok == 0) place::record_lexical(s.ctx, t); // refused: invalid, overflow, out of memory
     return tok;
 }
 
-template <Mode M> int32_t word_slow(Scanner &s, const char *w, int32_t n) {
+template <scan_mode M> int32_t word_slow(scan_state &s, const char *w, int32_t n) {
     jlpca_ctx *ctx = s.ctx;
     if (ctx->strict) return lex_error(s, msg::STRICT_QUOTE);
-    if constexpr (M == Mode::raw) {
+    if constexpr (M == scan_mode::raw) {
         char *copy = token_copy(ctx, w, size_t(n));
         if (!copy) return lex_error(s, msg::NO_MEMORY);
         ctx->tok_str = copy;
@@ -228,41 +228,41 @@ template <Mode M> int32_t word_slow(Scanner &s, const char *w, int32_t n) {
 }
 
 #define VXJSON_SCAN_INSTANTIATE(M)                                                         \
-    template int32_t string_slow<M, '"'>(Scanner &, const uchar *, const uchar *);         \
-    template int32_t string_slow<M, '\''>(Scanner &, const uchar *, const uchar *);        \
-    template int32_t number_slow<M>(Scanner &, int, const char *, int32_t);                \
-    template int32_t word_slow<M>(Scanner &, const char *, int32_t);
-VXJSON_SCAN_INSTANTIATE(Mode::raw)
-VXJSON_SCAN_INSTANTIATE(Mode::tree)
-VXJSON_SCAN_INSTANTIATE(Mode::check)
+    template int32_t string_slow<M, '"'>(scan_state &, const uchar *, const uchar *);         \
+    template int32_t string_slow<M, '\''>(scan_state &, const uchar *, const uchar *);        \
+    template int32_t number_slow<M>(scan_state &, int, const char *, int32_t);                \
+    template int32_t word_slow<M>(scan_state &, const char *, int32_t);
+VXJSON_SCAN_INSTANTIATE(scan_mode::raw)
+VXJSON_SCAN_INSTANTIATE(scan_mode::tree)
+VXJSON_SCAN_INSTANTIATE(scan_mode::check)
 #undef VXJSON_SCAN_INSTANTIATE
 
 // ------------------------------------------------------------------
-// Scanner instances
+// scan_state instances
 // ------------------------------------------------------------------
 
-Scanner *json_lex_init_extra(jlpca_ctx *ctx) {
-    auto *s = static_cast<Scanner *>(mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(Scanner), 0,
+scan_state *json_lex_init_extra(jlpca_ctx *ctx) {
+    auto *s = static_cast<scan_state *>(mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(scan_state), 0,
                                                         SRC_FLEX, SCAN_INSTANCE_HEAP));
-    if (s) *s = Scanner{ctx, nullptr, nullptr, nullptr, 1, false};
+    if (s) *s = scan_state{ctx, nullptr, nullptr, nullptr, 1, false};
     return s;
 }
 
-void json_lex_destroy(Scanner *s) {
+void json_lex_destroy(scan_state *s) {
     // The instance lives in the context's heap and goes with it.
     if (s && s->ctx->scanner == s) s->ctx->scanner = nullptr;
 }
 
-void json__scan_bytes(Scanner &s, const char *text, uint32_t len) {
+void json__scan_bytes(scan_state &s, const char *text, uint32_t len) {
     // Read in place: the scanner never reads past `len`, so no terminated
     // copy is needed, and a NUL between tokens still ends the input.
     s.pos = reinterpret_cast<const uchar *>(text);
     s.end = s.pos + (text ? len : 0);
 }
 
-void json_set_lineno(uint32_t line, Scanner &s) { s.line = line; }
+void json_set_lineno(uint32_t line, scan_state &s) { s.line = line; }
 
-void scanner_start(Scanner &s, jlpca_ctx *ctx) {
+void scanner_start(scan_state &s, jlpca_ctx *ctx) {
     s.ctx = ctx;
     ctx->scanner = &s;
     ctx->scan_handle = &s;
@@ -286,7 +286,7 @@ using namespace vxjson::scan;
 extern "C" {
 
 VXJSON_API int32_t json_flex_scanner_init(jlpca_ctx *ctx, void **scanner) {
-    Scanner *s = json_lex_init_extra(ctx);
+    scan_state *s = json_lex_init_extra(ctx);
     *scanner = s;
     if (!s) return VXJSON_ERR_NOMEM;
     scanner_start(*s, ctx);
@@ -294,12 +294,12 @@ VXJSON_API int32_t json_flex_scanner_init(jlpca_ctx *ctx, void **scanner) {
 }
 
 VXJSON_API void json_flex_scanner_deinit(jlpca_ctx *ctx, void *scanner) {
-    json_lex_destroy(static_cast<Scanner *>(scanner));
+    json_lex_destroy(static_cast<scan_state *>(scanner));
     if (ctx->scan_handle == scanner) ctx->scan_handle = nullptr;
 }
 
 VXJSON_API int32_t json_lex(void *, void *scanner) {
-    return next_token<Mode::raw>(*static_cast<Scanner *>(scanner));
+    return next_token<scan_mode::raw>(*static_cast<scan_state *>(scanner));
 }
 
 VXJSON_API int32_t json_flex_next_token(void *scanner) { return json_lex(nullptr, scanner); }

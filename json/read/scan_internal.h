@@ -35,65 +35,65 @@ namespace vxjson::scan {
 
 using uchar = unsigned char;
 
-enum class Mode { raw, tree, check };
+enum class scan_mode { raw, tree, check };
 
 // ------------------------------------------------------------------
 // Byte classes
 // ------------------------------------------------------------------
 
 enum : uint16_t {
-    kBlank = 1 << 0,     // skipped between tokens
-    kEscNeed = 1 << 1,   // must be escaped inside a string
-    kDqStop = 1 << 2,    // ends a run of double-quoted string content
-    kSqStop = 1 << 3,    // ends a run of single-quoted string content
-    kDigit = 1 << 4,
-    kWordStart = 1 << 5, // letters, '_' and every byte 0x80-0xFF
-    kWord = 1 << 6,      // word start or digit
-    kPunct = 1 << 7,     // single-character tokens
-    kNumStart = 1 << 8,  // may start a number: digit, sign, '.'
+    BLANK = 1 << 0,     // skipped between tokens
+    ESC_NEED = 1 << 1,   // must be escaped inside a string
+    DQ_STOP = 1 << 2,    // ends a run of double-quoted string content
+    SQ_STOP = 1 << 3,    // ends a run of single-quoted string content
+    DIGIT = 1 << 4,
+    WORD_START = 1 << 5, // letters, '_' and every byte 0x80-0xFF
+    WORD = 1 << 6,      // word start or digit
+    PUNCT = 1 << 7,     // single-character tokens
+    NUM_START = 1 << 8,  // may start a number: digit, sign, '.'
 };
 
 constexpr uint16_t byte_class(unsigned c) {
     uint16_t f = 0;
     const bool esc = c == 8 || c == 9 || c == 10 || c == 12 || c == 13;
-    if (c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r') f |= kBlank;
-    if (esc) f |= kEscNeed;
-    if (esc || c == '"' || c == '\\') f |= kDqStop;
-    if (esc || c == '\'' || c == '\\') f |= kSqStop;
+    if (c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r') f |= BLANK;
+    if (esc) f |= ESC_NEED;
+    if (esc || c == '"' || c == '\\') f |= DQ_STOP;
+    if (esc || c == '\'' || c == '\\') f |= SQ_STOP;
     const bool digit = c >= '0' && c <= '9';
     const bool start = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c >= 0x80;
-    if (digit) f |= kDigit;
-    if (start) f |= kWordStart;
-    if (start || digit) f |= kWord;
+    if (digit) f |= DIGIT;
+    if (start) f |= WORD_START;
+    if (start || digit) f |= WORD;
     for (char p : {'(', ')', ',', ':', ';', '[', ']', '{', '}', '~'})
-        if (c == uchar(p)) f |= kPunct;
-    if (digit || c == '+' || c == '-' || c == '.') f |= kNumStart;
+        if (c == uchar(p)) f |= PUNCT;
+    if (digit || c == '+' || c == '-' || c == '.') f |= NUM_START;
     return f;
 }
 
-struct ByteClasses {
+struct byte_classes {
     uint16_t v[256];
-    constexpr ByteClasses() : v{} {
+    constexpr byte_classes() : v{} {
         for (unsigned c = 0; c < 256; c++) v[c] = byte_class(c);
     }
 };
-inline constexpr ByteClasses kClass{};
+inline constexpr byte_classes SCAN_CLASS{};
 
-inline bool is_blank(uchar c) { return kClass.v[c] & kBlank; }
-inline bool is_esc_need(uchar c) { return kClass.v[c] & kEscNeed; }
-inline bool is_digit(uchar c) { return kClass.v[c] & kDigit; }
-inline bool is_word(uchar c) { return kClass.v[c] & kWord; }
-inline bool is_word_start(uchar c) { return kClass.v[c] & kWordStart; }
-inline bool is_punct(uchar c) { return kClass.v[c] & kPunct; }
+inline bool is_blank(uchar c) { return SCAN_CLASS.v[c] & BLANK; }
+inline bool is_esc_need(uchar c) { return SCAN_CLASS.v[c] & ESC_NEED; }
+inline bool is_digit(uchar c) { return SCAN_CLASS.v[c] & DIGIT; }
+inline bool is_word(uchar c) { return SCAN_CLASS.v[c] & WORD; }
+inline bool is_word_start(uchar c) { return SCAN_CLASS.v[c] & WORD_START; }
+inline bool is_punct(uchar c) { return SCAN_CLASS.v[c] & PUNCT; }
 template <uchar Q> inline bool is_stop(uchar c) {
-    return kClass.v[c] & (Q == '"' ? kDqStop : kSqStop);
+    return SCAN_CLASS.v[c] & (Q == '"' ? DQ_STOP : SQ_STOP);
 }
 
 // ------------------------------------------------------------------
-// Scanner instance
+// scan_state instance
 // ------------------------------------------------------------------
 
-struct Scanner {
+struct scan_state {
     jlpca_ctx *ctx;      // the context every action writes into
     const uchar *pos;    // next byte to read
     const uchar *end;    // end of the text
@@ -104,12 +104,12 @@ struct Scanner {
 
 // Generated-scanner entry points, under the names the server knows.
 // Instance from the context's heap; null when the heap is exhausted.
-Scanner *json_lex_init_extra(jlpca_ctx *ctx);
-void json_lex_destroy(Scanner *s);
+scan_state *json_lex_init_extra(jlpca_ctx *ctx);
+void json_lex_destroy(scan_state *s);
 // Set up an instance over the context's text (read in place, not copied).
-void scanner_start(Scanner &s, jlpca_ctx *ctx);
-void json__scan_bytes(Scanner &s, const char *text, uint32_t len);
-void json_set_lineno(uint32_t line, Scanner &s);
+void scanner_start(scan_state &s, jlpca_ctx *ctx);
+void json__scan_bytes(scan_state &s, const char *text, uint32_t len);
+void json_set_lineno(uint32_t line, scan_state &s);
 
 // ------------------------------------------------------------------
 // Out-of-line parts (scan.cpp)
@@ -118,24 +118,24 @@ void json_set_lineno(uint32_t line, Scanner &s);
 // Raise a lexical error at the current line, placed at `at` (the token's
 // start unless a byte inside it is to blame): tok 0, returns 0, and the
 // scanner stops reading.
-[[gnu::cold]] int32_t lex_error(Scanner &s, msg::msg_id why, const uchar *at);
-[[gnu::cold]] inline int32_t lex_error(Scanner &s, msg::msg_id why) {
+[[gnu::cold]] int32_t lex_error(scan_state &s, msg::msg_id why, const uchar *at);
+[[gnu::cold]] inline int32_t lex_error(scan_state &s, msg::msg_id why) {
     return lex_error(s, why, s.start);
 }
 // The quoted string from `q` (after the quote) whose first run [q, r) has
 // been measured but not collected, continued at r byte by byte.
-template <Mode M, uchar Q>
-[[gnu::noinline]] int32_t string_slow(Scanner &s, const uchar *q, const uchar *r);
+template <scan_mode M, uchar Q>
+[[gnu::noinline]] int32_t string_slow(scan_state &s, const uchar *q, const uchar *r);
 // Numbers that need more than the plain path: leading zeros after a '-',
 // overflow checks, number_mode 2, strictness errors.
-template <Mode M>
-[[gnu::noinline]] int32_t number_slow(Scanner &s, int kind, const char *t, int32_t n);
+template <scan_mode M>
+[[gnu::noinline]] int32_t number_slow(scan_state &s, int kind, const char *t, int32_t n);
 // Words in raw mode, and words that are no keyword in every mode.
-template <Mode M> [[gnu::noinline]] int32_t word_slow(Scanner &s, const char *w, int32_t n);
+template <scan_mode M> [[gnu::noinline]] int32_t word_slow(scan_state &s, const char *w, int32_t n);
 // A string closed on its first run in raw mode: literal and heap copy.
-int32_t string_raw_plain(Scanner &s, const uchar *q, const uchar *r, int32_t kind);
+int32_t string_raw_plain(scan_state &s, const uchar *q, const uchar *r, int32_t kind);
 
-enum NumberKind { kInteger, kDecimal, kReal };
+enum number_kind { INTEGER, DECIMAL, REAL };
 
 // ------------------------------------------------------------------
 // Runs
@@ -206,7 +206,7 @@ inline const uchar *skip_blanks(const uchar *p, const uchar *end, uint32_t &line
 // Tokens
 // ------------------------------------------------------------------
 
-inline int32_t byte_token(Scanner &s, const uchar *p) {
+inline int32_t byte_token(scan_state &s, const uchar *p) {
     s.pos = p + 1;
     s.ctx->tok = *p;
     return *p;
@@ -215,14 +215,14 @@ inline int32_t byte_token(Scanner &s, const uchar *p) {
 // Multibyte measuring of the first run of a string.  Skipped when the
 // charset cannot end a piece inside a character and nothing is pending:
 // measuring would give 0 and change nothing.
-inline void measure_run(Scanner &s, const uchar *q, const uchar *r) {
+inline void measure_run(scan_state &s, const uchar *q, const uchar *r) {
     jlpca_ctx *ctx = s.ctx;
     if (q == r) return;
     if (s.mb_simple && !ctx->mb_pending && !ctx->mb_split) return;
     ctx->mb_pending = jlpca_encoding_mblen(ctx, reinterpret_cast<const char *>(q), int32_t(r - q));
 }
 
-template <Mode M, uchar Q> inline int32_t scan_string(Scanner &s, const uchar *p) {
+template <scan_mode M, uchar Q> inline int32_t scan_string(scan_state &s, const uchar *p) {
     jlpca_ctx *ctx = s.ctx;
     constexpr int32_t kind = Q == '"' ? JT_DQSTRING : JT_SQSTRING;
     const uchar *q = p + 1;
@@ -234,11 +234,11 @@ template <Mode M, uchar Q> inline int32_t scan_string(Scanner &s, const uchar *p
         return string_slow<M, Q>(s, q, r);
     ctx->mb_track = 0;
     s.pos = r + 1;
-    if constexpr (M == Mode::raw) {
+    if constexpr (M == scan_mode::raw) {
         return string_raw_plain(s, q, r, kind);
     } else {
         ctx->lit_escaped = 0;
-        if constexpr (M == Mode::tree) {
+        if constexpr (M == scan_mode::tree) {
             // The value ends at its first NUL, as a C-string copy would.
             size_t len = size_t(r - q);
             if (ctrl) {
@@ -254,15 +254,15 @@ template <Mode M, uchar Q> inline int32_t scan_string(Scanner &s, const uchar *p
 
 // Past a run of decimal digits, eight at a time where the text allows.
 inline const uchar *skip_digits(const uchar *p, const uchar *end) {
-    constexpr uint64_t kOnes = 0x0101010101010101ull;
+    constexpr uint64_t ONES = 0x0101010101010101ull;
     while (end - p >= 8) {
         uint64_t x;
         std::memcpy(&x, p, 8);
         // A byte is a digit when its high nibble is 3 and its low one <= 9;
         // `bad` is nonzero exactly in the other bytes (no carries cross).
-        uint64_t bad = ((x & 0xF0 * kOnes) ^ 0x30 * kOnes) | (((x & 0x0F * kOnes) + 0x06 * kOnes) & 0x10 * kOnes);
+        uint64_t bad = ((x & 0xF0 * ONES) ^ 0x30 * ONES) | (((x & 0x0F * ONES) + 0x06 * ONES) & 0x10 * ONES);
         if (bad) {
-            uint64_t high = (((bad & 0x7F * kOnes) + 0x7F * kOnes) | bad) & 0x80 * kOnes;
+            uint64_t high = (((bad & 0x7F * ONES) + 0x7F * ONES) | bad) & 0x80 * ONES;
             if constexpr (std::endian::native == std::endian::little)
                 return p + (__builtin_ctzll(high) >> 3);
             else
@@ -278,11 +278,11 @@ inline const uchar *skip_digits(const uchar *p, const uchar *end) {
 // that no overflow check can change.  Integers of up to 18 characters get
 // their value (in the check grammar, which needs none, simply JT_INT);
 // longer ones and decimals keep their text, in place.
-template <Mode M> inline int32_t plain_number_token(jlpca_ctx *ctx, const char *t, int32_t n,
+template <scan_mode M> inline int32_t plain_number_token(jlpca_ctx *ctx, const char *t, int32_t n,
                                                     bool integer) {
-    if (integer && n <= kMaxIntegerChars) {
+    if (integer && n <= MAX_INTEGER_CHARS) {
         int32_t kind = JT_INT;
-        if constexpr (M == Mode::tree) {
+        if constexpr (M == scan_mode::tree) {
             const int64_t v = parse_int_digits(t, n);
             ctx->tok_val = v;
             kind = integer_token_kind(v);
@@ -290,7 +290,7 @@ template <Mode M> inline int32_t plain_number_token(jlpca_ctx *ctx, const char *
         ctx->tok = uint32_t(kind);
         return kind;
     }
-    if constexpr (M == Mode::tree) {
+    if constexpr (M == scan_mode::tree) {
         ctx->tok_str = const_cast<char *>(t);
         ctx->tok_val = n;
     }
@@ -305,7 +305,7 @@ template <Mode M> inline int32_t plain_number_token(jlpca_ctx *ctx, const char *
 // number is its own normalised text and cannot change under an overflow
 // check.  0 for any other number, which the general rules take; the
 // caller makes sure that 32 bytes are there to load.
-template <Mode M> inline int32_t scan_plain_number(Scanner &s, const uchar *p) {
+template <scan_mode M> inline int32_t scan_plain_number(scan_state &s, const uchar *p) {
     jlpca_ctx *ctx = s.ctx;
     if (overflow_is_an_error(ctx)) return 0;
     auto digit_mask16 = [](const uchar *q) {
@@ -337,10 +337,10 @@ template <Mode M> inline int32_t scan_plain_number(Scanner &s, const uchar *p) {
 }
 #endif
 
-template <Mode M> inline int32_t scan_number(Scanner &s, const uchar *p) {
+template <scan_mode M> inline int32_t scan_number(scan_state &s, const uchar *p) {
     const uchar *start = p, *end = s.end;
 #if defined(__SSE2__)
-    if constexpr (M != Mode::raw) {
+    if constexpr (M != scan_mode::raw) {
         if (end - p >= 32) {
             if (int32_t kind = scan_plain_number<M>(s, p)) return kind;
         }
@@ -350,27 +350,27 @@ template <Mode M> inline int32_t scan_number(Scanner &s, const uchar *p) {
     const uchar *digits = p;
     p = skip_digits(p, end);
     const bool whole = p != digits;
-    int kind = kInteger;
+    int kind = INTEGER;
     bool dot_last = false; // strict reading rejects a '.' that ends the number
     if (p < end && *p == '.' && (whole || (p + 1 < end && is_digit(p[1])))) {
-        kind = kDecimal;
+        kind = DECIMAL;
         const uchar *frac = ++p;
         p = skip_digits(p, end);
         dot_last = p == frac;
     }
-    if (kind == kInteger && !whole) return byte_token(s, start); // a sign or '.' alone
+    if (kind == INTEGER && !whole) return byte_token(s, start); // a sign or '.' alone
     if (p < end) {
         uchar c = *p;
         if (c == 'd' || c == 'D' || c == 'f' || c == 'F') {
             ++p;
-            kind = kReal;
+            kind = REAL;
             dot_last = false;
         } else if (c == 'e' || c == 'E') {
             const uchar *e = p + 1;
             if (e < end && (*e == '+' || *e == '-')) ++e;
             if (e < end && is_digit(*e)) {
                 p = skip_digits(e, end);
-                kind = kReal;
+                kind = REAL;
                 dot_last = false;
             }
         }
@@ -379,19 +379,19 @@ template <Mode M> inline int32_t scan_number(Scanner &s, const uchar *p) {
     const auto *t = reinterpret_cast<const char *>(start);
     const int32_t n = int32_t(p - start);
     jlpca_ctx *ctx = s.ctx;
-    if constexpr (M != Mode::raw) {
+    if constexpr (M != scan_mode::raw) {
         // A plain number is its own normalised text: no '+', digits before
         // any '.', no leading zero, no '.' at the end; and no overflow
         // check can change its outcome.
         const bool plain = *start != '+' && whole && !dot_last &&
                            (*digits != '0' || digits + 1 == p || digits[1] == '.') &&
                            !overflow_is_an_error(ctx);
-        if (plain) [[likely]] return plain_number_token<M>(ctx, t, n, kind == kInteger);
+        if (plain) [[likely]] return plain_number_token<M>(ctx, t, n, kind == INTEGER);
     }
     return number_slow<M>(s, kind, t, n);
 }
 
-template <Mode M> inline int32_t scan_word(Scanner &s, const uchar *p) {
+template <scan_mode M> inline int32_t scan_word(scan_state &s, const uchar *p) {
     const uchar *q = p + 1;
     while (q < s.end && is_word(*q)) ++q;
     s.pos = q;
@@ -409,7 +409,7 @@ template <Mode M> inline int32_t scan_word(Scanner &s, const uchar *p) {
 
 // Where the token just read starts: a punctuation byte does not record
 // its start, being one byte before the scanner's position.
-inline const uchar *token_start(const Scanner &s, int32_t t) {
+inline const uchar *token_start(const scan_state &s, int32_t t) {
     return t > 0 && t < 256 && is_punct(uchar(t)) ? s.pos - 1 : s.start;
 }
 
@@ -420,7 +420,7 @@ inline bool is_scalar_token(int32_t t) {
 
 // The next token.  Dispatch by byte class, most frequent first, with
 // conditional branches rather than a jump table.
-template <Mode M> [[gnu::noinline]] int32_t next_token(Scanner &s) {
+template <scan_mode M> [[gnu::noinline]] int32_t next_token(scan_state &s) {
     const uchar *p = s.pos;
     const uchar *const end = s.end;
     jlpca_ctx *ctx = s.ctx;
@@ -432,16 +432,16 @@ template <Mode M> [[gnu::noinline]] int32_t next_token(Scanner &s) {
             return 0;
         }
         const uchar c = *p;
-        const uint16_t cls = kClass.v[c];
-        if (cls & kPunct) return byte_token(s, p);
+        const uint16_t cls = SCAN_CLASS.v[c];
+        if (cls & PUNCT) return byte_token(s, p);
         s.start = p;
-        if (cls & kNumStart) return scan_number<M>(s, p);
+        if (cls & NUM_START) return scan_number<M>(s, p);
         if (c == '"') return scan_string<M, '"'>(s, p);
-        if (cls & kBlank) {
+        if (cls & BLANK) {
             p = skip_blanks(p, end, s.line);
             continue;
         }
-        if (cls & kWordStart) return scan_word<M>(s, p);
+        if (cls & WORD_START) return scan_word<M>(s, p);
         if (c == '\'') {
             if (ctx->strict) {
                 s.pos = p + 1;
@@ -459,8 +459,8 @@ template <Mode M> [[gnu::noinline]] int32_t next_token(Scanner &s) {
 // values, in text without blanks) is taken without a call; the check
 // grammar does so little per token that the extra test costs it more than
 // the call.
-template <Mode M> inline int32_t next_token_inline(Scanner &s) {
-    if constexpr (M == Mode::tree) {
+template <scan_mode M> inline int32_t next_token_inline(scan_state &s) {
+    if constexpr (M == scan_mode::tree) {
         const uchar *p = s.pos;
         if (p != s.end && is_punct(*p)) return byte_token(s, p);
     }

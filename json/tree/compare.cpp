@@ -58,8 +58,7 @@ VXJSON_API int32_t json_decimal_string_to_double(const json_node *node, double *
     return 0;
 }
 
-VXJSON_API int32_t json_decimal_string_cmp(const json_node *a, const json_node *b,
-                                           int32_t *order) {
+VXJSON_API int32_t json_decimal_string_cmp(const json_node *a, const json_node *b, int32_t *order) {
     const uint32_t len = a->str_len;
     if (len == b->str_len && (len == 0 || strncasecmp(a->str, b->str, len) == 0)) {
         *order = 0;
@@ -102,10 +101,8 @@ VXJSON_API int32_t json_scalar_value_equal(const json_node *a, const json_node *
     case JSON_STRING:
         return a->str_len == b->str_len &&
                (a->str_len == 0 || std::memcmp(a->str, b->str, a->str_len) == 0);
-    case JSON_BOOLEAN:
-        return a->bval == b->bval;
-    case JSON_NULL:
-        return 1;
+    case JSON_BOOLEAN: return a->bval == b->bval;
+    case JSON_NULL: return 1;
     default:
         // Containers are not scalars; dates and datetimes are deliberately
         // never equal here, their callers compare them elsewhere.

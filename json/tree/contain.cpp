@@ -7,7 +7,12 @@
 // the top (json_contains_pg re-enters itself per element), while array
 // elements are matched one level at a time by json_cmp; MySQL re-enters its
 // full test for every element and every candidate element.
+//
+// Arrays with many pairs of elements are matched through an index of one
+// side's scalars (scalar_index.h); the answers, and the order in which
+// elements that can match are tried, stay those of the pairwise walk.
 #include "links.h"
+#include "scalar_index.h"
 #include "vxjson.h"
 
 using namespace vxjson;
@@ -31,11 +36,42 @@ template <class Pred> bool every_member_matched(const json_node *a, const json_n
     return true;
 }
 
+bool is_container(const json_node *n) { return n->type == JSON_OBJECT || n->type == JSON_ARRAY; }
+
+// Some element of a matches eb by pred(element of a, eb).  A scalar never
+// matches a container nor a container a scalar, so the index offers only
+// the elements that can.  `deep`: pred also looks for a scalar inside a's
+// nested arrays, which the index does not hold; then a scalar is matched
+// by the walk.
+template <class Pred>
+bool some_element_matches(const ScalarIndex *index, const json_node *a, const json_node *eb,
+                          Pred &pred, bool deep) {
+    auto against = [&](const json_node *ea) { return pred(ea, eb) != 0; };
+    if (!index) return any_listed_element(a, against);
+    if (is_container(eb)) return index->any_container(against);
+    ScalarIndex::Key key;
+    if ((deep && index->has_arrays()) || !ScalarIndex::key_of(eb, &key))
+        return any_listed_element(a, against);
+    return index->any_with_key(key, against);
+}
+
+// Runs walk(index or null) with an index of a's scalars when a and b have
+// enough pairs of elements to pay for it and the index can be built.
+template <class Walk> bool with_index(const json_node *a, const json_node *b, Walk &&walk) {
+    if (uint64_t(a->lst_count) * b->lst_count >= ScalarIndex::kMinPairs) {
+        ScalarIndex index;
+        if (index.build(a)) return walk(&index);
+    }
+    return walk(nullptr);
+}
+
 // Every element of b matches some element of a by pred(element of a,
 // element of b); order and repetition do not matter.
-template <class Pred> bool every_element_matched(const json_node *a, const json_node *b, Pred &&pred) {
-    return all_listed_elements(b, [&](const json_node *eb) {
-        return any_listed_element(a, [&](const json_node *ea) { return pred(ea, eb); });
+template <class Pred>
+bool every_element_matched(const json_node *a, const json_node *b, Pred &&pred, bool deep) {
+    return with_index(a, b, [&](const ScalarIndex *index) {
+        return all_listed_elements(
+            b, [&](const json_node *eb) { return some_element_matches(index, a, eb, pred, deep); });
     });
 }
 
@@ -47,7 +83,7 @@ bool equal_by_cmp(const json_node *a, const json_node *b) { return json_cmp(a, b
 
 bool contains_mysql(const json_node *a, const json_node *b) { return json_contains_mysql(a, b); }
 
-bool is_scalar(const json_node *n) { return n->type != JSON_OBJECT && n->type != JSON_ARRAY; }
+bool is_scalar(const json_node *n) { return !is_container(n); }
 
 } // namespace
 
@@ -69,7 +105,7 @@ VXJSON_API int32_t json_contains_pg_object(const json_node *a, const json_node *
 }
 
 VXJSON_API int32_t json_contains_pg_array(const json_node *a, const json_node *b) {
-    return every_element_matched(a, b, contains_pg_by_cmp);
+    return every_element_matched(a, b, contains_pg_by_cmp, false);
 }
 
 VXJSON_API int32_t json_contains_mysql(const json_node *a, const json_node *b) {
@@ -81,7 +117,7 @@ VXJSON_API int32_t json_contains_mysql(const json_node *a, const json_node *b) {
 VXJSON_API int32_t json_contains_mysql_array(const json_node *a, const json_node *b) {
     if (b->type != JSON_ARRAY)
         return any_listed_element(a, [&](const json_node *e) { return contains_mysql(e, b); });
-    return every_element_matched(a, b, contains_mysql);
+    return every_element_matched(a, b, contains_mysql, true);
 }
 
 VXJSON_API int32_t json_contains_mysql_object(const json_node *a, const json_node *b) {
@@ -102,8 +138,10 @@ VXJSON_API int32_t json_overlaps_mysql_object(const json_node *a, const json_nod
 }
 
 VXJSON_API int32_t json_overlaps_mysql_array(const json_node *a, const json_node *b) {
-    return any_listed_element(b, [&](const json_node *eb) {
-        return json_overlaps_mysql_array_simple(a, eb) != 0;
+    return with_index(a, b, [&](const ScalarIndex *index) {
+        return any_listed_element(b, [&](const json_node *eb) {
+            return some_element_matches(index, a, eb, equal_by_cmp, false);
+        });
     });
 }
 

@@ -216,7 +216,10 @@ char *escape_std_vectors(const unsigned char *in, size_t n, char *out, charset_c
 
 bool out_buf::grow(size_t n) {
     finish();
-    if (s->failed) return false;
+    if (s->failed) {
+        end = p; // no room from now on: later writes do nothing
+        return false;
+    }
     // Ask for at least the current capacity again, so that a writer making
     // many small requests still doubles.
     const size_t room = UINT32_MAX - 1 - static_cast<size_t>(s->len);
@@ -225,6 +228,7 @@ bool out_buf::grow(size_t n) {
     if (want > room || vxstr_reserve(env, alloc, s, static_cast<uint32_t>(want)) < 0) {
         s->failed = 1;
         load();
+        end = p;
         return false;
     }
     load();

@@ -129,8 +129,9 @@ struct out_buf {
         p = s->buf ? s->buf + s->len : nullptr;
         end = s->buf ? s->buf + s->cap : nullptr;
     }
-    // Room for n more bytes; false (the string marked failed) when the
-    // string cannot grow.
+    // Room for n more bytes; false when the string cannot grow.  The
+    // failure sticks: the string is marked failed and the buffer keeps no
+    // room, so every later write finds none either and writes nothing.
     bool ensure(size_t n) { return static_cast<size_t>(end - p) >= n || grow(n); }
     bool grow(size_t n);
     void put(char c) { *p++ = c; }

@@ -11,19 +11,19 @@ std::string_view name_of(const json_keyval *kv) { return {kv->name, kv->name_len
 
 } // namespace
 
-void MemberIndex::record(jlpca_ctx *ctx, Object &ix, json_keyval *kv) {
+void member_index::record(jlpca_ctx *ctx, object_index &ix, json_keyval *kv) {
     std::string_view name = name_of(kv);
-    if (member_finds_existing(ctx)) ix.first_by_name.emplace(name, kv);  // keeps the first
+    if (member_finds_existing(ctx)) ix.first_by_name.emplace(name, kv); // keeps the first
     if (ctx->sorted_keys == 1) {
         // Before its equals, as the scan inserts a newcomer before them.
         ix.sorted.emplace_hint(ix.sorted.lower_bound(name), name, kv);
     }
 }
 
-MemberIndex::Object *MemberIndex::index_of(jlpca_ctx *ctx, json_node *object) {
+member_index::object_index *member_index::index_of(jlpca_ctx *ctx, json_node *object) {
     auto it = objects_.find(object);
     if (it != objects_.end()) return it->second.get();
-    auto ix = std::make_unique<Object>();
+    auto ix = std::make_unique<object_index>();
     // In list order, so that equal names keep their list order.
     for (json_keyval *kv = object->last_member; kv; kv = kv->prev) {
         if (member_finds_existing(ctx)) ix->first_by_name.insert_or_assign(name_of(kv), kv);
@@ -32,13 +32,13 @@ MemberIndex::Object *MemberIndex::index_of(jlpca_ctx *ctx, json_node *object) {
     return objects_.emplace(object, std::move(ix)).first->second.get();
 }
 
-int32_t MemberIndex::add(jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
-                         json_keyval **out) {
-    if (!member_policy_applies(ctx) || failed_ || object->count < kIndexFrom)
+int32_t member_index::add(jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
+                          json_keyval **out) {
+    if (!member_policy_applies(ctx) || failed_ || object->count < INDEX_FROM)
         return json_object_add_keyval(ctx, object, name, name_len, out);
     json_keyval *inserted = nullptr;
     try {
-        Object *ix = index_of(ctx, object);
+        object_index *ix = index_of(ctx, object);
         std::string_view key(name, name_len);
         if (member_finds_existing(ctx)) {
             auto found = ix->first_by_name.find(key);
@@ -53,7 +53,8 @@ int32_t MemberIndex::add(jlpca_ctx *ctx, json_node *object, const char *name, ui
             auto at = ix->sorted.lower_bound(key);
             if (at != ix->sorted.end()) before = at->second;
         }
-        if (int32_t rc = insert_new_member(ctx, object, name, name_len, before, &inserted)) return rc;
+        if (int32_t rc = insert_new_member(ctx, object, name, name_len, before, &inserted))
+            return rc;
         *out = inserted;
         record(ctx, *ix, inserted);
         return 0;

@@ -4,7 +4,7 @@
 // With unique or last-wins names, or sorted keys, each member added must
 // find an existing member of its name or its sorted place, and a scan of
 // the member list makes an object of n members cost n^2.  While json_flex
-// reads, an object that reaches kIndexFrom members gets an index: a hash of
+// reads, an object that reaches INDEX_FROM members gets an index: a hash of
 // its exact names and an ordered map in sorted-key order.  Answers are the
 // scan's answers (the same member, the same insertion point), so trees are
 // identical; only the time differs.  The index lives for one read, the only
@@ -30,10 +30,10 @@ namespace vxjson {
 int32_t insert_new_member(jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
                           json_keyval *before, json_keyval **out);
 
-class MemberIndex {
+class member_index {
 public:
     // Objects smaller than this are scanned: an index would cost more.
-    static constexpr uint32_t kIndexFrom = 32;
+    static constexpr uint32_t INDEX_FROM = 32;
 
     // json_object_add_keyval, answered from an index for large objects.
     int32_t add(jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
@@ -41,21 +41,21 @@ public:
 
 private:
     // Sorted-key order, exactly as the member scan compares.
-    struct SortedLess {
+    struct sorted_less {
         bool operator()(std::string_view a, std::string_view b) const {
             return name_order(a.data(), uint32_t(a.size()), b.data(), uint32_t(b.size())) < 0;
         }
     };
-    struct Object {
+    struct object_index {
         std::unordered_map<std::string_view, json_keyval *> first_by_name;
-        std::multimap<std::string_view, json_keyval *, SortedLess> sorted;
+        std::multimap<std::string_view, json_keyval *, sorted_less> sorted;
     };
 
-    Object *index_of(jlpca_ctx *ctx, json_node *object);
-    void record(jlpca_ctx *ctx, Object &ix, json_keyval *kv);
+    object_index *index_of(jlpca_ctx *ctx, json_node *object);
+    void record(jlpca_ctx *ctx, object_index &ix, json_keyval *kv);
 
-    std::unordered_map<const json_node *, std::unique_ptr<Object>> objects_;
-    bool failed_ = false;  // the system allocator said no: scan from now on
+    std::unordered_map<const json_node *, std::unique_ptr<object_index>> objects_;
+    bool failed_ = false; // the system allocator said no: scan from now on
 };
 
 } // namespace vxjson

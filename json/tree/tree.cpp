@@ -17,9 +17,9 @@
 
 #include "links.h"
 #include "member_index.h"
-#include "tree_internal.h"
 #include "report.h"
 #include "report_sites.h"
+#include "tree_internal.h"
 #include "vx_alloc.h"
 #include "vx_heap.h"
 #include "vxjson.h"
@@ -31,9 +31,11 @@ namespace {
 
 // Growth step of json_array_add_one_node: small, since arrays changed by
 // path functions usually gain one element at a time.
-constexpr uint32_t kArrayGrowStep = 5;
+constexpr uint32_t ARRAY_GROW_STEP = 5;
 
-void *heap_alloc(jlpca_ctx *ctx, size_t size, int32_t line) { return heap_source{ctx, line}.take(size); }
+void *heap_alloc(jlpca_ctx *ctx, size_t size, int32_t line) {
+    return heap_source{ctx, line}.take(size);
+}
 
 bool is_container(uint32_t type) { return type == JSON_OBJECT || type == JSON_ARRAY; }
 
@@ -44,8 +46,8 @@ namespace vxjson {
 int32_t insert_new_member(jlpca_ctx *ctx, json_node *object, const char *name, uint32_t name_len,
                           json_keyval *before, json_keyval **out) {
     json_keyval *kv;
-    if (int32_t rc = json_object_keyval_mem_create(ctx, name, name_len, uint32_t(ctx->lit_escaped),
-                                                   &kv))
+    if (int32_t rc =
+            json_object_keyval_mem_create(ctx, name, name_len, uint32_t(ctx->lit_escaped), &kv))
         return report_json(rc, TREE_ADD_KEYVAL);
     if (before) member_insert_before(object, before, kv);
     else member_append(object, kv);
@@ -66,7 +68,8 @@ VXJSON_API int32_t json_create(jlpca_ctx *ctx, uint32_t type) {
     if (!ctx->cur_node && !ctx->compat && !ctx->scalar_top && !is_container(type))
         return VXJSON_ERR_INVALID_JSON;
     json_node *node = json_mem_create(ctx, type);
-    if (!node) [[unlikely]] return VXJSON_ERR_NOMEM;
+    if (!node) [[unlikely]]
+        return VXJSON_ERR_NOMEM;
     link_created(ctx, node);
     return 0;
 }
@@ -76,13 +79,14 @@ VXJSON_API int32_t json_object_keyval_mem_create(jlpca_ctx *ctx, const char *nam
                                                  json_keyval **out) {
     auto *kv = static_cast<json_keyval *>(
         heap_alloc(ctx, sizeof(json_keyval) + size_t(name_len), TREE_KEYVAL_ALLOC));
-    if (!kv) [[unlikely]] return VXJSON_ERR_NOMEM;
+    if (!kv) [[unlikely]]
+        return VXJSON_ERR_NOMEM;
     *out = init_member(kv, name, name_len, flags);
     return 0;
 }
 
-VXJSON_API json_keyval *json_object_find_keyval_by_name(const json_node *object,
-                                                        const char *name, uint32_t name_len) {
+VXJSON_API json_keyval *json_object_find_keyval_by_name(const json_node *object, const char *name,
+                                                        uint32_t name_len) {
     for (json_keyval *kv = object->first_member; kv; kv = kv->next)
         if (json_object_keyval_name_equal(kv->name, kv->name_len, name, name_len)) return kv;
     return nullptr;
@@ -94,8 +98,7 @@ VXJSON_API int32_t json_object_keyval_name_equal(const char *a, uint32_t a_len, 
 }
 
 VXJSON_API json_keyval *jsonb_object_add_keyval_sort_by_name(const json_node *object,
-                                                             const char *name,
-                                                             uint32_t name_len) {
+                                                             const char *name, uint32_t name_len) {
     for (json_keyval *kv = object->first_member; kv; kv = kv->next)
         if (name_order(kv->name, kv->name_len, name, name_len) >= 0) return kv;
     return nullptr;
@@ -106,18 +109,18 @@ VXJSON_API int32_t json_object_add_keyval(jlpca_ctx *ctx, json_node *object, con
     if (member_finds_existing(ctx)) {
         if (json_keyval *existing = json_object_find_keyval_by_name(object, name, name_len)) {
             if (ctx->unique_keys) return VXJSON_ERR_INVALID_JSON;
-            *out = existing;  // the caller's value replaces the earlier one, in place
+            *out = existing; // the caller's value replaces the earlier one, in place
             return 0;
         }
     }
     json_keyval *before = nullptr;
-    if (ctx->sorted_keys == 1) before = jsonb_object_add_keyval_sort_by_name(object, name, name_len);
+    if (ctx->sorted_keys == 1)
+        before = jsonb_object_add_keyval_sort_by_name(object, name, name_len);
     return vxjson::insert_new_member(ctx, object, name, name_len, before, out);
 }
 
 VXJSON_API int32_t json_object_add_one_node(jlpca_ctx *ctx, json_node *object, const char *name,
-                                            uint32_t name_len, json_node *value,
-                                            int32_t replace) {
+                                            uint32_t name_len, json_node *value, int32_t replace) {
     if (replace == 1) {
         if (json_keyval *kv = json_object_find_keyval_by_name(object, name, name_len)) {
             if (!ctx->sorted_keys) {
@@ -147,9 +150,8 @@ VXJSON_API int32_t json_array_mem_alloc_arr(jlpca_ctx *ctx, uint32_t capacity, j
     return 0;
 }
 
-VXJSON_API int32_t json_array_append_with_nth(jlpca_ctx *ctx, json_node *element,
-                                              json_node *array, uint32_t capacity,
-                                              uint32_t position) {
+VXJSON_API int32_t json_array_append_with_nth(jlpca_ctx *ctx, json_node *element, json_node *array,
+                                              uint32_t capacity, uint32_t position) {
     if (array->count == 0) {
         if (json_array_mem_alloc_arr(ctx, capacity, array))
             return report_json(VXJSON_ERR_NOMEM, TREE_APPEND_NTH);
@@ -170,10 +172,9 @@ VXJSON_API int32_t json_array_add_one_node(jlpca_ctx *ctx, json_node *array, int
     json_node **grown = nullptr;
     uint32_t count = array->count;
     if (mode == JSON_ARRAY_INSERT && count == array->capacity) {
-        size_t new_cap = size_t(array->capacity) + kArrayGrowStep;
-        grown = static_cast<json_node **>(vx_alloc(ctx->env, ctx->allocator,
-                                                   sizeof(json_node *) * new_cap, SRC_JSON,
-                                                   TREE_ARRAY_GROW));
+        size_t new_cap = size_t(array->capacity) + ARRAY_GROW_STEP;
+        grown = static_cast<json_node **>(vx_alloc(
+            ctx->env, ctx->allocator, sizeof(json_node *) * new_cap, SRC_JSON, TREE_ARRAY_GROW));
         if (!grown) return VXJSON_ERR_NOMEM;
         // Element order is kept whatever the position, so copying all of
         // them and then shifting in place gives the same result.
@@ -187,7 +188,8 @@ VXJSON_API int32_t json_array_add_one_node(jlpca_ctx *ctx, json_node *array, int
         items[position] = element;
     } else {
         uint32_t at = uint32_t(position);
-        if (at < count) std::memmove(items + at + 1, items + at, sizeof(json_node *) * (count - at));
+        if (at < count)
+            std::memmove(items + at + 1, items + at, sizeof(json_node *) * (count - at));
         items[at] = element;
         array->count = count + 1;
     }
@@ -195,7 +197,7 @@ VXJSON_API int32_t json_array_add_one_node(jlpca_ctx *ctx, json_node *array, int
         if (array->items && ctx->allocator && ctx->allocator->handle && ctx->allocator->free)
             ctx->allocator->free(ctx->env, ctx->allocator->handle, array->items);
         array->items = grown;
-        array->capacity += kArrayGrowStep;
+        array->capacity += ARRAY_GROW_STEP;
     }
     return 0;
 }
@@ -267,14 +269,9 @@ VXJSON_API json_node *json_mem_copy(jlpca_ctx *ctx, const json_node *node) {
             return nullptr;
         return copy;
     }
-    case JSON_INTEGER:
-        copy->ival = node->ival;
-        return copy;
-    case JSON_BOOLEAN:
-        copy->bval = node->bval;
-        return copy;
-    case JSON_NULL:
-        return copy;
+    case JSON_INTEGER: copy->ival = node->ival; return copy;
+    case JSON_BOOLEAN: copy->bval = node->bval; return copy;
+    case JSON_NULL: return copy;
     case JSON_DECIMAL:
     case JSON_STRING:
         if (json_string_set_value_low(ctx->env, ctx->heap, copy, node->str, node->str_len, 0,
@@ -288,8 +285,7 @@ VXJSON_API json_node *json_mem_copy(jlpca_ctx *ctx, const json_node *node) {
         copy->dt.nsec = node->dt.nsec;
         copy->dt.type = node->dt.type;
         return copy;
-    default:
-        return nullptr;
+    default: return nullptr;
     }
 }
 

@@ -53,7 +53,8 @@ inline void clear_node(json_node *node) {
 template <class Source>
 [[gnu::always_inline]] inline json_node *make_node(Source &src, uint32_t type, size_t extra) {
     auto *node = static_cast<json_node *>(src.take(sizeof(json_node) + extra));
-    if (!node) [[unlikely]] return nullptr;
+    if (!node) [[unlikely]]
+        return nullptr;
     clear_node(node);
     node->type = type;
     return node;
@@ -88,7 +89,8 @@ inline int32_t make_items(jlpca_ctx *ctx, json_node *array, uint32_t count, Fill
     auto *items = static_cast<json_node **>(vx_alloc(ctx->env, ctx->allocator,
                                                      sizeof(json_node *) * size_t(array->capacity),
                                                      SRC_JSON, site::TREE_LST_TO_ARR));
-    if (!items) [[unlikely]] return VXJSON_ERR_NOMEM;
+    if (!items) [[unlikely]]
+        return VXJSON_ERR_NOMEM;
     fill(items);
     array->items = items;
     array->count = count;

@@ -13,16 +13,17 @@
 
 #include "escape_internal.h"
 #include "report.h"
+#include "report_sites.h"
 #include "vxtime.h"
 
 namespace vxjson {
 namespace {
 
 // Call sites named in error reports.
-constexpr int32_t LINE_MEMBER = 770;       // a member's name
-constexpr int32_t LINE_MEMBER_VALUE = 790; // a member's value
-constexpr int32_t LINE_ELEMENT = 1003;     // an array element
-constexpr int32_t LINE_ARRAY = 1043;       // an array's elements as a whole
+constexpr int32_t LINE_MEMBER = site::WRITE_MEMBER;
+constexpr int32_t LINE_MEMBER_VALUE = site::WRITE_MEMBER_VALUE;
+constexpr int32_t LINE_ELEMENT = site::WRITE_ELEMENT;
+constexpr int32_t LINE_ARRAY = site::WRITE_ARRAY;
 
 enum class layout { compact, a, b };
 
@@ -35,26 +36,27 @@ struct writer {
     bool keep; // escape_mode != 0: string text is in source form
 };
 
+// The small writes do not report: a write that finds no room marks the
+// output string failed, and from then on every write is a no-op (the
+// buffer keeps no room), so each entry point checks the mark once at the
+// end.  Values still hand their own errors up at once, each container
+// level reporting them.
+
 // A line feed and two blanks per level.
-inline bool indent(writer &w, uint32_t level) {
+inline void indent(writer &w, uint32_t level) {
     const size_t n = 1 + 2 * size_t(level);
-    if (!w.o.ensure(n)) return false;
+    if (!w.o.ensure(n)) return;
     w.o.p[0] = '\n';
     std::memset(w.o.p + 1, ' ', n - 1);
     w.o.p += n;
-    return true;
 }
 
-inline bool put(writer &w, const char *text, size_t n) {
-    if (!w.o.ensure(n)) return false;
-    w.o.put(text, n);
-    return true;
+inline void put(writer &w, const char *text, size_t n) {
+    if (w.o.ensure(n)) w.o.put(text, n);
 }
 
-inline bool put(writer &w, char c) {
-    if (!w.o.ensure(1)) return false;
-    w.o.put(c);
-    return true;
+inline void put(writer &w, char c) {
+    if (w.o.ensure(1)) w.o.put(c);
 }
 
 inline bool is_container(const json_node *n) {
@@ -137,28 +139,30 @@ inline char *format_int(char *p, int64_t v) {
 int32_t scalar(writer &w, const json_node *node) {
     switch (node->type) {
     case JSON_INTEGER: {
-        if (!w.o.ensure(20)) return NOMEM;
-        w.o.p = format_int(w.o.p, node->ival);
+        if (w.o.ensure(20)) w.o.p = format_int(w.o.p, node->ival);
         return 0;
     }
     case JSON_DECIMAL:
     case JSON_STRING:
         return convert_into(w.o, w.cs, w.flags, node->str, node->str_len, 0, JSON_CONV_NONE);
     case JSON_BOOLEAN:
-        if (node->bval) return put(w, "true", 4) ? 0 : NOMEM;
-        return put(w, "false", 5) ? 0 : NOMEM;
+        if (node->bval) put(w, "true", 4);
+        else put(w, "false", 5);
+        return 0;
     case JSON_NULL:
-        return put(w, "null", 4) ? 0 : NOMEM;
+        put(w, "null", 4);
+        return 0;
     case JSON_DATE:
     case JSON_DATETIME: {
         char text[VXTIME_TEXT_MAX];
         const int32_t rc = vxtime_to_char(
             &node->dt, 16, node->type == JSON_DATE ? VXTIME_FMT_DATE : VXTIME_FMT_ISO, text);
         if (rc < 0) return rc;
-        if (!w.o.ensure(size_t(rc) + 2)) return NOMEM;
-        w.o.put('"');
-        w.o.put(text, size_t(rc));
-        w.o.put('"');
+        if (w.o.ensure(size_t(rc) + 2)) {
+            w.o.put('"');
+            w.o.put(text, size_t(rc));
+            w.o.put('"');
+        }
         return rc;
     }
     default:
@@ -171,31 +175,31 @@ int32_t value(writer &w, const json_node *node, uint32_t level, uint32_t newline
               uint8_t conv);
 
 template <layout L> int32_t object(writer &w, const json_node *node, uint32_t level) {
-    if (!put(w, '{')) return NOMEM;
+    put(w, '{');
     const json_keyval *kv = node->first_member;
     if (!kv) {
-        if (L == layout::a && !indent(w, level)) return NOMEM;
-        return put(w, '}') ? 0 : NOMEM;
+        if (L == layout::a) indent(w, level);
+        put(w, '}');
+        return 0;
     }
     const uint8_t conv = member_conv(w);
     for (; kv; kv = kv->next) {
-        if (L != layout::compact && !indent(w, level + 1)) return NOMEM;
+        if (L != layout::compact) indent(w, level + 1);
         int32_t rc = convert_into(w.o, w.cs, w.flags, kv->name, kv->name_len, 1, conv);
         if (rc < 0) return report_json(rc, LINE_MEMBER);
-        bool ok;
         if constexpr (L == layout::a)
-            ok = put(w, " : ", 3);
+            put(w, " : ", 3);
         else if constexpr (L == layout::b)
-            ok = put(w, ": ", 2);
+            put(w, ": ", 2);
         else
-            ok = put(w, ':');
-        if (!ok) return report_json(NOMEM, LINE_MEMBER);
+            put(w, ':');
         rc = value<L>(w, kv->value, level + 1, L == layout::a && is_container(kv->value), conv);
         if (rc < 0) return report_json(rc, LINE_MEMBER_VALUE);
-        if (kv->next && !put(w, ',')) return report_json(NOMEM, LINE_MEMBER_VALUE);
+        if (kv->next) put(w, ',');
     }
-    if (L != layout::compact && !indent(w, level)) return NOMEM;
-    return put(w, '}') ? 0 : NOMEM;
+    if (L != layout::compact) indent(w, level);
+    put(w, '}');
+    return 0;
 }
 
 template <layout L>
@@ -204,7 +208,7 @@ int32_t items(writer &w, const json_node *node, uint32_t level, uint32_t newline
     // An array whose element list was never converted has no items yet.
     const uint32_t count = node->items ? node->count : 0;
     for (uint32_t i = 0; i < count; ++i) {
-        if (i && !put(w, ',')) return report_json(NOMEM, LINE_ELEMENT);
+        if (i) put(w, ',');
         const int32_t rc = value<L>(w, node->items[i], level, newline_first, conv);
         if (rc < 0) return report_json(rc, LINE_ELEMENT);
     }
@@ -212,19 +216,19 @@ int32_t items(writer &w, const json_node *node, uint32_t level, uint32_t newline
 }
 
 template <layout L> int32_t array(writer &w, const json_node *node, uint32_t level) {
-    if (!put(w, '[')) return NOMEM;
+    put(w, '[');
     const int32_t rc = items<L>(w, node, level + 1, 1, member_conv(w));
     if (rc < 0) return report_json(rc, LINE_ARRAY);
-    if ((L == layout::a || (L == layout::b && node->items && node->count)) && !indent(w, level))
-        return NOMEM;
-    return put(w, ']') ? 0 : NOMEM;
+    if (L == layout::a || (L == layout::b && node->items && node->count)) indent(w, level);
+    put(w, ']');
+    return 0;
 }
 
 template <layout L>
 int32_t value(writer &w, const json_node *node, uint32_t level, uint32_t newline_first,
               uint8_t conv) {
     if (!node) return VXJSON_ERR_INVALID_JSON;
-    if (L != layout::compact && newline_first && !indent(w, level)) return NOMEM;
+    if (L != layout::compact && newline_first) indent(w, level);
     switch (node->type) {
     case JSON_ARRAY:
         return array<L>(w, node, level);
@@ -300,6 +304,13 @@ bool reserve_for(writer &w, const jlpca_ctx *ctx, const json_node *node, uint32_
     return want > RESERVE_MAX || w.o.ensure(want);
 }
 
+// The end of every entry point: the text so far stored, and a write that
+// found no room turned into the result.
+int32_t finish(writer &w, int32_t rc) {
+    w.o.finish();
+    return rc >= 0 && w.o.s->failed ? NOMEM : rc;
+}
+
 // Runs `f` with the layout that the flag word selects: bit 1 is layout A
 // whatever else is set, layout B only when the whole word is 4.
 template <class F> int32_t with_layout(writer &w, F &&f) {
@@ -310,8 +321,7 @@ template <class F> int32_t with_layout(writer &w, F &&f) {
         rc = f(layout_t<layout::b>{});
     else
         rc = f(layout_t<layout::compact>{});
-    w.o.finish();
-    return rc;
+    return finish(w, rc);
 }
 
 writer make_writer(jlpca_ctx *ctx, vx_allocator *allocator, vxstr *string, uint32_t flags) {
@@ -366,7 +376,5 @@ VXJSON_API int32_t json_scalar_to_string(void *env, vx_allocator *allocator, vxs
     if (string->failed) return NOMEM;
     if (!node) return VXJSON_ERR_INVALID_JSON;
     writer w{out_buf(env, allocator, string), charset_cache{}, flags, false};
-    const int32_t rc = scalar(w, node);
-    w.o.finish();
-    return rc;
+    return finish(w, scalar(w, node));
 }

@@ -25,5 +25,9 @@ select 'concat', count(*) from t
     and json_extract(jsonb_concat(j, '{"x":0}'), '$.id') = i;
 select 'patch', count(*), sum(json_extract(mysql_json_merge_patch(j, '{"v":1,"w":2}'), '$.v')) from t;
 select 'preserve', sum(json_array_length(mysql_json_merge_preserve(json_extract(j, '$.tags'), '[1,2]'))) from t;
+-- the path functions, their paths compiled once per statement
+select 'exists', sum(json_exists(j, '$.v')), sum(json_exists(j, '$.w')) from t;
+select 'extract', count(*) from t where mysql_json_extract(j, '$.id') = cast(i as text);
+select 'path-query', count(*) from t where jsonb_path_query(j, '$.id') = cast(i as text);
 -- an error in any row stops the statement
 select 'bad-row', count(*) from bad where jsonb_contains(j, '{}');

@@ -22,6 +22,7 @@
 #include "vx_elog.h"
 #include "vx_heap.h"
 #include "vx_ini.h"
+#include "vx_session.h"
 #include "vxjson.h"
 #include "vxstr.h"
 
@@ -76,26 +77,36 @@ struct OutString {
     void fail_after(uint64_t calls) { vx_allocator_set_call_limit(&state, calls); }
 };
 
-// A context over a fresh heap and counting allocator, read with `sw`.
+// A session's context, reached as ctx.get() and ctx->.
+struct SessionCtx {
+    jlpca_ctx *p = nullptr;
+    jlpca_ctx *get() const { return p; }
+    jlpca_ctx *operator->() const { return p; }
+};
+
+// A session (a context over a fresh heap and counting allocator), read
+// with `sw`.
 struct VxEnv {
-    vx_heap *heap = mem_heap_create(0);
-    vx_alloc_state alloc_state{};
-    vx_allocator alloc{};
-    std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
+    vx_session session{};
+    vx_heap *heap = nullptr;
+    vx_alloc_state &alloc_state = session.alloc_state;
+    vx_allocator &alloc = session.alloc;
+    SessionCtx ctx;
     std::string text; // the text given by start(), alive while it is scanned
 
     explicit VxEnv(const ReadSwitches &sw = lax()) {
-        vx_allocator_init(&alloc, &alloc_state);
-        EXPECT_EQ(jlpca_init(nullptr, ctx.get(), heap, &alloc, sw.escape_mode, sw.strict, sw.unique_keys, sw.compat),
-                  0);
+        vx_session_options o{};
+        o.escape_mode = sw.escape_mode;
+        o.strict = sw.strict;
+        o.unique_keys = sw.unique_keys;
+        o.compat = sw.compat;
+        EXPECT_EQ(vx_session_open(&session, &o), 0);
+        heap = session.heap;
+        ctx.p = session.ctx;
         ctx->scalar_top = sw.scalar_top;
         ctx->number_mode = sw.number_mode;
     }
-    ~VxEnv() {
-        jlpca_deinit(ctx.get());
-        vx_allocator_release_all(&alloc_state);
-        mem_heap_free(heap);
-    }
+    ~VxEnv() { vx_session_close(&session); }
     VxEnv(const VxEnv &) = delete;
 
     int32_t reinit(const std::string &t) { return jlpca_reinit(ctx.get(), t.data(), uint32_t(t.size())); }
