@@ -380,8 +380,8 @@ struct help_entry {
     bool writes;          // takes the writing switches
     const char *examples;
     std::string text;     // assembled on first use
-    const char *common = "";  // text shared by a family of commands
     bool clauses = false; // takes the clauses of the SQL/JSON functions
+    const char *common = "";  // text shared by a family of commands
 };
 
 help_entry HELP[] = {
@@ -394,13 +394,12 @@ help_entry HELP[] = {
     {"merge-preserve", MERGE_PRESERVE, true, MERGE_PRESERVE_EXAMPLES, {}},
     {"concat", CONCAT, true, CONCAT_EXAMPLES, {}},
     {"strip-nulls", STRIP_NULLS, true, STRIP_NULLS_EXAMPLES, {}},
-    {"set", SET, true, SET_EXAMPLES, {}, CHANGE_COMMON},
-    {"insert", INSERT, true, INSERT_EXAMPLES, {}, CHANGE_COMMON},
-    {"replace", REPLACE, true, REPLACE_EXAMPLES, {}, CHANGE_COMMON},
-    {"remove", REMOVE, true, REMOVE_EXAMPLES, {}, CHANGE_COMMON},
-    {"array-append", ARRAY_APPEND, true, ARRAY_APPEND_EXAMPLES, {}, CHANGE_COMMON},
-    {"array-insert", ARRAY_INSERT, true, ARRAY_INSERT_EXAMPLES, {}, CHANGE_COMMON},
-    {"query", QUERY, true, QUERY_EXAMPLES, {}},
+    {"set", SET, true, SET_EXAMPLES, {}, false, CHANGE_COMMON},
+    {"insert", INSERT, true, INSERT_EXAMPLES, {}, false, CHANGE_COMMON},
+    {"replace", REPLACE, true, REPLACE_EXAMPLES, {}, false, CHANGE_COMMON},
+    {"remove", REMOVE, true, REMOVE_EXAMPLES, {}, false, CHANGE_COMMON},
+    {"array-append", ARRAY_APPEND, true, ARRAY_APPEND_EXAMPLES, {}, false, CHANGE_COMMON},
+    {"array-insert", ARRAY_INSERT, true, ARRAY_INSERT_EXAMPLES, {}, false, CHANGE_COMMON},
     {"query", QUERY, true, QUERY_EXAMPLES, {}, true},
     {"value", VALUE, false, VALUE_EXAMPLES, {}, true},
     {"contains-path", CONTAINS_PATH, false, CONTAINS_PATH_EXAMPLES, {}},
