@@ -139,11 +139,12 @@ INSTANTIATE_TEST_SUITE_P(Format, Tool, rows_of("tool/format.tsv"), data_row_name
 INSTANTIATE_TEST_SUITE_P(Ops, Tool, rows_of("tool/ops.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Query, Tool, rows_of("tool/query.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Value, Tool, rows_of("tool/value.tsv"), data_row_namer());
+INSTANTIATE_TEST_SUITE_P(Change, Tool, rows_of("tool/change.tsv"), data_row_namer());
 
 TEST(ToolCases, EveryFileHasItsRows) {
     expect_row_counts(
         {{"tool/general.tsv", 41}, {"tool/check.tsv", 58}, {"tool/format.tsv", 28}, {"tool/ops.tsv", 45},
-         {"tool/query.tsv", 45}, {"tool/value.tsv", 44}});
+         {"tool/query.tsv", 45}, {"tool/value.tsv", 44}, {"tool/change.tsv", 32}});
 }
 
 // A JSON Lines stream much larger than the tool's buffers is read in

@@ -72,6 +72,8 @@ int run_contains_path(command_line &cl);
 int run_value(command_line &cl);
 
 // Changes by path.
+enum class change_kind { set, insert, replace, remove, array_append, array_insert };
+int run_change(change_kind kind, command_line &cl);
 
 }  // namespace vxcli
 

@@ -20,6 +20,9 @@ struct command {
     unsigned groups;   // switch groups accepted besides the reading ones
 };
 
+// The changes by path write JSON and take JSON Lines streams.
+constexpr unsigned OPT_CHANGE = OPT_READ | OPT_WRITE | OPT_LINES | OPT_QUIET;
+
 constexpr command COMMANDS[] = {
     {"check", run_check, OPT_READ | OPT_LINES | OPT_QUIET},
     {"format", run_format, OPT_READ | OPT_WRITE | OPT_LINES | OPT_QUIET},
@@ -42,6 +45,14 @@ constexpr command COMMANDS[] = {
     {"value", run_value, OPT_READ | OPT_LINES | OPT_QUIET | OPT_CLAUSES},
 
     // Changes by path.
+    {"set", [](command_line &c) { return run_change(change_kind::set, c); }, OPT_CHANGE},
+    {"insert", [](command_line &c) { return run_change(change_kind::insert, c); }, OPT_CHANGE},
+    {"replace", [](command_line &c) { return run_change(change_kind::replace, c); }, OPT_CHANGE},
+    {"remove", [](command_line &c) { return run_change(change_kind::remove, c); }, OPT_CHANGE},
+    {"array-append", [](command_line &c) { return run_change(change_kind::array_append, c); },
+     OPT_CHANGE},
+    {"array-insert", [](command_line &c) { return run_change(change_kind::array_insert, c); },
+     OPT_CHANGE},
 };
 
 const command *find_command(const char *name) {

@@ -195,7 +195,9 @@ bool parse_command_line(int argc, char **argv, int first, unsigned groups, comma
     bool switches_end = false;
     for (int i = first; i < argc; ++i) {
         std::string arg = argv[i];
-        if (switches_end || arg == "-" || arg.empty() || arg[0] != '-') {
+        // A negative number is an argument (a value, a position), not a switch.
+        const bool negative_number = arg.size() > 1 && arg[0] == '-' && arg[1] >= '0' && arg[1] <= '9';
+        if (switches_end || arg == "-" || arg.empty() || arg[0] != '-' || negative_number) {
             add_input(out, false, std::move(arg));
             continue;
         }

@@ -44,6 +44,9 @@ const char *code_message(int32_t code) {
     case VXJSON_ERR_MULTI_STEP: return "the path may match several values";
     case VXJSON_ERR_CONCAT_SCALAR: return "cannot concatenate an object with a scalar";
     case VXJSON_ERR_DOUBLE_OVERFLOW: return "number overflows a double";
+    case VXJSON_ERR_TEXT_PATH_SCALAR: return "a text-array path cannot change a scalar document";
+    case VXJSON_ERR_TEXT_PATH_INDEX: return "a path element on an array is not an integer";
+    case VXJSON_ERR_REMOVE_SUBSCRIPT: return "a position cannot be removed from a non-array";
     case VXJSON_ERR_QUERY_SCALAR: return "JSON_QUERY without wrapper met a scalar or several values";
     case VXJSON_ERR_VALUE_NOT_SCALAR: return "JSON_VALUE met an object or array";
     case VXJSON_ERR_VALUE_MANY: return "JSON_VALUE met several values";
