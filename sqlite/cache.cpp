@@ -37,8 +37,6 @@ int32_t compile_on_heap(jlpca_ctx *ctx, std::string_view text, path_language lan
     case path_language::mysql:
         rc = jpath_array_flex(ctx, text.data(), len, 1, count, path);
         break;
-    case path_language::pg_text_array:
-        break;
     }
     return rc < 0 ? rc : rc == 0 ? 0 : VXJSON_ERR_PATH;
 }
