@@ -2,7 +2,12 @@
 // statement):
 //   mysql_json_extract(doc, path [, path ...])
 //   mysql_json_contains_path(doc, 'one' | 'all', path [, path ...])
-// SQL NULL for the document or a path gives SQL NULL.
+//   mysql_json_set / mysql_json_insert / mysql_json_replace(doc, path, value [, path, value ...])
+//   mysql_json_remove(doc, path [, path ...])
+//   mysql_json_array_append / mysql_json_array_insert(doc, path, value [, path, value ...])
+// SQL NULL for the document or a path gives SQL NULL; a NULL value is the
+// JSON null.  Values are SQL values (mysql_json_set(doc, '$.a', 'x') sets
+// the string "x"); JSON made by a JSON function goes in as JSON.
 #include <strings.h>
 
 #include "cache.h"
@@ -17,9 +22,10 @@ namespace {
 
 constexpr int ARG_DOC = 0;
 
-// Begin a MySQL call whose arguments from `first_path` on are paths, every
-// `stride`-th: NULL for a NULL document or path, else the context and the
-// document.  false when the call has been answered.
+// Begin a MySQL call whose arguments from `first_path` on alternate path
+// and value (stride 2) or are all paths (stride 1): NULL for a NULL
+// document or path, else the context and the document.  false when the
+// call has been answered.
 bool begin(sqlite3_context *sc, int argc, sqlite3_value **argv, int first_path, int stride,
            jlpca_ctx **ctx, json_node **doc) {
     if (sqlite3_value_type(argv[ARG_DOC]) == SQLITE_NULL) return false;
@@ -30,8 +36,8 @@ bool begin(sqlite3_context *sc, int argc, sqlite3_value **argv, int first_path, 
 }
 
 bool path_or_fail(sqlite3_context *sc, call_cache &cache, jlpca_ctx *ctx, sqlite3_value **argv,
-                  int i, jpath **path) {
-    const int32_t rc = cache.path(ctx, argv, i, path_language::mysql, path);
+                  int i, jpath **path, bool keep = true) {
+    const int32_t rc = cache.path(ctx, argv, i, path_language::mysql, path, keep);
     if (rc == 0) return true;
     result_path_code(sc, rc, ctx, i + 1);
     return false;
@@ -116,9 +122,93 @@ void mysql_json_contains_path(sqlite3_context *sc, int argc, sqlite3_value **arg
     sqlite3_result_int(sc, all);
 }
 
+// The (path, value) pairs of a call, applied in order to the document.
+using pair_action = int32_t (*)(jlpca_ctx *, json_node **doc, json_node *value, jpath *path,
+                                char **text, uint32_t *len);
+
+void apply_pairs(sqlite3_context *sc, int argc, sqlite3_value **argv, const char *fn,
+                 pair_action action, bool keep_paths, int32_t set_mode) {
+    if (argc < 3 || argc % 2 == 0)
+        return result_usage(sc, fn, "a document and pairs of path and value are needed");
+    jlpca_ctx *ctx;
+    json_node *doc;
+    if (!begin(sc, argc, argv, 1, 2, &ctx, &doc)) return;
+    ctx->set_mode = set_mode;
+    call_cache cache(sc);
+    char *text = nullptr;
+    uint32_t len = 0;
+    for (int i = 1; i < argc; i += 2) {
+        jpath *path;
+        json_node *value;
+        if (!path_or_fail(sc, cache, ctx, argv, i, &path, keep_paths)) return;
+        if (int32_t rc = value_arg(ctx, argv, i + 1, &value)) return result_document_code(sc, rc, ctx, i + 2);
+        if (int32_t rc = action(ctx, &doc, value, path, &text, &len)) return result_code(sc, rc);
+    }
+    if (text) return result_json(sc, text, len);
+    result_tree(sc, ctx, doc, JSON_FMT_COMPACT, JSON_CONV_MYSQL);
+}
+
+int32_t set_value(jlpca_ctx *ctx, json_node **doc, json_node *value, jpath *path, char **text,
+                  uint32_t *len) {
+    // Each pair writes the whole document; the last text is the answer.
+    return jsonb_set_with_path(*doc, value, path, ctx, text, len);
+}
+
+int32_t append_value(jlpca_ctx *ctx, json_node **doc, json_node *value, jpath *path, char **,
+                     uint32_t *) {
+    return json_array_add_element_mysql(doc, value, path, ctx, 0);
+}
+
+int32_t insert_value(jlpca_ctx *ctx, json_node **doc, json_node *value, jpath *path, char **,
+                     uint32_t *) {
+    return json_array_add_element_mysql(doc, value, path, ctx, 1);
+}
+
+void mysql_json_set(sqlite3_context *sc, int argc, sqlite3_value **argv) {
+    apply_pairs(sc, argc, argv, "mysql_json_set", set_value, true, JSON_SET_MODE_SET);
+}
+
+void mysql_json_insert(sqlite3_context *sc, int argc, sqlite3_value **argv) {
+    apply_pairs(sc, argc, argv, "mysql_json_insert", set_value, true, JSON_SET_MODE_INSERT);
+}
+
+void mysql_json_replace(sqlite3_context *sc, int argc, sqlite3_value **argv) {
+    apply_pairs(sc, argc, argv, "mysql_json_replace", set_value, true, JSON_SET_MODE_REPLACE);
+}
+
+void mysql_json_array_append(sqlite3_context *sc, int argc, sqlite3_value **argv) {
+    apply_pairs(sc, argc, argv, "mysql_json_array_append", append_value, true, 0);
+}
+
+// Inserting may shorten the path it is given, so its paths are compiled
+// for each row.
+void mysql_json_array_insert(sqlite3_context *sc, int argc, sqlite3_value **argv) {
+    apply_pairs(sc, argc, argv, "mysql_json_array_insert", insert_value, false, 0);
+}
+
+void mysql_json_remove(sqlite3_context *sc, int argc, sqlite3_value **argv) {
+    if (argc < 2) return result_usage(sc, "mysql_json_remove", "a document and a path are needed");
+    jlpca_ctx *ctx;
+    json_node *doc;
+    if (!begin(sc, argc, argv, 1, 1, &ctx, &doc)) return;
+    call_cache cache(sc);
+    for (int i = 1; i < argc; i++) {
+        jpath *path;
+        if (!path_or_fail(sc, cache, ctx, argv, i, &path)) return;
+        if (int32_t rc = json_remove_mysql(doc, path, ctx)) return result_code(sc, rc);
+    }
+    result_tree(sc, ctx, doc, JSON_FMT_COMPACT, JSON_CONV_MYSQL);
+}
+
 constexpr function_def FUNCTIONS[] = {
     {"mysql_json_extract", -1, -1, mysql_json_extract},
     {"mysql_json_contains_path", -1, -1, mysql_json_contains_path},
+    {"mysql_json_set", -1, -1, mysql_json_set},
+    {"mysql_json_insert", -1, -1, mysql_json_insert},
+    {"mysql_json_replace", -1, -1, mysql_json_replace},
+    {"mysql_json_remove", -1, -1, mysql_json_remove},
+    {"mysql_json_array_append", -1, -1, mysql_json_array_append},
+    {"mysql_json_array_insert", -1, -1, mysql_json_array_insert},
 };
 
 }  // namespace

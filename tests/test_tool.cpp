@@ -139,10 +139,12 @@ INSTANTIATE_TEST_SUITE_P(Format, Tool, rows_of("tool/format.tsv"), data_row_name
 INSTANTIATE_TEST_SUITE_P(Ops, Tool, rows_of("tool/ops.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Query, Tool, rows_of("tool/query.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Value, Tool, rows_of("tool/value.tsv"), data_row_namer());
+INSTANTIATE_TEST_SUITE_P(Change, Tool, rows_of("tool/change.tsv"), data_row_namer());
 
 TEST(ToolCases, EveryFileHasItsRows) {
     expect_row_counts(
-        {{"tool/general.tsv", 20}, {"tool/check.tsv", 45}, {"tool/format.tsv", 26}, {"tool/ops.tsv", 37}, {"tool/query.tsv", 45}, {"tool/value.tsv", 44}});
+        {{"tool/general.tsv", 41}, {"tool/check.tsv", 58}, {"tool/format.tsv", 28}, {"tool/ops.tsv", 45},
+         {"tool/query.tsv", 45}, {"tool/value.tsv", 44}, {"tool/change.tsv", 32}});
 }
 
 // A JSON Lines stream much larger than the tool's buffers is read in
@@ -162,10 +164,52 @@ TEST(ToolStream, LinesInBoundedMemory) {
     const run_result one = run_tool_from({"format", "--lines", small}, "/dev/null", {});
     const run_result r = run_tool_from({"format", "--lines", big}, "/dev/null", {});
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, big + ":40001: error -3105: syntax error: unexpected end of input\n"
+    EXPECT_EQ(r.err, big + ":40001:4: error -3105: syntax error: unexpected end of input\n"
                            "vxjson: 40001 lines, 1 bad\n");
     EXPECT_EQ(r.out.size(), 40000 * line.size());
     EXPECT_LT(r.max_rss_kb - one.max_rss_kb, 8 * 1024) << "peak memory grew with the stream";
+}
+
+// Lines handled on several threads come out in input order, messages too:
+// every --jobs gives the output and messages of --jobs 1.
+TEST(ToolStream, JobsKeepInputOrder) {
+    const std::string path = g_dir + "/mixed.jsonl";
+    {
+        std::ofstream out(path, std::ios::binary);
+        for (int i = 0; i < 60000; ++i) {
+            if (i % 7919 == 0) out << "{\"bad\":" << i << ",}\n";
+            else out << "{\"id\":" << i << ",\"v\":[" << i % 13 << ",\"x\"]}\n";
+        }
+    }
+    for (const char *command : {"check", "format"}) {
+        const run_result one = run_tool_from({command, "--lines", "--strict", "--jobs", "1", path}, "/dev/null", {});
+        EXPECT_EQ(one.status, 1);
+        for (const char *jobs : {"2", "3", "8"}) {
+            const run_result many =
+                run_tool_from({command, "--lines", "--strict", "--jobs", jobs, path}, "/dev/null", {});
+            EXPECT_EQ(many.status, one.status) << command << " --jobs " << jobs;
+            EXPECT_EQ(many.out, one.out) << command << " --jobs " << jobs;
+            EXPECT_EQ(many.err, one.err) << command << " --jobs " << jobs;
+        }
+    }
+}
+
+// A document over --max-memory is refused without reading it again: the
+// peak under a limit stays below the peak of reading it whole.
+TEST(ToolStream, LimitNeverRaisesThePeak) {
+    const std::string doc = g_dir + "/large.json";
+    {
+        std::ofstream out(doc, std::ios::binary);
+        out << "[";
+        for (int i = 0; i < 400000; ++i) out << "{\"k\":" << i << ",\"v\":[1.5,\"x\"]},";
+        out << "0]";  // about 11 MB
+    }
+    const run_result whole = run_tool_from({"format", doc}, "/dev/null", {});
+    const run_result limited = run_tool_from({"format", "--max-memory", "8M", doc}, "/dev/null", {});
+    EXPECT_EQ(whole.status, 0);
+    EXPECT_EQ(limited.status, 1);
+    EXPECT_EQ(limited.err, doc + ":1: error -503: the document needs more memory than --max-memory 8M allows\n");
+    EXPECT_LT(limited.max_rss_kb, whole.max_rss_kb) << "the limit raised the peak";
 }
 
 }  // namespace

@@ -4,12 +4,11 @@
 namespace vxcli {
 
 int run_check(command_line &cl) {
-    const std::unique_ptr<session> s = open_session(cl.read);
-    if (!s) return EXIT_TROUBLE;
-    return run_documents(cl, *s, [&](std::string_view text, const std::string &name, uint64_t line) {
-        read_failure why;
-        return s->check(text, why) == 0 ? doc_result::ok : refused(cl, name, line, why);
-    });
+    return run_documents(cl, cl.read,
+                         [&](session &s, std::string_view text, const std::string &name, uint64_t line) {
+                             read_failure why;
+                             return s.check(text, why) == 0 ? doc_result::ok : refused(cl, name, line, why);
+                         });
 }
 
 }  // namespace vxcli

@@ -3,6 +3,7 @@
 // Each reads its inputs the way its own dialect does unless --dialect says
 // otherwise.
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -36,6 +37,17 @@ const op_info &info_of(op_kind op) {
         if (i.op == op) return i;
     return OPS[0];
 }
+
+}  // namespace
+
+const char *default_dialect(const char *command) {
+    static constexpr const char *NAMES[] = {"standard", "pg", "mysql"};
+    for (const op_info &i : OPS)
+        if (std::strcmp(i.name, command) == 0) return NAMES[i.dialect];
+    return NAMES[JLPCA_COMPAT_STANDARD];
+}
+
+namespace {
 
 // The reading switches an operation needs on top of the user's.
 void adapt_reading(const op_info &info, read_options &r) {

@@ -41,12 +41,27 @@ using doc_action =
 // non-blank line, resetting the session in between.  Returns the exit status.
 int run_documents(const command_line &cl, session &s, const doc_action &act);
 
+// A handler given the session to use, so that with --lines several threads
+// can each run it over a session of their own.
+using doc_job = std::function<doc_result(session &s, std::string_view text,
+                                         const std::string &name, uint64_t line)>;
+// As above, over sessions opened from `opts`: with --lines the lines are
+// handled on --jobs threads (the machine's cores by default) and written in
+// input order.  Whatever `job` shares between documents must be safe to
+// share between threads.
+int run_documents(const command_line &cl, const read_options &opts, const doc_job &job);
+
+// Sends this thread's messages into `into` (null: to standard error).
+void capture_messages(std::string *into);
+
 int run_check(command_line &cl);
 int run_format(command_line &cl);
 
 // Tree operations on two or more documents.
 enum class op_kind { equal, contains, overlaps, merge_patch, merge_preserve, concat, strip_nulls };
 int run_op(op_kind op, command_line &cl);
+// The dialect a command reads its inputs in unless --dialect is given.
+const char *default_dialect(const char *command);
 
 // Path queries.
 constexpr int EXIT_NO_VALUE = 3;  // query: in some document nothing matched
@@ -57,6 +72,8 @@ int run_contains_path(command_line &cl);
 int run_value(command_line &cl);
 
 // Changes by path.
+enum class change_kind { set, insert, replace, remove, array_append, array_insert };
+int run_change(change_kind kind, command_line &cl);
 
 }  // namespace vxcli
 

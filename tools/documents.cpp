@@ -2,9 +2,12 @@
 // one, or JSON Lines streams line by line in bounded memory, with a count
 // of bad lines at the end.
 #include <cstdio>
+#include <thread>
 
 #include "commands.h"
 #include "input.h"
+#include "lines_parallel.h"
+#include "show.h"
 
 namespace vxcli {
 
@@ -12,25 +15,6 @@ namespace {
 
 // Output is handed to standard output in pieces of about this size.
 constexpr uint32_t FLUSH_AT = 1u << 20;
-
-bool is_blank_line(std::string_view line) {
-    for (char c : line)
-        if (c != ' ' && c != '\t' && c != '\r' && c != '\f') return false;
-    return true;
-}
-
-struct tally {
-    uint64_t docs = 0;
-    uint64_t bad = 0;
-    bool trouble = false;   // an input could not be read
-    bool fatal = false;     // stop everything
-
-    void count(doc_result r) {
-        ++docs;
-        if (r != doc_result::ok) ++bad;
-        if (r == doc_result::fatal) fatal = true;
-    }
-};
 
 void run_whole(const input_spec &in, session &s, const doc_action &act, tally &t) {
     whole_input w;
@@ -66,17 +50,43 @@ void run_lines(const input_spec &in, session &s, const doc_action &act, tally &t
     }
 }
 
-}  // namespace
-
-void tool_error(const std::string &message) {
-    clear_progress_line();
-    std::fprintf(stderr, "vxjson: %s\n", message.c_str());
+// The end of a run: flush, the count of lines, the exit status.
+int finish(const command_line &cl, tally &t, bool flushed) {
+    if (!flushed || std::fflush(stdout) != 0) {
+        tool_error("cannot write to standard output");
+        t.fatal = true;
+    }
+    if (cl.lines && !cl.quiet)
+        std::fprintf(stderr, "vxjson: %llu line%s, %llu bad\n",
+                     static_cast<unsigned long long>(t.docs), t.docs == 1 ? "" : "s",
+                     static_cast<unsigned long long>(t.bad));
+    if (t.fatal || t.trouble) return EXIT_TROUBLE;
+    return t.bad ? EXIT_INVALID : EXIT_GOOD;
 }
 
-void report_failure(const std::string &name, uint64_t line, const read_failure &why) {
+// Where this thread's messages go: standard error, or the batch of lines
+// a worker is handling.
+thread_local std::string *message_sink = nullptr;
+
+void say(const std::string &line) {
+    if (message_sink) {
+        *message_sink += line;
+        return;
+    }
     clear_progress_line();
-    std::fprintf(stderr, "%s:%llu: error %d: %s\n", name.c_str(),
-                 static_cast<unsigned long long>(line), why.code, why.message.c_str());
+    std::fputs(line.c_str(), stderr);
+}
+
+}  // namespace
+
+void capture_messages(std::string *into) { message_sink = into; }
+
+void tool_error(const std::string &message) { say("vxjson: " + shown(message) + "\n"); }
+
+void report_failure(const std::string &name, uint64_t line, const read_failure &why) {
+    const std::string column = why.column ? ":" + std::to_string(why.column) : "";
+    say(shown(name) + ":" + std::to_string(line) + column + ": error " + std::to_string(why.code) +
+        ": " + shown(why.message) + "\n");
 }
 
 std::unique_ptr<session> open_session(const read_options &opts) {
@@ -89,7 +99,9 @@ std::unique_ptr<session> open_session(const read_options &opts) {
 doc_result refused(const command_line &cl, const std::string &name, uint64_t line,
                    const read_failure &why) {
     if (!cl.quiet || why.out_of_memory) report_failure(name, line + why.line - 1, why);
-    return why.out_of_memory ? doc_result::fatal : doc_result::bad;
+    // A document over --max-memory is refused like a bad one; the next
+    // may fit.  Without a limit, running out of memory ends the run.
+    return why.out_of_memory && cl.read.max_memory == 0 ? doc_result::fatal : doc_result::bad;
 }
 
 int run_documents(const command_line &cl, session &s, const doc_action &act) {
@@ -101,16 +113,26 @@ int run_documents(const command_line &cl, session &s, const doc_action &act) {
         if (cl.lines) run_lines(in, s, act, t);
         else run_whole(in, s, act, t);
     }
-    if (!s.flush() || std::fflush(stdout) != 0) {
-        tool_error("cannot write to standard output");
-        t.fatal = true;
+    return finish(cl, t, s.flush());
+}
+
+int run_documents(const command_line &cl, const read_options &opts, const doc_job &job) {
+    const unsigned jobs = cl.jobs ? cl.jobs : std::max(1u, std::thread::hardware_concurrency());
+    if (!cl.lines || jobs == 1) {
+        const std::unique_ptr<session> s = open_session(opts);
+        if (!s) return EXIT_TROUBLE;
+        return run_documents(cl, *s, [&](std::string_view text, const std::string &name, uint64_t line) {
+            return job(*s, text, name, line);
+        });
     }
-    if (cl.lines && !cl.quiet)
-        std::fprintf(stderr, "vxjson: %llu line%s, %llu bad\n",
-                     static_cast<unsigned long long>(t.docs), t.docs == 1 ? "" : "s",
-                     static_cast<unsigned long long>(t.bad));
-    if (t.fatal || t.trouble) return EXIT_TROUBLE;
-    return t.bad ? EXIT_INVALID : EXIT_GOOD;
+    command_line::inputs_t inputs = cl.inputs;
+    if (inputs.empty()) inputs.push_back({false, "-", "<stdin>"});
+    tally t;
+    for (const input_spec &in : inputs) {
+        if (t.fatal) break;
+        run_lines_parallel(in, opts, jobs, job, t);
+    }
+    return finish(cl, t, true);
 }
 
 }  // namespace vxcli

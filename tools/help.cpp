@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "commands.h"
 #include "options.h"
 #include "sql_function.h"
 
@@ -28,6 +29,12 @@ const char GENERAL[] =
     "  merge-preserve A B [C...]   JSON_MERGE_PRESERVE of the inputs, left to right\n"
     "  concat A B                  A || B, PostgreSQL jsonb concatenation\n"
     "  strip-nulls A               A without null-valued members (jsonb_strip_nulls)\n"
+    "  set DOC PATH VALUE...       JSON_SET; with --dialect pg, jsonb_set\n"
+    "  insert DOC PATH VALUE...    JSON_INSERT: add only where nothing is\n"
+    "  replace DOC PATH VALUE...   JSON_REPLACE: change only what is there\n"
+    "  remove DOC PATH...          JSON_REMOVE; with --dialect pg, jsonb - and #-\n"
+    "  array-append DOC PATH VALUE...  JSON_ARRAY_APPEND\n"
+    "  array-insert DOC PATH VALUE...  JSON_ARRAY_INSERT\n"
     "  query PATH [INPUT...]       the values PATH selects in each input\n"
     "  contains-path one|all PATH... [INPUT]  does a path match? (JSON_CONTAINS_PATH)\n"
     "  value PATH [INPUT...]       JSON_VALUE: the scalar PATH selects, as text, number\n"
@@ -56,14 +63,17 @@ const char CHECK[] =
     "Tells whether each input is a well-formed JSON document under the\n"
     "reading switches.  Prints nothing for a good input and one line on\n"
     "standard error for a bad one:\n"
-    "  NAME:LINE: error CODE: MESSAGE\n"
+    "  NAME:LINE:COLUMN: error CODE: MESSAGE\n"
     "CODE is the library's error code: -5 or -4 for a lexical error, -3105\n"
     "for any other invalid text, -6102 for a number beyond a double (mysql).\n"
-    "Exit status 0 when every input is good, 1 otherwise, 2 on trouble.\n"
+    "Exit status 0 when every input is good, 1 otherwise (a document over\n"
+    "--max-memory counts as bad), 2 on trouble.\n"
     "\n"
     "check switches:\n"
     "  --lines                      JSON Lines: check each line on its own (blank\n"
     "                               lines are skipped) and end with a count\n"
+    "  --jobs N                     with --lines, N threads (default: the machine's\n"
+    "                               cores); messages stay in input order\n"
     "  -q, --quiet                  no messages, only the exit status\n";
 
 const char CHECK_EXAMPLES[] =
@@ -83,6 +93,8 @@ const char FORMAT[] =
     "\n"
     "format switches:\n"
     "  --lines                      JSON Lines in and out, a line at a time\n"
+    "  --jobs N                     with --lines, N threads (default: the machine's\n"
+    "                               cores); output stays in input order\n"
     "  -q, --quiet                  no messages for bad inputs\n";
 
 const char FORMAT_EXAMPLES[] =
@@ -97,8 +109,10 @@ const char EQUAL[] =
     "usage: vxjson equal [SWITCHES] A B\n"
     "\n"
     "Prints true when A and B are the same value, false otherwise.  Member\n"
-    "order does not count; 1 and 1.0 are equal; a scalar may be a whole\n"
-    "input.\n";
+    "order does not count; a scalar may be a whole input.\n"
+    "Numbers compare by their text first, then as doubles: 1 and 1.0 are\n"
+    "equal, and so are two numbers of 37 digits that differ only in the last\n"
+    "(a double keeps about 16 digits).\n";
 
 const char EQUAL_EXAMPLES[] =
     "\n"
@@ -111,7 +125,10 @@ const char CONTAINS[] =
     "\n"
     "Prints true when A contains B.  By default the PostgreSQL rule (A @> B);\n"
     "with --dialect mysql, MySQL's JSON_CONTAINS(A, B), under which an\n"
-    "object in an array also contains a part of itself.\n";
+    "object in an array also contains a part of itself.\n"
+    "Numbers compare by their text first, then as doubles: 1 and 1.0 are\n"
+    "equal, and so are two numbers of 37 digits that differ only in the last\n"
+    "(a double keeps about 16 digits).\n";
 
 const char CONTAINS_EXAMPLES[] =
     "\n"
@@ -124,7 +141,10 @@ const char OVERLAPS[] =
     "\n"
     "Prints true when A and B share a member (same name, equal value) or an\n"
     "element, as MySQL's JSON_OVERLAPS.  Inputs are read in the mysql dialect\n"
-    "unless --dialect says otherwise.\n";
+    "unless --dialect says otherwise.\n"
+    "Numbers compare by their text first, then as doubles: 1 and 1.0 are\n"
+    "equal, and so are two numbers of 37 digits that differ only in the last\n"
+    "(a double keeps about 16 digits).\n";
 
 const char OVERLAPS_EXAMPLES[] =
     "\n"
@@ -186,6 +206,102 @@ const char STRIP_NULLS_EXAMPLES[] =
     "  vxjson strip-nulls -e '{\"a\":null,\"b\":[null,{\"c\":null}]}'   # {\"b\":[null,{}]}\n"
     "  vxjson strip-nulls --pretty record.json\n";
 
+const char CHANGE_COMMON[] =
+    "\n"
+    "DOC is -e TEXT, a file, or '-' for standard input; with --lines it is a\n"
+    "JSON Lines stream and every document in it is changed the same way, one\n"
+    "result a line.  Paths and values follow DOC as plain arguments (after\n"
+    "'--' an argument may start with '-').  A VALUE is JSON text: '\"x\"' for\n"
+    "a string.  In the mysql dialect (the default) a PATH is a path text such\n"
+    "as '$.a[0]'; with --dialect pg it is a text-array path such as '{a,0}',\n"
+    "whose elements name members of objects and positions of arrays\n"
+    "(negative from the end).  The document is written back compact unless\n"
+    "--pretty.  A failed change is reported as NAME:LINE: error CODE: MESSAGE\n"
+    "and the document skipped (exit status 1); -3113 for a path that may name\n"
+    "several places, -3114 for a text-array path on a scalar document, -3115\n"
+    "for a text-array element on an array that is not an integer.\n"
+    "\n"
+    "change switches:\n"
+    "  --lines                      JSON Lines in and out, a line at a time\n"
+    "  -q, --quiet                  no messages for documents that fail\n";
+
+const char SET[] =
+    "usage: vxjson set [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
+    "\n"
+    "MySQL's JSON_SET(DOC, PATH, VALUE, ...): each value replaces what its\n"
+    "path names, or is added where nothing is: a missing member is added at\n"
+    "the end, a position past the end appends, a position other than 0 on a\n"
+    "value that is no array wraps it as [old, new].  Among repeated member\n"
+    "names the last is changed.  With --dialect pg, jsonb_set(DOC, PATH,\n"
+    "VALUE); a position before the first element appends as well.\n";
+
+const char SET_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson set -e '{\"a\":1}' '$.b' '[2]'            # {\"a\":1,\"b\":[2]}\n"
+    "  vxjson set -e '{\"a\":1}' '$.a[5]' 2             # {\"a\":[1,2]}\n"
+    "  vxjson set --dialect pg -e '{\"a\":[1,2]}' '{a,-1}' 9   # {\"a\":[1,9]}\n"
+    "  vxjson set --lines events.jsonl '$.seen' true\n";
+
+const char INSERT[] =
+    "usage: vxjson insert [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
+    "\n"
+    "MySQL's JSON_INSERT: as set, but what is already there stays.\n";
+
+const char INSERT_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson insert -e '{\"a\":1}' '$.a' 2 '$.b' 3     # {\"a\":1,\"b\":3}\n";
+
+const char REPLACE[] =
+    "usage: vxjson replace [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
+    "\n"
+    "MySQL's JSON_REPLACE: as set, but nothing is added.\n";
+
+const char REPLACE_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson replace -e '{\"a\":1}' '$.a' 2 '$.b' 3    # {\"a\":2}\n";
+
+const char REMOVE[] =
+    "usage: vxjson remove [SWITCHES] DOC PATH [PATH...]\n"
+    "\n"
+    "MySQL's JSON_REMOVE(DOC, PATH, ...): each path in turn removes the one\n"
+    "member or element it names (the last of repeated member names); a path\n"
+    "to nothing removes nothing; '$' and paths with wildcards or ranges are\n"
+    "refused (-3113).  With --dialect pg each argument is a key (jsonb - key),\n"
+    "a position (jsonb - n, negative from the end) or a text-array path\n"
+    "(jsonb #- '{a,0}').\n";
+
+const char REMOVE_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson remove -e '[1,2,3]' '$[0]' '$[0]'            # [3]\n"
+    "  vxjson remove --dialect pg -e '[1,2,3]' -1          # [1,2]\n"
+    "  vxjson remove --dialect pg -e '{\"a\":[1,2]}' '{a,0}'   # {\"a\":[2]}\n";
+
+const char ARRAY_APPEND[] =
+    "usage: vxjson array-append [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
+    "\n"
+    "MySQL's JSON_ARRAY_APPEND: each value goes at the end of the array its\n"
+    "path names; a value that is no array becomes [old, new] in its place.\n"
+    "A path to nothing changes nothing.  Only in the mysql dialect.\n";
+
+const char ARRAY_APPEND_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson array-append -e '{\"a\":[1],\"b\":1}' '$.a' 2 '$.b' 2   # {\"a\":[1,2],\"b\":[1,2]}\n";
+
+const char ARRAY_INSERT[] =
+    "usage: vxjson array-insert [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
+    "\n"
+    "MySQL's JSON_ARRAY_INSERT: each value goes before the element its path\n"
+    "names; a position past the end appends.  Only in the mysql dialect.\n";
+
+const char ARRAY_INSERT_EXAMPLES[] =
+    "\n"
+    "examples:\n"
+    "  vxjson array-insert -e '[1,2]' '$[0]' 0 '$[9]' 3    # [0,1,2,3]\n";
 const char QUERY[] =
     "usage: vxjson query [SWITCHES] PATH [INPUT...]\n"
     "\n"
@@ -279,6 +395,7 @@ struct help_entry {
     const char *examples;
     std::string text;     // assembled on first use
     bool clauses = false; // takes the clauses of the SQL/JSON functions
+    const char *common = "";  // text shared by a family of commands
 };
 
 help_entry HELP[] = {
@@ -291,6 +408,12 @@ help_entry HELP[] = {
     {"merge-preserve", MERGE_PRESERVE, true, MERGE_PRESERVE_EXAMPLES, {}},
     {"concat", CONCAT, true, CONCAT_EXAMPLES, {}},
     {"strip-nulls", STRIP_NULLS, true, STRIP_NULLS_EXAMPLES, {}},
+    {"set", SET, true, SET_EXAMPLES, {}, false, CHANGE_COMMON},
+    {"insert", INSERT, true, INSERT_EXAMPLES, {}, false, CHANGE_COMMON},
+    {"replace", REPLACE, true, REPLACE_EXAMPLES, {}, false, CHANGE_COMMON},
+    {"remove", REMOVE, true, REMOVE_EXAMPLES, {}, false, CHANGE_COMMON},
+    {"array-append", ARRAY_APPEND, true, ARRAY_APPEND_EXAMPLES, {}, false, CHANGE_COMMON},
+    {"array-insert", ARRAY_INSERT, true, ARRAY_INSERT_EXAMPLES, {}, false, CHANGE_COMMON},
     {"query", QUERY, true, QUERY_EXAMPLES, {}, true},
     {"value", VALUE, false, VALUE_EXAMPLES, {}, true},
     {"contains-path", CONTAINS_PATH, false, CONTAINS_PATH_EXAMPLES, {}},
@@ -304,10 +427,15 @@ const char *command_help(const char *name) {
     for (help_entry &h : HELP) {
         if (std::strcmp(h.name, name) != 0) continue;
         if (h.text.empty()) {
+            h.text = std::string(h.head) + h.common;
             h.text = h.head;
             if (h.clauses) h.text += std::string("\n") + CLAUSE_OPTIONS_HELP;
             if (h.writes) h.text += std::string("\n") + WRITE_OPTIONS_HELP;
-            h.text += std::string("\n") + READ_OPTIONS_HELP + h.examples;
+            std::string reading = READ_OPTIONS_HELP;
+            const std::string standard = "(default standard)";
+            reading.replace(reading.find(standard), standard.size(),
+                            std::string("(default ") + default_dialect(h.name) + ")");
+            h.text += "\n" + reading + h.examples;
         }
         return h.text.c_str();
     }

@@ -1,6 +1,7 @@
 // vxjson: the library in a user's hands.  Dispatches to a command, prints
 // help and the version, and applies the process-wide character set.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -18,6 +19,9 @@ struct command {
     int (*run)(command_line &);
     unsigned groups;   // switch groups accepted besides the reading ones
 };
+
+// The changes by path write JSON and take JSON Lines streams.
+constexpr unsigned OPT_CHANGE = OPT_READ | OPT_WRITE | OPT_LINES | OPT_QUIET;
 
 constexpr command COMMANDS[] = {
     {"check", run_check, OPT_READ | OPT_LINES | OPT_QUIET},
@@ -41,12 +45,25 @@ constexpr command COMMANDS[] = {
     {"value", run_value, OPT_READ | OPT_LINES | OPT_QUIET | OPT_CLAUSES},
 
     // Changes by path.
+    {"set", [](command_line &c) { return run_change(change_kind::set, c); }, OPT_CHANGE},
+    {"insert", [](command_line &c) { return run_change(change_kind::insert, c); }, OPT_CHANGE},
+    {"replace", [](command_line &c) { return run_change(change_kind::replace, c); }, OPT_CHANGE},
+    {"remove", [](command_line &c) { return run_change(change_kind::remove, c); }, OPT_CHANGE},
+    {"array-append", [](command_line &c) { return run_change(change_kind::array_append, c); },
+     OPT_CHANGE},
+    {"array-insert", [](command_line &c) { return run_change(change_kind::array_insert, c); },
+     OPT_CHANGE},
 };
 
 const command *find_command(const char *name) {
     for (const command &c : COMMANDS)
         if (std::strcmp(c.name, name) == 0) return &c;
     return nullptr;
+}
+
+// The values the library's configuration takes from the environment.
+bool valid_charset_value(const char *v) {
+    return std::strcmp(v, "0") == 0 || std::strcmp(v, "1") == 0 || std::strcmp(v, "2") == 0;
 }
 
 int usage_error(const std::string &message, const char *command_name) {
@@ -89,7 +106,13 @@ int run(int argc, char **argv) {
         std::fputs(command_help(cmd->name), stdout);
         return EXIT_GOOD;
     }
-    if (cl.read.charset >= 0) ini_set_value(0, VX_INI_CHARSET, cl.read.charset);
+    if (cl.read.charset >= 0) {
+        ini_set_value(0, VX_INI_CHARSET, cl.read.charset);
+    } else if (const char *env = std::getenv("VXJSON_CHARSET"); env && !valid_charset_value(env)) {
+        tool_error(std::string("bad value for VXJSON_CHARSET: '") + env +
+                   "' (0 GB18030, 1 UTF-8, 2 EUC-KR)");
+        return EXIT_TROUBLE;
+    }
     return cmd->run(cl);
 }
 

@@ -3,6 +3,7 @@
 // an inline document.
 #include "options.h"
 
+#include <cerrno>
 #include <cstdlib>
 
 namespace vxcli {
@@ -10,6 +11,11 @@ namespace vxcli {
 const char READ_OPTIONS_HELP[] =
     "reading switches:\n"
     "  --dialect standard|pg|mysql  the SQL dialect whose rules apply (default standard)\n"
+    "                               standard: lax, members kept as written;\n"
+    "                               pg, mysql: strict, a scalar may be the whole\n"
+    "                               document, members sorted and the last of repeated\n"
+    "                               names wins, as jsonb and MySQL's JSON type store\n"
+    "                               documents (--unique-keys keeps them as written)\n"
     "  --strict                     only standard JSON (the default in pg and mysql)\n"
     "  --lax                        also single quotes, bare names, trailing commas,\n"
     "                               +1, 007, .5, TRUE (the default in standard)\n"
@@ -22,7 +28,9 @@ const char READ_OPTIONS_HELP[] =
     "  --charset utf8|gb18030|euckr the character set of the text (default utf8,\n"
     "                               or VXJSON_CHARSET=0|1|2 in the environment)\n"
     "  --max-memory SIZE            refuse a document that needs more than SIZE\n"
-    "                               bytes of memory (suffix K, M or G)\n";
+    "                               bytes of memory (suffix K, M or G)\n"
+    "A switch and its opposite (--strict and --lax, --unique-keys and\n"
+    "--dup-replace, two dialects, two character sets) are a usage error.\n";
 
 const char WRITE_OPTIONS_HELP[] =
     "writing switches:\n"
@@ -57,39 +65,84 @@ bool find_named(const named_value (&table)[N], const std::string &name, int32_t 
     return false;
 }
 
-// A switch without a value; false when `arg` is none of them.
-bool flag_switch(const std::string &arg, unsigned groups, command_line &out) {
+// Records a value for a switch that may be given more than once only with
+// the same value; false with `error` set when it contradicts an earlier one.
+template <typename T>
+bool set_once(T &field, T value, bool &given, const std::string &what, std::string &error) {
+    if (given && field != value) {
+        error = what;
+        return false;
+    }
+    field = value;
+    given = true;
+    return true;
+}
+
+// A switch without a value: 1 taken, 0 not one of them, -1 a contradiction
+// (with `error` set).
+int flag_switch(const std::string &arg, unsigned groups, command_line &out, std::string &error) {
     read_options &r = out.read;
-    if (arg == "--strict") r.strict = 1;
-    else if (arg == "--lax") r.strict = 0;
-    else if (arg == "--unique-keys") r.unique_keys = true;
+    bool ok = true;
+    if (arg == "--strict" || arg == "--lax") {
+        bool given = r.strict >= 0;
+        ok = set_once(r.strict, arg == "--strict" ? 1 : 0, given, "--strict and --lax contradict each other", error);
+    } else if (arg == "--unique-keys") r.unique_keys = true;
     else if (arg == "--dup-replace") r.dup_replace = true;
     else if (arg == "--sorted-keys") r.sorted_keys = true;
     else if (arg == "--scalar-top") r.scalar_top = true;
     else if (arg == "--keep-escapes") r.keep_escapes = true;
-    else if ((groups & OPT_WRITE) && (arg == "--pretty" || arg == "--pretty=b")) out.write.layout = 4;
-    else if ((groups & OPT_WRITE) && arg == "--pretty=a") out.write.layout = 2;
-    else if ((groups & OPT_WRITE) && arg == "--ascii") out.write.ascii = true;
+    else if ((groups & OPT_WRITE) && (arg == "--pretty" || arg == "--pretty=b" || arg == "--pretty=a")) {
+        bool given = out.write.layout != 0;
+        ok = set_once(out.write.layout, arg == "--pretty=a" ? 2u : 4u, given,
+                      "--pretty=a and --pretty=b contradict each other", error);
+    } else if ((groups & OPT_WRITE) && arg == "--ascii") out.write.ascii = true;
     else if ((groups & OPT_LINES) && arg == "--lines") out.lines = true;
     else if ((groups & OPT_QUIET) && (arg == "--quiet" || arg == "-q")) out.quiet = true;
     else if (arg == "--help" || arg == "-h") out.help = true;
-    else return false;
-    return true;
+    else return 0;
+    return ok ? 1 : -1;
 }
 
 // A switch that takes a value; false with `error` set when the value is bad.
 bool value_switch(const std::string &name, const std::string &value, read_options &r,
                   std::string &error) {
-    bool ok = true;
-    if (name == "--dialect") ok = r.dialect_given = find_named(DIALECTS, value, r.compat);
-    else if (name == "--charset") ok = find_named(CHARSETS, value, r.charset);
-    else if (name == "--max-memory") ok = parse_size(value, r.max_memory) && r.max_memory > 0;
-    if (!ok) error = "bad value for " + name + ": '" + value + "'";
-    return ok;
+    const std::string bad = "bad value for " + name + ": '" + value + "'";
+    int32_t v = 0;
+    if (name == "--dialect") {
+        if (!find_named(DIALECTS, value, v)) return error = bad, false;
+        return set_once(r.compat, v, r.dialect_given, "two different --dialect values", error);
+    }
+    if (name == "--charset") {
+        if (!find_named(CHARSETS, value, v)) return error = bad, false;
+        bool given = r.charset >= 0;
+        return set_once(r.charset, v, given, "two different --charset values", error);
+    }
+    if (name == "--max-memory" && (!parse_size(value, r.max_memory) || r.max_memory == 0)) {
+        error = bad + " (from 1 byte to 2^64-1 bytes, suffix K, M or G)";
+        return false;
+    }
+    return true;
 }
 
-bool takes_value(const std::string &name) {
-    return name == "--dialect" || name == "--charset" || name == "--max-memory";
+bool takes_value(const std::string &name, unsigned groups) {
+    return name == "--dialect" || name == "--charset" || name == "--max-memory" ||
+           ((groups & OPT_LINES) && name == "--jobs");
+}
+
+// --jobs N: from 1 to this many threads.
+constexpr unsigned JOBS_MAX = 1024;
+
+bool jobs_switch(const std::string &value, unsigned &jobs, std::string &error) {
+    char *end = nullptr;
+    errno = 0;
+    const unsigned long v = value.empty() || value[0] < '0' || value[0] > '9'
+                                ? 0 : std::strtoul(value.c_str(), &end, 10);
+    if (v == 0 || v > JOBS_MAX || errno || *end) {
+        error = "bad value for --jobs: '" + value + "' (from 1 to " + std::to_string(JOBS_MAX) + ")";
+        return false;
+    }
+    jobs = static_cast<unsigned>(v);
+    return true;
 }
 
 // Where a clause switch of the SQL/JSON functions keeps its value (checked
@@ -125,7 +178,9 @@ void number_inline_inputs(command_line &out) {
 bool parse_size(const std::string &text, uint64_t &out) {
     if (text.empty() || text[0] < '0' || text[0] > '9') return false;
     char *end = nullptr;
+    errno = 0;
     unsigned long long v = std::strtoull(text.c_str(), &end, 10);
+    if (errno == ERANGE) return false;
     uint64_t unit = 1;
     if (*end == 'K' || *end == 'k') unit = 1024, ++end;
     else if (*end == 'M' || *end == 'm') unit = 1024 * 1024, ++end;
@@ -140,7 +195,9 @@ bool parse_command_line(int argc, char **argv, int first, unsigned groups, comma
     bool switches_end = false;
     for (int i = first; i < argc; ++i) {
         std::string arg = argv[i];
-        if (switches_end || arg == "-" || arg.empty() || arg[0] != '-') {
+        // A negative number is an argument (a value, a position), not a switch.
+        const bool negative_number = arg.size() > 1 && arg[0] == '-' && arg[1] >= '0' && arg[1] <= '9';
+        if (switches_end || arg == "-" || arg.empty() || arg[0] != '-' || negative_number) {
             add_input(out, false, std::move(arg));
             continue;
         }
@@ -156,11 +213,14 @@ bool parse_command_line(int argc, char **argv, int first, unsigned groups, comma
             add_input(out, true, argv[++i]);
             continue;
         }
-        if (flag_switch(arg, groups, out)) continue;
+        if (int taken = flag_switch(arg, groups, out, error)) {
+            if (taken < 0) return false;
+            continue;
+        }
         size_t eq = arg.find('=');
         std::string name = arg.substr(0, eq);
         std::string *clause = (groups & OPT_CLAUSES) ? clause_switch(name, out.clauses) : nullptr;
-        if (!clause && !takes_value(name)) {
+        if (!clause && !takes_value(name, groups)) {
             error = "unknown switch '" + arg + "'";
             return false;
         }
@@ -174,7 +234,13 @@ bool parse_command_line(int argc, char **argv, int first, unsigned groups, comma
             return false;
         }
         if (clause) *clause = value;
-        else if (!value_switch(name, value, out.read, error)) return false;
+        else if (name == "--jobs" ? !jobs_switch(value, out.jobs, error)
+                                  : !value_switch(name, value, out.read, error))
+            return false;
+    }
+    if (out.read.unique_keys && out.read.dup_replace) {
+        error = "--unique-keys and --dup-replace contradict each other";
+        return false;
     }
     number_inline_inputs(out);
     return true;

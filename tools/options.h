@@ -60,6 +60,7 @@ struct command_line {
     bool lines = false;          // JSON Lines: one document per line
     bool quiet = false;          // no per-input messages, only the status
     bool help = false;           // --help was given
+    unsigned jobs = 0;           // threads for --lines, 0: the machine's cores
     inputs_t inputs;
 };
 

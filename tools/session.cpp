@@ -6,7 +6,7 @@
 
 #include <cstdio>
 
-#include "locate.h"
+#include "error_text.h"
 #include "vx_elog.h"
 
 namespace vxcli {
@@ -20,6 +20,7 @@ constexpr size_t HEAP_FIRST_BLOCK_MAX = 64u << 20;
 constexpr uint32_t OUTPUT_INITIAL = 64u << 10;
 // The reader keeps lengths in 32 bits and adds a little slack to them.
 constexpr size_t TEXT_MAX = UINT32_MAX - 16;
+constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
 bool trail_has(int32_t code) {
     const uint32_t n = elog_trail_count();
@@ -43,6 +44,9 @@ const char *code_message(int32_t code) {
     case VXJSON_ERR_MULTI_STEP: return "the path may match several values";
     case VXJSON_ERR_CONCAT_SCALAR: return "cannot concatenate an object with a scalar";
     case VXJSON_ERR_DOUBLE_OVERFLOW: return "number overflows a double";
+    case VXJSON_ERR_TEXT_PATH_SCALAR: return "a text-array path cannot change a scalar document";
+    case VXJSON_ERR_TEXT_PATH_INDEX: return "a path element on an array is not an integer";
+    case VXJSON_ERR_REMOVE_SUBSCRIPT: return "a position cannot be removed from a non-array";
     case VXJSON_ERR_QUERY_SCALAR: return "JSON_QUERY without wrapper met a scalar or several values";
     case VXJSON_ERR_VALUE_NOT_SCALAR: return "JSON_VALUE met an object or array";
     case VXJSON_ERR_VALUE_MANY: return "JSON_VALUE met several values";
@@ -80,6 +84,12 @@ void session::init_context() {
     if (opts_.scalar_top) c->scalar_top = 1;
     if (opts_.dup_replace) c->dup_key_replace = 1;
     if (opts_.sorted_keys) c->sorted_keys = 1;
+    // pg and mysql read a document as their servers store it (jsonb, the
+    // MySQL JSON type): members sorted, the last of repeated names kept.
+    if (opts_.compat != JLPCA_COMPAT_STANDARD && !opts_.unique_keys) {
+        c->sorted_keys = 1;
+        c->dup_key_replace = 1;
+    }
 }
 
 int32_t session::run(std::string_view text, bool tree, json_node **root) {
@@ -94,7 +104,7 @@ int32_t session::read(std::string_view text, json_node **root, read_failure &why
     *root = nullptr;
     if (text.size() > TEXT_MAX) return too_large(why);
     const int32_t rc = run(text, true, root);
-    return rc == 0 ? 0 : refuse(text, rc, why, true);
+    return rc == 0 ? 0 : refuse(text, rc, why);
 }
 
 // The check grammar ignores scalar_top in the standard dialect, and only
@@ -104,7 +114,7 @@ int32_t session::check(std::string_view text, read_failure &why) {
     const bool tree = opts_.unique_keys || (ctx_->scalar_top && ctx_->compat == 0);
     json_node *root = nullptr;
     const int32_t rc = run(text, tree, &root);
-    return rc == 0 ? 0 : refuse(text, rc, why, tree);
+    return rc == 0 ? 0 : refuse(text, rc, why);
 }
 
 int32_t session::too_large(read_failure &why) {
@@ -112,48 +122,34 @@ int32_t session::too_large(read_failure &why) {
     return VXJSON_ERR_INVALID_JSON;
 }
 
-bool session::out_of_memory(std::string_view text, int32_t rc, bool tree) {
-    if (rc == VXJSON_ERR_NOMEM || trail_has(VXJSON_ERR_NOMEM)) return true;
-    if (!opts_.max_memory) return false;
-    // The reader folds allocation failures into -3105: a text that reads
-    // without the limit was refused for its size alone.
-    mem_heap_set_byte_limit(heap_, UINT64_MAX);
-    json_node *root = nullptr;
-    const bool fits_without_limit = run(text, tree, &root) == 0;
-    const uint64_t used = mem_heap_bytes_used(heap_);
-    mem_heap_set_byte_limit(heap_, used < opts_.max_memory ? opts_.max_memory - used : 0);
-    return fits_without_limit;
-}
-
-int32_t session::refuse(std::string_view text, int32_t rc, read_failure &why, bool tree) {
+// Where and why the reader stopped, as it recorded it: the text is never
+// read again, so a refusal costs no more memory than the reading did.
+int32_t session::refuse(std::string_view text, int32_t rc, read_failure &why) {
     const jlpca_ctx &c = *ctx_;
     why = read_failure{};
-    if (out_of_memory(text, rc, tree)) {
+    uint32_t offset = 0, line = 1, column = 1;
+    const char *message = "";
+    const int32_t code = jlpca_error_position(&c, &offset, &line, &column, &message);
+    if (rc == VXJSON_ERR_NOMEM || code == VXJSON_ERR_NOMEM || trail_has(VXJSON_ERR_NOMEM)) {
         why.code = VXJSON_ERR_NOMEM;
         why.out_of_memory = true;
-        why.message = opts_.max_memory ? "out of memory (more than --max-memory)" : "out of memory";
+        why.message = opts_.max_memory ? "the document needs more memory than --max-memory " +
+                                             size_text(opts_.max_memory) + " allows"
+                                       : "out of memory";
         elog_trail_clear();
         return VXJSON_ERR_NOMEM;
     }
-    if (c.err_code < 0) {
-        why.code = c.err_code;
-        why.message = c.err_msg[0] ? c.err_msg : code_message(c.err_code);
-        if (c.err_line) {
-            why.line = c.err_line;
-        } else {
-            // Number errors come from the number helpers, which know no line.
-            const bool overflow = c.err_code == VXJSON_ERR_DOUBLE_OVERFLOW;
-            why.line = locate_number_error(text, c.strict != 0, overflow).line;
-        }
+    why.code = c.err_code < 0 ? c.err_code : rc;
+    why.line = line;
+    why.column = column;
+    if (text.substr(0, 3) == BYTE_ORDER_MARK) {
+        // Nothing after a byte-order mark is read: it is the first fault.
+        why.line = why.column = 1;
+        why.message = "the text starts with a byte-order mark (EF BB BF), which JSON text has not";
+    } else if (c.err_code < 0) {
+        why.message = message[0] ? message : code_message(c.err_code);
     } else {
-        grammar_rules rules;
-        rules.strict = c.strict != 0;
-        rules.scalar_top = c.compat != 0 || (tree && c.scalar_top);
-        rules.unique_keys = c.unique_keys != 0;
-        const error_spot spot = locate_syntax_error(text, rules);
-        why.code = rc;
-        why.line = spot.line;
-        why.message = spot.found ? spot.message : "syntax error";
+        why.message = grammar_error_text(text, offset, message, c.scalar_top || c.compat != 0);
     }
     elog_trail_clear();
     return rc;
@@ -201,6 +197,11 @@ bool session::flush(uint32_t at_least) {
     if (out_->len && std::fwrite(out_->buf, 1, out_->len, stdout) != out_->len) return false;
     vxstr_init(out_);
     return true;
+}
+
+void session::take_output(std::string &into) {
+    into.append(out_->buf, out_->len);
+    vxstr_init(out_);
 }
 
 void session::reset() {

@@ -23,6 +23,7 @@ struct read_failure {
     uint32_t line = 1;           // line within the text, from 1
     std::string message;
     bool out_of_memory = false;  // the library ran out of memory (-503)
+    uint32_t column = 0;         // column within the line, from 1; 0 unknown
 };
 
 class session {
@@ -49,6 +50,9 @@ public:
     // larger than `at_least` bytes; false when standard output failed.
     bool flush(uint32_t at_least = 0);
 
+    // Moves the output assembled so far to the end of `into`.
+    void take_output(std::string &into);
+
     // Forgets every tree; the memory is kept for the next text.
     void reset();
 
@@ -59,8 +63,7 @@ private:
     int32_t run(std::string_view text, bool tree, json_node **root);
     int32_t too_large(read_failure &why);
     int32_t write_tree(const json_node *node, const write_options &w);
-    bool out_of_memory(std::string_view text, int32_t rc, bool tree);
-    int32_t refuse(std::string_view text, int32_t rc, read_failure &why, bool tree_grammar);
+    int32_t refuse(std::string_view text, int32_t rc, read_failure &why);
 
     read_options opts_;
     vx_heap *heap_ = nullptr;

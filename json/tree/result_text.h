@@ -20,18 +20,24 @@ inline vxstr *result_text_begin(jlpca_ctx *ctx) {
 
 // Hand the text over on success (it then belongs to the caller, to be
 // released through the context's allocator); on a negative rc, or when an
-// append failed unnoticed, release it and report the code at `line`.
-inline int32_t result_text_end(jlpca_ctx *ctx, vxstr *s, int32_t rc, int32_t line, char **out,
-                               uint32_t *out_len) {
+// append failed unnoticed, release it and report the code at `line` of
+// source unit `src`.
+inline int32_t result_text_end(jlpca_ctx *ctx, vxstr *s, int32_t rc, const char *src, int32_t line,
+                               char **out, uint32_t *out_len) {
     if (rc >= 0 && s->failed) rc = VXJSON_ERR_NOMEM;
     if (rc < 0) {
         vxstr_free(ctx->env, ctx->allocator, s);
-        return report_json(rc, line);
+        return report(rc, src, line);
     }
     *out = vxstr_getstr(s);
     *out_len = s->len;
     vxstr_free_record(ctx->env, ctx->allocator, s);
     return 0;
+}
+
+inline int32_t result_text_end(jlpca_ctx *ctx, vxstr *s, int32_t rc, int32_t line, char **out,
+                               uint32_t *out_len) {
+    return result_text_end(ctx, s, rc, SRC_JSON, line, out, out_len);
 }
 
 // The whole text of node, written compactly with conversion conv; failures

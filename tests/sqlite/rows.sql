@@ -25,9 +25,19 @@ select 'concat', count(*) from t
     and json_extract(jsonb_concat(j, '{"x":0}'), '$.id') = i;
 select 'patch', count(*), sum(json_extract(mysql_json_merge_patch(j, '{"v":1,"w":2}'), '$.v')) from t;
 select 'preserve', sum(json_array_length(mysql_json_merge_preserve(json_extract(j, '$.tags'), '[1,2]'))) from t;
--- the path functions, their paths compiled once per statement
+-- the path functions, with their clauses and paths read once per statement
+select 'value-number', sum(json_value(j, '$.id', 'number')) from t;
+select 'value-text', count(*) from t where json_value(j, '$.tags[0]') = 't' || (i % 7);
+select 'value-null', count(*) from t where json_value(j, '$.v') is null;
+select 'value-default', sum(json_value(j, '$.v', 'number', NULL, NULL) is null),
+       sum(json_value(j, '$.w', 'number', 'default on empty', NULL, 1)) from t;
+select 'value-bad-rows', count(json_value(j, '$.id')), count(*) from bad;
+select 'query', count(*) from t where json_query(j, '$.tags') = '["t' || (i % 7) || '"]';
 select 'exists', sum(json_exists(j, '$.v')), sum(json_exists(j, '$.w')) from t;
 select 'extract', count(*) from t where mysql_json_extract(j, '$.id') = cast(i as text);
+select 'set', count(*) from t where json_extract(mysql_json_set(j, '$.w', i), '$.w') = i;
+select 'remove', count(*) from t where json_type(mysql_json_remove(j, '$.tags'), '$.tags') is null;
 select 'path-query', count(*) from t where jsonb_path_query(j, '$.id') = cast(i as text);
+select 'delete', count(*) from t where json_type(jsonb_delete(j, 'id'), '$.id') is null;
 -- an error in any row stops the statement
 select 'bad-row', count(*) from bad where jsonb_contains(j, '{}');

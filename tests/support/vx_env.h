@@ -220,6 +220,17 @@ inline std::string read_file(const std::string &path) {
     return ss.str();
 }
 
+#ifdef VXJSON_BENCH_DATA_DIR
+// A reference document of bench/data (file name with its extension); a
+// missing or empty one fails the test, naming the path.
+inline std::string read_bench_data(const std::string &file) {
+    const std::string path = std::string(VXJSON_BENCH_DATA_DIR) + "/" + file;
+    std::string text = read_file(path);
+    if (text.empty()) ADD_FAILURE() << "cannot read the reference document " << path;
+    return text;
+}
+#endif
+
 // Member names of an object in list order, checking the back links too.
 inline std::vector<std::string> member_names(const json_node *o) {
     std::vector<std::string> names;
