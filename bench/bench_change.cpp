@@ -43,14 +43,16 @@ struct Changer {
 
     json_node *read(const std::string &text) {
         json_node *root = nullptr;
-        if (jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size())) || json_flex(ctx.get(), &root))
+        if (jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size())) ||
+            json_flex(ctx.get(), &root))
             return nullptr;
         return root;
     }
     jpath *path(const char *text) {
         uint32_t n = 0;
         jpath *p = nullptr;
-        return jpath_array_flex(ctx.get(), text, uint32_t(std::strlen(text)), 1, &n, &p) ? nullptr : p;
+        return jpath_array_flex(ctx.get(), text, uint32_t(std::strlen(text)), 1, &n, &p) ? nullptr
+                                                                                         : p;
     }
     void reset() {
         vx_allocator_release_all(&state);
@@ -85,7 +87,8 @@ void BM_PgSet_Twitter(benchmark::State &state) {
     jpath path{};
     jpath_init_simple(&path, 1);
     char literal[] = "{statuses,-1,user,name}";
-    if (!doc || !value || jpath_parse_pg_array(c.ctx->env, c.ctx->heap, c.ctx->allocator, &path, literal))
+    if (!doc || !value ||
+        jpath_parse_pg_array(c.ctx->env, c.ctx->heap, c.ctx->allocator, &path, literal))
         return state.SkipWithError("twitter.json not readable");
     c.ctx->set_mode = JSON_SET_MODE_SET;
     for (auto _ : state) {
@@ -112,9 +115,10 @@ template <bool Append> void BM_Change_FreshTwitter(benchmark::State &state) {
         if (!doc || !value || !path) return state.SkipWithError("twitter.json not readable");
         char *out = nullptr;
         uint32_t len = 0;
-        const int32_t rc = Append ? json_array_add_element_mysql_path_array(doc, 1, path, value, c.ctx.get(),
-                                                                            JSON_ARRAY_ADD_SINGLE, &out, &len)
-                                  : json_remove_mysql_path_array(doc, 1, path, c.ctx.get(), &out, &len);
+        const int32_t rc =
+            Append ? json_array_add_element_mysql_path_array(doc, 1, path, value, c.ctx.get(),
+                                                             JSON_ARRAY_ADD_SINGLE, &out, &len)
+                   : json_remove_mysql_path_array(doc, 1, path, c.ctx.get(), &out, &len);
         if (rc) return state.SkipWithError("change failed");
         benchmark::DoNotOptimize(len);
         c.release(out);
@@ -124,8 +128,12 @@ template <bool Append> void BM_Change_FreshTwitter(benchmark::State &state) {
 
 BENCHMARK(BM_Replace_Twitter)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_PgSet_Twitter)->Unit(benchmark::kMicrosecond);
-BENCHMARK_TEMPLATE(BM_Change_FreshTwitter, false)->Name("BM_Remove_Twitter")->Unit(benchmark::kMicrosecond);
-BENCHMARK_TEMPLATE(BM_Change_FreshTwitter, true)->Name("BM_ArrayAppend_Twitter")->Unit(benchmark::kMicrosecond);
+BENCHMARK_TEMPLATE(BM_Change_FreshTwitter, false)
+    ->Name("BM_Remove_Twitter")
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_TEMPLATE(BM_Change_FreshTwitter, true)
+    ->Name("BM_ArrayAppend_Twitter")
+    ->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

@@ -17,7 +17,8 @@ inline std::string load_bench_data(const std::string &name) {
     std::ifstream in(std::string(VXJSON_BENCH_DATA_DIR) + "/" + name + ".json", std::ios::binary);
     std::ostringstream ss;
     ss << in.rdbuf();
-    if (ss.str().empty()) std::fprintf(stderr, "cannot read %s/%s.json\n", VXJSON_BENCH_DATA_DIR, name.c_str());
+    if (ss.str().empty())
+        std::fprintf(stderr, "cannot read %s/%s.json\n", VXJSON_BENCH_DATA_DIR, name.c_str());
     return ss.str();
 }
 

@@ -41,7 +41,8 @@ struct Context {
 
     json_node *read(const std::string &text) {
         json_node *root = nullptr;
-        if (jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size())) || json_flex(ctx.get(), &root))
+        if (jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size())) ||
+            json_flex(ctx.get(), &root))
             return nullptr;
         return root;
     }
@@ -61,8 +62,8 @@ const std::string &status_text() {
         if (!kv || kv->value->type != JSON_ARRAY || kv->value->count == 0) return std::string();
         vxstr *s = vxstr_create(nullptr, &c.alloc, 0);
         std::string out;
-        if (s && json_to_string(c.ctx.get(), &c.alloc, s, kv->value->items[0], JSON_FMT_COMPACT, 0, 0,
-                                JSON_CONV_JSON) == 0)
+        if (s && json_to_string(c.ctx.get(), &c.alloc, s, kv->value->items[0], JSON_FMT_COMPACT, 0,
+                                0, JSON_CONV_JSON) == 0)
             out.assign(s->buf, s->len);
         if (s) vxstr_free(nullptr, &c.alloc, s);
         return out;
@@ -76,7 +77,8 @@ struct Path {
     jpath path{};
     bool ok = false;
     Path(const char *text, uint32_t ret_type, uint32_t datatype) {
-        jpath_init(&path, jpath_encode_flag(ret_type, 0, JPATH_WRAPPER_WITHOUT, JPATH_ON_ERROR_ERROR, 0),
+        jpath_init(&path,
+                   jpath_encode_flag(ret_type, 0, JPATH_WRAPPER_WITHOUT, JPATH_ON_ERROR_ERROR, 0),
                    datatype, 0, 0);
         ok = jlpca_reinit(c.ctx.get(), text, uint32_t(std::strlen(text))) == 0 &&
              jpath_flex(c.ctx.get(), &path) == 0;

@@ -53,7 +53,8 @@ void compile_each(benchmark::State &st, const std::vector<std::string> &texts, i
         for (const std::string &t : texts) {
             jpath p;
             jpath_init(&p, 3, 4000, 0, JPATH_DIALECT_STANDARD);
-            if (jlpca_reinit(c.ctx.get(), t.data(), uint32_t(t.size())) || jpath_flex(c.ctx.get(), &p)) {
+            if (jlpca_reinit(c.ctx.get(), t.data(), uint32_t(t.size())) ||
+                jpath_flex(c.ctx.get(), &p)) {
                 st.SkipWithError("path did not compile");
                 return;
             }
@@ -67,15 +68,23 @@ void compile_each(benchmark::State &st, const std::vector<std::string> &texts, i
 }
 
 const std::vector<std::string> kShort = {
-    "$", "$.a", "$.store.book[0].title", "$[*].price", "$.a[1 to 3, 5]", "$.\"first name\"",
-    "$.*[0]", "$[2][3].x",
+    "$",
+    "$.a",
+    "$.store.book[0].title",
+    "$[*].price",
+    "$.a[1 to 3, 5]",
+    "$.\"first name\"",
+    "$.*[0]",
+    "$[2][3].x",
 };
 
 std::vector<std::string> long_paths() {
     std::string steps = "$";
-    for (int i = 0; i < 200; i++) steps += ".member" + std::to_string(i) + "[" + std::to_string(i) + "]";
+    for (int i = 0; i < 200; i++)
+        steps += ".member" + std::to_string(i) + "[" + std::to_string(i) + "]";
     std::string list = "$[";
-    for (int i = 0; i < 1000; i++) list += (i ? "," : "") + std::to_string(2 * i) + " to " + std::to_string(2 * i + 1);
+    for (int i = 0; i < 1000; i++)
+        list += (i ? "," : "") + std::to_string(2 * i) + " to " + std::to_string(2 * i + 1);
     list += "]";
     const std::string name = "$.\"" + std::string(64 * 1024, 'q') + "\"";
     return {steps, list, name};

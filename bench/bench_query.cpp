@@ -31,7 +31,7 @@ namespace {
 struct Query {
     const char *name;
     const char *path;
-    const char *sql;  // ?1 is the document's row id
+    const char *sql; // ?1 is the document's row id
 };
 
 const Query QUERIES[] = {
@@ -80,8 +80,8 @@ void *heap_array_alloc(void *env, void *handle, size_t size, const char *src, in
 // and the result written as text, as the function layer hands it back.
 struct Engine {
     const std::vector<std::string> *docs = nullptr;
-    vx_heap *heap = nullptr;       // trees, reset per document
-    vx_heap *path_heap = nullptr;  // the compiled path, kept
+    vx_heap *heap = nullptr;      // trees, reset per document
+    vx_heap *path_heap = nullptr; // the compiled path, kept
     vx_allocator alloc{};
     vx_allocator out_alloc{};
     std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
@@ -120,7 +120,8 @@ struct Engine {
             json_flex(ctx.get(), &root) != 0 || json_query(ctx.get(), root, &path, &match) != 0)
             return -1;
         vxstr_init(out);
-        if (json_to_string(ctx.get(), &out_alloc, out, match, 0, 0, 0, JSON_CONV_JSON) != 0) return -1;
+        if (json_to_string(ctx.get(), &out_alloc, out, match, 0, 0, 0, JSON_CONV_JSON) != 0)
+            return -1;
         return out->len;
     }
 };

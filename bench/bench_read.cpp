@@ -209,8 +209,8 @@ void print_summary(const Collect &c) {
         for (const char *peer : PEERS) {
             const double theirs = rate(base + peer);
             if (theirs <= 0) continue;
-            std::printf("%-13s %-12s %9s %9s %9s %9.0f %8.2fx %8.2fx %8.2fx\n", "", peer, "", "", "",
-                        theirs, flex / theirs, fresh / theirs, check / theirs);
+            std::printf("%-13s %-12s %9s %9s %9s %9.0f %8.2fx %8.2fx %8.2fx\n", "", peer, "", "",
+                        "", theirs, flex / theirs, fresh / theirs, check / theirs);
         }
     }
 }

@@ -34,14 +34,13 @@ insert into t
 )";
 
 struct pair_def {
-    const char *name;    // the comparison, as the summary prints it
-    const char *ours;    // a query over t through the extension
-    const char *theirs;  // the same through SQLite's own function
+    const char *name;   // the comparison, as the summary prints it
+    const char *ours;   // a query over t through the extension
+    const char *theirs; // the same through SQLite's own function
 };
 
 const pair_def PAIRS[] = {
-    {"json_value / json_extract",
-     "select count(json_value(j, '$.statuses[0].user.id')) from t",
+    {"json_value / json_extract", "select count(json_value(j, '$.statuses[0].user.id')) from t",
      "select count(json_extract(j, '$.statuses[0].user.id')) from t"},
     {"vxjson_check / json_valid", "select sum(vxjson_check(j)) from t",
      "select sum(json_valid(j)) from t"},
@@ -131,8 +130,8 @@ void print_summary(const Collect &c, int rows) {
         auto ours = c.median_ms.find(std::string("sqlite/vxjson/") + p.name);
         auto theirs = c.median_ms.find(std::string("sqlite/sqlite/") + p.name);
         if (ours == c.median_ms.end() || theirs == c.median_ms.end()) continue;
-        std::printf("%-28s %10.2f ms %10.2f ms %6.2fx\n", p.name, ours->second,
-                    theirs->second, theirs->second / ours->second);
+        std::printf("%-28s %10.2f ms %10.2f ms %6.2fx\n", p.name, ours->second, theirs->second,
+                    theirs->second / ours->second);
     }
 }
 
@@ -146,7 +145,7 @@ int row_count() {
     return n;
 }
 
-}  // namespace
+} // namespace
 
 int main(int argc, char **argv) {
     std::vector<char *> args = with_default_flags(argc, argv);
@@ -156,10 +155,11 @@ int main(int argc, char **argv) {
     if (twitter.empty() || !open_database(twitter)) return 1;
     for (const pair_def &p : PAIRS) {
         if (!usable(p.ours) || !usable(p.theirs)) continue;
-        benchmark::RegisterBenchmark((std::string("sqlite/vxjson/") + p.name).c_str(), scan,
-                                     p.ours)->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark((std::string("sqlite/vxjson/") + p.name).c_str(), scan, p.ours)
+            ->Unit(benchmark::kMillisecond);
         benchmark::RegisterBenchmark((std::string("sqlite/sqlite/") + p.name).c_str(), scan,
-                                     p.theirs)->Unit(benchmark::kMillisecond);
+                                     p.theirs)
+            ->Unit(benchmark::kMillisecond);
     }
     Collect reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);

@@ -82,7 +82,7 @@ struct TwitterPair {
     Reader r{false};
     json_node *doc = r.read(twitter());
     json_node *candidate = nullptr;
-    json_node *status_list = nullptr;  // [last status]
+    json_node *status_list = nullptr; // [last status]
 
     TwitterPair() {
         json_node *copy = r.read(twitter());

@@ -187,30 +187,23 @@ int main(int argc, char **argv) {
         }
         const std::string base = std::string("write/") + file + "/";
         Doc *raw = d.get();
-        add(base + "compact/vxjson", write_vxjson, raw,
-                                     uint32_t(JSON_FMT_COMPACT));
-        add(base + "pretty/vxjson", write_vxjson, raw,
-                                     uint32_t(JSON_FMT_PRETTY_B));
+        add(base + "compact/vxjson", write_vxjson, raw, uint32_t(JSON_FMT_COMPACT));
+        add(base + "pretty/vxjson", write_vxjson, raw, uint32_t(JSON_FMT_PRETTY_B));
 #ifdef VXJSON_HAVE_RAPIDJSON
         auto rd = std::make_unique<rapidjson::Document>();
         rd->Parse(d->text.data(), d->text.size());
-        add(base + "compact/rapidjson", write_rapidjson<false>,
-                                     rd.get());
-        add(base + "pretty/rapidjson", write_rapidjson<true>,
-                                     rd.get());
+        add(base + "compact/rapidjson", write_rapidjson<false>, rd.get());
+        add(base + "pretty/rapidjson", write_rapidjson<true>, rd.get());
         rdocs.push_back(std::move(rd));
 #endif
 #ifdef VXJSON_HAVE_NLOHMANN
         auto nd = std::make_unique<nlohmann::json>(nlohmann::json::parse(d->text));
-        add(base + "compact/nlohmann", write_nlohmann,
-                                     nd.get(), -1);
-        add(base + "pretty/nlohmann", write_nlohmann, nd.get(),
-                                     2);
+        add(base + "compact/nlohmann", write_nlohmann, nd.get(), -1);
+        add(base + "pretty/nlohmann", write_nlohmann, nd.get(), 2);
         ndocs.push_back(std::move(nd));
 #endif
 #ifdef VXJSON_HAVE_SIMDJSON
-        add(base + "compact/simdjson_minify", minify_simdjson,
-                                     &raw->text);
+        add(base + "compact/simdjson_minify", minify_simdjson, &raw->text);
 #endif
         docs.push_back(std::move(d));
     }

@@ -23,7 +23,8 @@ bool links_whole(const json_node *n, int depth) {
         uint32_t count = 0;
         const json_keyval *prev = nullptr;
         for (const json_keyval *kv = n->first_member; kv; prev = kv, kv = kv->next) {
-            if (kv->prev != prev || ++count > n->count || !links_whole(kv->value, depth + 1)) return false;
+            if (kv->prev != prev || ++count > n->count || !links_whole(kv->value, depth + 1))
+                return false;
         }
         return count == n->count && n->last_member == prev;
     }
@@ -64,16 +65,19 @@ int32_t compile(FuzzEnv &env, Op op, const std::string &path, jpath *one, jpath 
         jpath_init_simple(one, 1);
         *paths = one;
         if (op == PG_SET) {
-            std::string text = path;  // read in place, zero-terminated
+            std::string text = path; // read in place, zero-terminated
             return jpath_parse_pg_array(ctx->env, ctx->heap, ctx->allocator, one, text.data());
         }
         int32_t rc = jpath_add_filter_low(ctx->env, ctx->heap, one, "", 0, 0);
         int64_t pos = 0;
-        const bool position = !path.empty() && str2int64(path.data(), uint32_t(path.size()), &pos) == 0 &&
+        const bool position = !path.empty() &&
+                              str2int64(path.data(), uint32_t(path.size()), &pos) == 0 &&
                               pos >= INT32_MIN && pos <= INT32_MAX;
-        if (!rc) rc = jpath_add_filter_low(ctx->env, ctx->heap, one, path.data(), uint32_t(path.size()),
-                                           position ? 4 : 3);
-        if (!rc && position) rc = jpath_add_index_pg(ctx->env, ctx->heap, one->last_filter, int32_t(pos));
+        if (!rc)
+            rc = jpath_add_filter_low(ctx->env, ctx->heap, one, path.data(), uint32_t(path.size()),
+                                      position ? 4 : 3);
+        if (!rc && position)
+            rc = jpath_add_index_pg(ctx->env, ctx->heap, one->last_filter, int32_t(pos));
         return rc;
     }
     uint32_t count = 0;
@@ -86,7 +90,10 @@ int32_t change(FuzzEnv &env, Op op, json_node *doc, json_node *value, jpath *pat
     uint32_t len = 0;
     int32_t rc;
     switch (op) {
-    case REPLACE: case SET: case INSERT: case PG_SET:
+    case REPLACE:
+    case SET:
+    case INSERT:
+    case PG_SET:
         ctx->set_mode = op == REPLACE ? 1 : op == INSERT ? 3 : 2;
         rc = jsonb_set_with_path(doc, value, path, ctx, &out, &len);
         break;
@@ -94,8 +101,8 @@ int32_t change(FuzzEnv &env, Op op, json_node *doc, json_node *value, jpath *pat
     case REMOVE: rc = json_remove_mysql_path_array(doc, 1, path, ctx, &out, &len); break;
     default:
         rc = json_array_add_element_mysql_path_array(
-            doc, 1, path, value, ctx, JSON_ARRAY_ADD_SINGLE | (op == ARRAY_INSERT ? JSON_ARRAY_ADD_INSERT : 0),
-            &out, &len);
+            doc, 1, path, value, ctx,
+            JSON_ARRAY_ADD_SINGLE | (op == ARRAY_INSERT ? JSON_ARRAY_ADD_INSERT : 0), &out, &len);
     }
     if ((rc == 0) != (out != nullptr)) std::abort();
     if (out) vx_free(nullptr, &env.alloc, out);
@@ -124,7 +131,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     json_node *doc = nullptr, *value = nullptr;
     if (!read_text(env, parts[0], &doc)) return 0;
     if (!read_text(env, parts[2].empty() ? std::string("0") : parts[2], &value)) return 0;
-    const bool comparable = plain_path(parts[1]) && round_trips(env, doc) && round_trips(env, value);
+    const bool comparable =
+        plain_path(parts[1]) && round_trips(env, doc) && round_trips(env, value);
     jpath one{}, *path = nullptr;
     if (compile(env, op, parts[1], &one, &path) != 0) return 0;
     if (fault & 0x7F) {

@@ -76,7 +76,8 @@ bool ref_cmp(const json_node *a, const json_node *b, int mode) {
     auto pg = [](const json_node *x, const json_node *y) { return ref_cmp(x, y, PG); };
     if (a->type == JSON_OBJECT) {
         for (const json_keyval *kb = b->first_member; kb; kb = kb->next) {
-            const bool found = mode == PG ? any_member_named(a, kb, pg) : any_member_named(a, kb, equal);
+            const bool found =
+                mode == PG ? any_member_named(a, kb, pg) : any_member_named(a, kb, equal);
             if (mode == OVERLAP && found) return true;
             if (mode == PG && !found) return false;
         }

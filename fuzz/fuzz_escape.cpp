@@ -45,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     }
     out = nullptr;
     if (json_string_from_value_add_escape_for_mysql(nullptr, a, text, len, &out, &out_len) !=
-            VXJSON_ERR_NOMEM)
+        VXJSON_ERR_NOMEM)
         vx_free(nullptr, a, out);
     out = nullptr;
     if (json_org_str_escape_solve_for_mysql(nullptr, a, text, len, &out, &out_len) == 0)

@@ -25,7 +25,8 @@ bool name_round_trips(const char *name, uint32_t len) {
     if (len > 0 && name[0] == '_') {
         for (uint32_t i = 1; i < len; i++) {
             const unsigned char c = static_cast<unsigned char>(name[i]);
-            if (!(c == '_' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')))
+            if (!(c == '_' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') ||
+                  (c >= 'a' && c <= 'z')))
                 return false;
         }
     }
@@ -34,7 +35,8 @@ bool name_round_trips(const char *name, uint32_t len) {
 
 // The steps a node's path must compile to, root first: member names, or
 // positions as -1 - position.  False when a name cannot round trip.
-bool expected_steps(const json_node *n, std::vector<std::string> &names, std::vector<int64_t> &pos) {
+bool expected_steps(const json_node *n, std::vector<std::string> &names,
+                    std::vector<int64_t> &pos) {
     for (; n->parent; n = n->parent) {
         const json_node *p = n->parent;
         if (p->type == JSON_ARRAY) {
@@ -81,7 +83,8 @@ void check_generated_paths(FuzzEnv &env, const json_node *root) {
         f = f->next;
         for (size_t i = 0; i < names.size(); i++, f = f->next) {
             if (pos[i] >= 0) {
-                if (f->kind != JPATH_STEP_SUBSCRIPTS || f->index_count != 1 || f->index_head->start != pos[i])
+                if (f->kind != JPATH_STEP_SUBSCRIPTS || f->index_count != 1 ||
+                    f->index_head->start != pos[i])
                     std::abort();
             } else if (f->kind != JPATH_STEP_MEMBER || f->key_len != names[i].size() ||
                        std::memcmp(f->key, names[i].data(), names[i].size()) != 0) {

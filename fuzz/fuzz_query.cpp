@@ -75,8 +75,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     FuzzModes modes = take_modes(data, size);
     modes.scalar_top = 1;
     modes.unique_keys = 0;
-    const uint8_t virtual_every = size ? data[0] & 7 : 0;  // 0: none
-    const bool other_kind = size && (data[0] & 8);         // names compared across kinds
+    const uint8_t virtual_every = size ? data[0] & 7 : 0; // 0: none
+    const bool other_kind = size && (data[0] & 8);        // names compared across kinds
     if (size) data++, size--;
     const char *text = reinterpret_cast<const char *>(data);
     const char *nl = static_cast<const char *>(std::memchr(text, '\n', size));
@@ -91,24 +91,28 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (virtual_every) {
         uint32_t n = 0;
         for (json_node *node = env.ctx->first_node; node; node = node->chain_next)
-            if (node->type == JSON_ARRAY && node != root && ++n % virtual_every == 0) node->is_virtual = 1;
+            if (node->type == JSON_ARRAY && node != root && ++n % virtual_every == 0)
+                node->is_virtual = 1;
     }
     for (int32_t compat : {0, 1, 2}) {
         jpath path{};
         (void)jpath_init_simple(&path, compat == 2 ? 2 : 0);
         env.ctx->escape_mode = modes.escape_mode;
-        env.ctx->compat = compat;  // subscript lists are refused in the MySQL dialect
-        if (jlpca_reinit(env.ctx.get(), path_text.data(), uint32_t(path_text.size())) != 0) return 0;
+        env.ctx->compat = compat; // subscript lists are refused in the MySQL dialect
+        if (jlpca_reinit(env.ctx.get(), path_text.data(), uint32_t(path_text.size())) != 0)
+            return 0;
         if (jpath_flex(env.ctx.get(), &path) != 0) continue;
         env.ctx->escape_mode = other_kind ? 1 - modes.escape_mode : modes.escape_mode;
         for (int multi : {1, 0}) {
             if (compat != 2 && !multi) continue;
             const std::string first = evaluate(env, root, &path, compat, multi);
-            if (evaluate(env, root, &path, compat, multi) != first) fail("a second evaluation differs", 0);
+            if (evaluate(env, root, &path, compat, multi) != first)
+                fail("a second evaluation differs", 0);
             if (compat == 2 && multi) {
                 int32_t found = -1;
                 const int32_t rc = jpath_json_contains_path(root, &path, env.ctx.get(), &found);
-                if (rc == 0 && found != (first.empty() ? 0 : 1)) fail("contains-path disagrees", rc);
+                if (rc == 0 && found != (first.empty() ? 0 : 1))
+                    fail("contains-path disagrees", rc);
             }
         }
     }

@@ -40,8 +40,8 @@ bool valid_in_charset(const std::string &text, int32_t charset_config, bool asci
     if (cs != VX_CHARSET_GB18030 && cs != VX_CHARSET_EUCKR && !ascii) return true;
     std::vector<uint16_t> units(text.size() + 1);
     int32_t n = 0;
-    return LocalToUtf16(text.data(), int32_t(text.size()), cs, units.data(),
-                        int32_t(units.size()), &n) == 0;
+    return LocalToUtf16(text.data(), int32_t(text.size()), cs, units.data(), int32_t(units.size()),
+                        &n) == 0;
 }
 
 bool has_quote(const char *p, uint32_t n) { return n && std::memchr(p, '"', n) != nullptr; }
@@ -64,15 +64,14 @@ bool lost_its_digits(const json_node *node) {
 // True when the written text of the tree cannot be read back by design.
 bool written_unreadable(const json_node *node, int32_t keep_escapes) {
     switch (node->type) {
-    case JSON_DECIMAL:
-        return lost_its_digits(node);
+    case JSON_DECIMAL: return lost_its_digits(node);
     case JSON_STRING:
         return has_quote(node->str, node->str_len) && (node->str_flags == 0 || keep_escapes);
     case JSON_OBJECT:
         for (const json_keyval *kv = node->first_member; kv; kv = kv->next)
             if ((keep_escapes && has_quote(kv->name, kv->name_len)) ||
-                (kv->next && json_object_keyval_name_equal(kv->name, kv->name_len,
-                                                           kv->next->name, kv->next->name_len)) ||
+                (kv->next && json_object_keyval_name_equal(kv->name, kv->name_len, kv->next->name,
+                                                           kv->next->name_len)) ||
                 written_unreadable(kv->value, keep_escapes))
                 return true;
         return false;
@@ -80,8 +79,7 @@ bool written_unreadable(const json_node *node, int32_t keep_escapes) {
         for (uint32_t i = 0; i < node->count; i++)
             if (written_unreadable(node->items[i], keep_escapes)) return true;
         return false;
-    default:
-        return false;
+    default: return false;
     }
 }
 
@@ -102,15 +100,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (!write_tree(env, root, modes.write_flags, first)) return 0;
     bool ascii = modes.write_flags & JSON_FMT_ASCII;
     if (!valid_in_charset(input, modes.charset_config, ascii)) return 0;
-    if (ascii && (first.find("\\u0080") != std::string::npos ||
-                  first.find("\\uD8") != std::string::npos || first.find("\\uD9") != std::string::npos ||
-                  first.find("\\uDA") != std::string::npos || first.find("\\uDB") != std::string::npos))
+    if (ascii &&
+        (first.find("\\u0080") != std::string::npos || first.find("\\uD8") != std::string::npos ||
+         first.find("\\uD9") != std::string::npos || first.find("\\uDA") != std::string::npos ||
+         first.find("\\uDB") != std::string::npos))
         return 0;
     if (written_unreadable(root, modes.escape_mode)) return 0;
     if (modes.escape_mode && has_u005c(input)) return 0;
     json_node *again = nullptr;
-    if (!read_text(env, first, &again) || !again) fail("written text does not read back", first, "");
-    if (!write_tree(env, again, modes.write_flags, second)) fail("re-read tree does not write", first, "");
+    if (!read_text(env, first, &again) || !again)
+        fail("written text does not read back", first, "");
+    if (!write_tree(env, again, modes.write_flags, second))
+        fail("re-read tree does not write", first, "");
     if (first != second) fail("writing is not a fixed point", first, second);
     return 0;
 }

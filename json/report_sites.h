@@ -110,9 +110,10 @@ inline constexpr int32_t PATH_GEN_ELEMENT = 561;
 inline constexpr int32_t PATH_ADD_FILTER = 96;
 
 // ---- json/jpath: path evaluation (json/eval) ----
-inline constexpr int32_t QUERY_STEP = 1302;            // json_query: a step evaluator failed
-inline constexpr int32_t QUERY_VIRTUAL_ITEMS = 1247;   // json_virtual_array_create: its item vector
-inline constexpr int32_t QUERY_MYSQL_SUBSCRIPT = 1561; // jpath_filter_array_item_mysql: a gatherer failed
+inline constexpr int32_t QUERY_STEP = 1302;          // json_query: a step evaluator failed
+inline constexpr int32_t QUERY_VIRTUAL_ITEMS = 1247; // json_virtual_array_create: its item vector
+inline constexpr int32_t QUERY_MYSQL_SUBSCRIPT =
+    1561; // jpath_filter_array_item_mysql: a gatherer failed
 
 // ---- json/jpath: SQL/JSON functions and casts (json/eval) ----
 
@@ -135,33 +136,33 @@ inline constexpr int32_t CAST_FROM_EPOCH_MAKE = 4476;     // the datetime made f
 inline constexpr int32_t CAST_FROM_EPOCH_TYPE = 4478;     // -6149 for a node that is no number
 
 // ON ERROR: a failure the clause raises, and the "[]" of EMPTY ON ERROR.
-inline constexpr int32_t ON_ERROR_RAISE_VALUE = 4310;     // number and datetime results
-inline constexpr int32_t ON_ERROR_RAISE_TEXT = 4312;      // text results
-inline constexpr int32_t ON_ERROR_EMPTY_TEXT = 4314;      // the heap text "[]"
+inline constexpr int32_t ON_ERROR_RAISE_VALUE = 4310; // number and datetime results
+inline constexpr int32_t ON_ERROR_RAISE_TEXT = 4312;  // text results
+inline constexpr int32_t ON_ERROR_EMPTY_TEXT = 4314;  // the heap text "[]"
 
 // Text results: the first block on the heap, and writing the value.
-inline constexpr int32_t FUN_TEXT_HEAP = 4330;            // JSON_VALUE / JSON_QUERY text
+inline constexpr int32_t FUN_TEXT_HEAP = 4330; // JSON_VALUE / JSON_QUERY text
 inline constexpr int32_t FUN_TEXT_WRITE = 4332;
-inline constexpr int32_t FUN_MYSQL_HEAP = 4340;           // the MySQL text functions
+inline constexpr int32_t FUN_MYSQL_HEAP = 4340; // the MySQL text functions
 inline constexpr int32_t FUN_MYSQL_WRITE = 4342;
-inline constexpr int32_t FUN_PG_HEAP = 4344;              // the PostgreSQL text operators
+inline constexpr int32_t FUN_PG_HEAP = 4344; // the PostgreSQL text operators
 inline constexpr int32_t FUN_PG_WRITE = 4346;
 
 // ---- json/jpath: removal, setting and inserting by path (json/eval) ----
 
 // Removal.  The server numbers these sites itself; these are ours.
-inline constexpr int32_t REMOVE_PG_STEP = 2160;     // a remover, PostgreSQL form
-inline constexpr int32_t REMOVE_PG_WRITE = 2172;    // the document text, PostgreSQL form
-inline constexpr int32_t REMOVE_FIND = 2204;        // evaluating a removal path
-inline constexpr int32_t REMOVE_APPLY = 2221;       // a remover, MySQL form
-inline constexpr int32_t REMOVE_EACH = 2248;        // one path of a list
-inline constexpr int32_t REMOVE_WRITE = 2259;       // the document text, MySQL form
+inline constexpr int32_t REMOVE_PG_STEP = 2160;  // a remover, PostgreSQL form
+inline constexpr int32_t REMOVE_PG_WRITE = 2172; // the document text, PostgreSQL form
+inline constexpr int32_t REMOVE_FIND = 2204;     // evaluating a removal path
+inline constexpr int32_t REMOVE_APPLY = 2221;    // a remover, MySQL form
+inline constexpr int32_t REMOVE_EACH = 2248;     // one path of a list
+inline constexpr int32_t REMOVE_WRITE = 2259;    // the document text, MySQL form
 // Set, insert and replace.
-inline constexpr int32_t SET_ADD_MEMBER = 2286;     // adding a missing member
-inline constexpr int32_t SET_APPEND = 2370;         // appending past the end
-inline constexpr int32_t SET_ROOT_PATH = 2515;      // subscripts after the root step
-inline constexpr int32_t SET_ELEMENT = 2525;        // one step of the walk
-inline constexpr int32_t SET_WRITE = 2542;          // the document text
+inline constexpr int32_t SET_ADD_MEMBER = 2286; // adding a missing member
+inline constexpr int32_t SET_APPEND = 2370;     // appending past the end
+inline constexpr int32_t SET_ROOT_PATH = 2515;  // subscripts after the root step
+inline constexpr int32_t SET_ELEMENT = 2525;    // one step of the walk
+inline constexpr int32_t SET_WRITE = 2542;      // the document text
 // Array append and insert.
 inline constexpr int32_t ARRAY_ADD_FIND = 3606;     // evaluating the path
 inline constexpr int32_t ARRAY_ADD_REFIND = 3622;   // evaluating the shortened path
@@ -173,6 +174,6 @@ inline constexpr int32_t ARRAY_ADD_WRITE = 3741;    // the document text
 // Heap call site of the element storage that changes take.
 inline constexpr int32_t CHANGE_ITEMS_ALLOC = 3650;
 
-}  // namespace vxjson::site
+} // namespace vxjson::site
 
 #endif

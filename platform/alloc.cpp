@@ -22,7 +22,7 @@ constexpr uint64_t kMagic = 0x7678616c6c6f6321ull;
 struct Header {
     uint64_t size;
     uint64_t magic;
-    Header *prev;  // links in the state's list of outstanding blocks
+    Header *prev; // links in the state's list of outstanding blocks
     Header *next;
 };
 static_assert(sizeof(Header) % 16 == 0, "user blocks stay 16-byte aligned");
@@ -83,7 +83,7 @@ extern "C" void vx_allocator_release_all(vx_alloc_state *state) {
 
 extern "C" void vx_allocator_init_heap(vx_allocator *a, void *heap) {
     a->alloc = heap_backed_alloc;
-    a->free = nullptr;  // the heap is released whole
+    a->free = nullptr; // the heap is released whole
     a->handle = heap;
 }
 

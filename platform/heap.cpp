@@ -14,20 +14,21 @@ using namespace vxheap;
 namespace {
 
 constexpr size_t kDefaultFirstBlock = 8 * 1024;
-constexpr size_t kMaxGrowBlock = 64u * 1024 * 1024; // caps doubling; big requests get their own block
+constexpr size_t kMaxGrowBlock =
+    64u * 1024 * 1024; // caps doubling; big requests get their own block
 
 } // namespace
 
 struct vx_heap {
-    Block *current;       // block being carved
-    char *next;           // first free byte in current
-    char *end;            // end of current
-    Block *first;         // the block kept across resets
-    size_t next_size;     // size of the next block to make
-    uint64_t calls;       // successful allocations
-    uint64_t bytes;       // bytes handed out
-    uint64_t call_limit;  // failure injection: calls allowed
-    uint64_t byte_limit;  // failure injection: bytes allowed
+    Block *current;      // block being carved
+    char *next;          // first free byte in current
+    char *end;           // end of current
+    Block *first;        // the block kept across resets
+    size_t next_size;    // size of the next block to make
+    uint64_t calls;      // successful allocations
+    uint64_t bytes;      // bytes handed out
+    uint64_t call_limit; // failure injection: calls allowed
+    uint64_t byte_limit; // failure injection: bytes allowed
 };
 
 extern "C" vx_heap *mem_heap_create(size_t first_block) {
@@ -94,9 +95,11 @@ extern "C" void mem_heap_reset(vx_heap *heap) {
 
 extern "C" void *mem_heap_alloc_low(void *, void *heap, size_t size, int, const char *, int) {
     auto *h = static_cast<vx_heap *>(heap);
-    if (h->calls >= h->call_limit) [[unlikely]] return nullptr;
+    if (h->calls >= h->call_limit) [[unlikely]]
+        return nullptr;
     size = align_up(size ? size : 1);
-    if (size > h->byte_limit - h->bytes) [[unlikely]] return nullptr;
+    if (size > h->byte_limit - h->bytes) [[unlikely]]
+        return nullptr;
     void *p;
     if (static_cast<size_t>(h->end - h->next) >= size) [[likely]] {
         p = h->next;

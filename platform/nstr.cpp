@@ -34,7 +34,6 @@ extern "C" int32_t nstr_assign_const_with_blank_no_clear(void *env, vx_allocator
 }
 
 extern "C" int32_t nstr_assign_const_ex2_no_clear(void *env, vx_allocator *a, vx_nstr *dst,
-                                                  const char *text, uint32_t len,
-                                                  uint32_t mode) {
+                                                  const char *text, uint32_t len, uint32_t mode) {
     return assign(env, a, dst, text, len, mode);
 }

@@ -10,7 +10,7 @@ extern "C" int32_t str2int64(const char *text, uint32_t len, int64_t *out) {
     const char *p = text;
     const char *end = text + len;
     if (p < end && *p == '+') {
-        ++p;  // from_chars takes '-' but not '+'
+        ++p; // from_chars takes '-' but not '+'
         if (p < end && *p == '-') return -1;
     }
     if (p == end || (*p == '-' && p + 1 == end)) return -1;

@@ -15,11 +15,11 @@ extern "C" {
 
 /* State behind the default allocator's handle. */
 typedef struct vx_alloc_state {
-    uint64_t call_limit;   /* calls allowed to succeed; UINT64_MAX: no limit */
-    uint64_t calls;        /* successful allocations so far */
-    uint64_t outstanding;  /* blocks allocated and not yet freed */
-    uint64_t bytes_out;    /* bytes allocated and not yet freed */
-    void *blocks;          /* outstanding blocks, owned by the state */
+    uint64_t call_limit;  /* calls allowed to succeed; UINT64_MAX: no limit */
+    uint64_t calls;       /* successful allocations so far */
+    uint64_t outstanding; /* blocks allocated and not yet freed */
+    uint64_t bytes_out;   /* bytes allocated and not yet freed */
+    void *blocks;         /* outstanding blocks, owned by the state */
 } vx_alloc_state;
 
 /* Fill `a` with the malloc-backed operations over `state`, which is reset
@@ -38,8 +38,7 @@ void vx_allocator_init_heap(vx_allocator *a, void *heap);
 /* Allocate or free through a pluggable allocator; a NULL allocator means
  * malloc and free.  Free is done only when the allocator has both a handle
  * and a free operation, as the server's allocators require. */
-void *vx_alloc(void *env, vx_allocator *a, size_t size, const char *src,
-               int line);
+void *vx_alloc(void *env, vx_allocator *a, size_t size, const char *src, int line);
 void vx_free(void *env, vx_allocator *a, void *block);
 
 #ifdef __cplusplus

@@ -13,9 +13,9 @@
 extern "C" {
 #endif
 
-#define VX_CHARSET_NONE 0
-#define VX_CHARSET_UTF8 1
-#define VX_CHARSET_EUCKR 6
+#define VX_CHARSET_NONE    0
+#define VX_CHARSET_UTF8    1
+#define VX_CHARSET_EUCKR   6
 #define VX_CHARSET_GB18030 10
 
 /* The character-set code for configuration value 635: 0 -> 10, 1 -> 1,
@@ -30,12 +30,12 @@ int32_t vx_charset_current(void);
 int32_t encoding_mblen(int32_t charset, const unsigned char *p, int32_t avail);
 /* Convert `len` bytes to UTF-16 in `dst` (room for `dst_units`); units
  * written in *out_units.  0, or -1 for an invalid or unconvertible text. */
-int32_t LocalToUtf16(const char *src, int32_t len, int32_t charset,
-                     uint16_t *dst, int32_t dst_units, int32_t *out_units);
+int32_t LocalToUtf16(const char *src, int32_t len, int32_t charset, uint16_t *dst,
+                     int32_t dst_units, int32_t *out_units);
 /* Convert `units` UTF-16 code units to `charset` in `dst` (room for
  * `dst_cap` bytes): bytes written, or -1 (a lone surrogate fails). */
-int32_t Utf16ToLocal(const uint16_t *src, int32_t units, int32_t charset,
-                     char *dst, int32_t dst_cap);
+int32_t Utf16ToLocal(const uint16_t *src, int32_t units, int32_t charset, char *dst,
+                     int32_t dst_cap);
 /* Upper-case the ASCII letters of a NUL-terminated text in place. */
 char *vx_mbsupr(char *text);
 

@@ -15,9 +15,9 @@ extern "C" {
 #define VX_ELOG_TRAIL_MAX 64
 
 typedef struct vx_elog_entry {
-    int32_t code;      /* the reported status */
-    const char *src;   /* source unit, a static string */
-    int32_t line;      /* line of the reporting call site */
+    int32_t code;    /* the reported status */
+    const char *src; /* source unit, a static string */
+    int32_t line;    /* line of the reporting call site */
 } vx_elog_entry;
 
 /* Record (code, src, line) in this thread's trail; returns code. */

@@ -26,8 +26,7 @@ void mem_heap_reset(vx_heap *heap);
 /* `size` bytes aligned to 8 from `heap` (a vx_heap), or NULL when
  * exhausted.  `env`, `flags`, `src` and `line` are the server's diagnostic
  * arguments and are not interpreted here. */
-void *mem_heap_alloc_low(void *env, void *heap, size_t size, int flags,
-                         const char *src, int line);
+void *mem_heap_alloc_low(void *env, void *heap, size_t size, int flags, const char *src, int line);
 /* A NUL-terminated copy of `text`, or NULL. */
 char *mem_heap_strdup(void *env, void *heap, const char *text);
 

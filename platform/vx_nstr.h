@@ -16,12 +16,10 @@ extern "C" {
 /* The bytes of a string value. */
 const char *nstr_text(const vx_nstr *s);
 /* Store `len` bytes as the value (assignment field 0): 0 or -503. */
-int32_t nstr_assign_const_with_blank_no_clear(void *env, vx_allocator *a,
-                                              vx_nstr *dst, const char *text,
-                                              uint32_t len);
+int32_t nstr_assign_const_with_blank_no_clear(void *env, vx_allocator *a, vx_nstr *dst,
+                                              const char *text, uint32_t len);
 /* Store `len` bytes with the given assignment field: 0 or -503. */
-int32_t nstr_assign_const_ex2_no_clear(void *env, vx_allocator *a,
-                                       vx_nstr *dst, const char *text,
+int32_t nstr_assign_const_ex2_no_clear(void *env, vx_allocator *a, vx_nstr *dst, const char *text,
                                        uint32_t len, uint32_t assign);
 
 #ifdef __cplusplus

@@ -34,8 +34,10 @@ constexpr char kSrc[] = "vxstr";
 }
 
 inline int32_t ensure(void *env, vx_allocator *a, vxstr *s, uint32_t extra) {
-    if (s->failed) [[unlikely]] return VXSTR_NOMEM;
-    if (s->cap - s->len >= extra) [[likely]] return 0;
+    if (s->failed) [[unlikely]]
+        return VXSTR_NOMEM;
+    if (s->cap - s->len >= extra) [[likely]]
+        return 0;
     return grow(env, a, s, extra);
 }
 
@@ -64,8 +66,8 @@ extern "C" int32_t vxstr_init(vxstr *s) {
     return 0;
 }
 
-extern "C" int32_t vxstr_append_with_length(void *env, vx_allocator *a, vxstr *s,
-                                            const char *bytes, uint32_t n) {
+extern "C" int32_t vxstr_append_with_length(void *env, vx_allocator *a, vxstr *s, const char *bytes,
+                                            uint32_t n) {
     if (int32_t rc = ensure(env, a, s, n)) return rc;
     std::memcpy(s->buf + s->len, bytes, n);
     s->len += n;

@@ -17,16 +17,16 @@
 extern "C" {
 #endif
 
-#define VXTIME_TEXT_MAX 64          /* buffer for vxtime_to_char, NUL included */
-#define VXTIME_FMT_ISO 6            /* 2024-02-29T13:05:09.25 */
-#define VXTIME_FMT_DATE 8192        /* 2024-02-29 */
-#define VXTIME_UNIX_SECONDS 1000    /* vxtime_unix_timestamp: whole seconds */
-#define VXTIME_FROM_UNIX_UTC 0      /* vxtime_from_unix_time: seconds as UTC */
+#define VXTIME_TEXT_MAX      64   /* buffer for vxtime_to_char, NUL included */
+#define VXTIME_FMT_ISO       6    /* 2024-02-29T13:05:09.25 */
+#define VXTIME_FMT_DATE      8192 /* 2024-02-29 */
+#define VXTIME_UNIX_SECONDS  1000 /* vxtime_unix_timestamp: whole seconds */
+#define VXTIME_FROM_UNIX_UTC 0    /* vxtime_from_unix_time: seconds as UTC */
 
 /* Statuses.  109 is not an error: the reader says the text is no datetime. */
 #define VXTIME_NOT_DATETIME 109     /* "2023-02-29", "2024-1-5", "12:00" */
-#define VXTIME_ERR_RANGE (-6170)    /* an instant outside the years 0001..9999 */
-#define VXTIME_ERR_ARG (-6171)      /* unknown type, format or flag; short buffer */
+#define VXTIME_ERR_RANGE    (-6170) /* an instant outside the years 0001..9999 */
+#define VXTIME_ERR_ARG      (-6171) /* unknown type, format or flag; short buffer */
 
 /* Read `len` bytes: YYYY-MM-DD, optionally followed by a blank or T and
  * HH:MM[:SS[.fraction of 1 to 9 digits]] and a zone (Z, +hh:mm, +hhmm or

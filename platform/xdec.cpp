@@ -16,33 +16,29 @@ bool is_blank(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
 }
 
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 /* Mantissa digits as they are read.  Half away from zero needs only the
  * first digit past the 38 kept, so one more is kept and the rest only
  * move the exponent. */
 struct digit_reader {
-    u128 coef = 0;        /* first 38 significant digits */
-    int kept = 0;         /* significant digits taken, at most 39 */
-    int round_digit = 0;  /* the 39th significant digit */
-    int64_t exp = 0;      /* exponent of the last digit taken */
+    u128 coef = 0;       /* first 38 significant digits */
+    int kept = 0;        /* significant digits taken, at most 39 */
+    int round_digit = 0; /* the 39th significant digit */
+    int64_t exp = 0;     /* exponent of the last digit taken */
 
     void take(int d, bool in_fraction) {
         if (kept == 0 && d == 0) {
-            exp -= in_fraction;  /* a leading zero only places the point */
+            exp -= in_fraction; /* a leading zero only places the point */
             return;
         }
         if (kept <= kPrec) {
-            if (kept < kPrec)
-                coef = coef * 10 + static_cast<unsigned>(d);
-            else
-                round_digit = d;
+            if (kept < kPrec) coef = coef * 10 + static_cast<unsigned>(d);
+            else round_digit = d;
             kept++;
             exp -= in_fraction;
         } else {
-            exp += !in_fraction;  /* an integer digit past the kept ones */
+            exp += !in_fraction; /* an integer digit past the kept ones */
         }
     }
 
@@ -59,14 +55,11 @@ struct digit_reader {
 /* Exponent digits, saturated far beyond any exponent that can matter. */
 const char *read_exponent(const char *p, const char *end, int64_t *out) {
     bool neg = false;
-    if (p < end && (*p == '+' || *p == '-'))
-        neg = *p++ == '-';
-    if (p == end || !is_digit(*p))
-        return nullptr;
+    if (p < end && (*p == '+' || *p == '-')) neg = *p++ == '-';
+    if (p == end || !is_digit(*p)) return nullptr;
     int64_t e = 0;
     for (; p < end && is_digit(*p); p++)
-        if (e < 1000000000000)
-            e = e * 10 + (*p - '0');
+        if (e < 1000000000000) e = e * 10 + (*p - '0');
     *out = neg ? -e : e;
     return p;
 }
@@ -97,62 +90,47 @@ char *put_exponent(char *p, int64_t e) {
     return std::to_chars(p, p + 8, e < 0 ? -e : e).ptr;
 }
 
-bool scale_in_range(int32_t scale) {
-    return scale >= XDEC_MIN_SCALE && scale <= XDEC_MAX_SCALE;
-}
+bool scale_in_range(int32_t scale) { return scale >= XDEC_MIN_SCALE && scale <= XDEC_MAX_SCALE; }
 
 /* coef / 10^drop, rounded half away from zero; drop >= 1. */
 u128 round_off(u128 coef, int64_t drop) {
-    if (drop > digits_u128(coef))
-        return 0;
+    if (drop > digits_u128(coef)) return 0;
     u128 q = coef / kPow10.v[drop - 1];
     return q / 10 + (q % 10 >= 5 ? 1 : 0);
 }
 
-}  // namespace
+} // namespace
 
 int32_t xdec_from_char(xdec *out, const char *text, uint32_t len) {
-    if (text == nullptr)
-        return XDEC_NOT_NUMBER;
+    if (text == nullptr) return XDEC_NOT_NUMBER;
     const char *p = text, *end = text + len;
-    while (p < end && is_blank(*p))
-        p++;
-    while (end > p && is_blank(end[-1]))
-        end--;
+    while (p < end && is_blank(*p)) p++;
+    while (end > p && is_blank(end[-1])) end--;
     bool neg = false;
-    if (p < end && (*p == '+' || *p == '-'))
-        neg = *p++ == '-';
+    if (p < end && (*p == '+' || *p == '-')) neg = *p++ == '-';
     digit_reader r;
     bool any_digit = false;
-    for (; p < end && is_digit(*p); p++, any_digit = true)
-        r.take(*p - '0', false);
+    for (; p < end && is_digit(*p); p++, any_digit = true) r.take(*p - '0', false);
     if (p < end && *p == '.')
-        for (p++; p < end && is_digit(*p); p++, any_digit = true)
-            r.take(*p - '0', true);
-    if (!any_digit)
-        return XDEC_NOT_NUMBER;
+        for (p++; p < end && is_digit(*p); p++, any_digit = true) r.take(*p - '0', true);
+    if (!any_digit) return XDEC_NOT_NUMBER;
     int64_t e = 0;
     if (p < end && (*p == 'e' || *p == 'E')) {
         p = read_exponent(p + 1, end, &e);
-        if (p == nullptr)
-            return XDEC_NOT_NUMBER;
+        if (p == nullptr) return XDEC_NOT_NUMBER;
     }
-    if (p != end)
-        return XDEC_NOT_NUMBER;
+    if (p != end) return XDEC_NOT_NUMBER;
     return finish(neg, r.coefficient(), r.exp + e, out);
 }
 
 int32_t xdec_from_double(xdec *out, double d) {
-    if (std::isnan(d))
-        return XDEC_NOT_NUMBER;
-    if (std::isinf(d))
-        return XDEC_ERR_OVERFLOW;
+    if (std::isnan(d)) return XDEC_NOT_NUMBER;
+    if (std::isinf(d)) return XDEC_ERR_OVERFLOW;
     char buf[32];
     auto res = std::to_chars(buf, buf + sizeof buf, d, std::chars_format::scientific);
     xdec tmp;
     int32_t rc = xdec_from_char(&tmp, buf, static_cast<uint32_t>(res.ptr - buf));
-    if (rc != 0)
-        return rc;
+    if (rc != 0) return rc;
     /* 1500.0 reads back as 1500, not as 1.5E+3. */
     unpacked u = unpack(&tmp);
     if (u.exp > 0 && digits_u128(u.coef) + u.exp <= kPrec)
@@ -178,10 +156,8 @@ int32_t xdec_copy(xdec *dst, const xdec *src) {
 }
 
 int32_t xdec_trunc_scale(xdec *d, int32_t scale) {
-    if (!scale_in_range(scale))
-        return XDEC_ERR_ARG;
-    if (d->scale <= scale)
-        return 0;
+    if (!scale_in_range(scale)) return XDEC_ERR_ARG;
+    if (d->scale <= scale) return 0;
     unpacked u = unpack(d);
     int drop = d->scale - scale;
     u128 coef = drop > kPrec ? 0 : u.coef / kPow10.v[drop];
@@ -190,21 +166,18 @@ int32_t xdec_trunc_scale(xdec *d, int32_t scale) {
 }
 
 int32_t xdec_format(xdec *d, int32_t prec, int32_t scale) {
-    if (prec < 1 || prec > kPrec || !scale_in_range(scale))
-        return XDEC_ERR_ARG;
+    if (prec < 1 || prec > kPrec || !scale_in_range(scale)) return XDEC_ERR_ARG;
     unpacked u = unpack(d);
     int target_exp = -scale;
     u128 coef = 0;
     if (u.exp >= target_exp) {
         int pad = u.exp - target_exp;
-        if (u.coef != 0 && digits_u128(u.coef) + pad > prec)
-            return XDEC_ERR_PRECISION;
+        if (u.coef != 0 && digits_u128(u.coef) + pad > prec) return XDEC_ERR_PRECISION;
         coef = u.coef == 0 ? 0 : u.coef * kPow10.v[pad];
     } else {
         coef = round_off(u.coef, target_exp - u.exp);
     }
-    if (coef >= kPow10.v[prec])
-        return XDEC_ERR_PRECISION;
+    if (coef >= kPow10.v[prec]) return XDEC_ERR_PRECISION;
     pack(coef, target_exp, u.neg, d);
     return 0;
 }
@@ -213,15 +186,13 @@ int32_t xdec_get_int64(const xdec *d, int64_t *out) {
     unpacked u = unpack(d);
     u128 mag = 0;
     if (u.exp >= 0) {
-        if (u.coef != 0 && digits_u128(u.coef) + u.exp > 19)
-            return XDEC_ERR_OVERFLOW;
+        if (u.coef != 0 && digits_u128(u.coef) + u.exp > 19) return XDEC_ERR_OVERFLOW;
         mag = u.coef == 0 ? 0 : u.coef * kPow10.v[u.exp];
     } else if (-u.exp <= kPrec) {
         mag = u.coef / kPow10.v[-u.exp];
     }
     constexpr u128 kMaxPos = static_cast<u128>(INT64_MAX);
-    if (mag > kMaxPos + (u.neg ? 1 : 0))
-        return XDEC_ERR_OVERFLOW;
+    if (mag > kMaxPos + (u.neg ? 1 : 0)) return XDEC_ERR_OVERFLOW;
     uint64_t m = static_cast<uint64_t>(mag);
     *out = u.neg ? static_cast<int64_t>(0 - m) : static_cast<int64_t>(m);
     return 0;
@@ -237,8 +208,7 @@ int32_t xdec_to_char(const xdec *d, char *buf, uint32_t size) {
     int64_t dot = (u.exp <= 0 && left > -6) ? left : 1;
     char text[XDEC_TEXT_MAX];
     char *p = text;
-    if (u.neg)
-        *p++ = '-';
+    if (u.neg) *p++ = '-';
     if (dot <= 0) {
         *p++ = '0';
         *p++ = '.';
@@ -256,11 +226,9 @@ int32_t xdec_to_char(const xdec *d, char *buf, uint32_t size) {
             p += nd - dot;
         }
     }
-    if (left != dot)
-        p = put_exponent(p, left - dot);
+    if (left != dot) p = put_exponent(p, left - dot);
     uint32_t n = static_cast<uint32_t>(p - text);
-    if (buf == nullptr || n >= size)
-        return XDEC_ERR_ARG;
+    if (buf == nullptr || n >= size) return XDEC_ERR_ARG;
     std::memcpy(buf, text, n);
     buf[n] = '\0';
     return static_cast<int32_t>(n);

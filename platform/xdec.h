@@ -28,18 +28,18 @@
 extern "C" {
 #endif
 
-#define XDEC_MAX_PREC 38      /* significant digits: 10^38 fits 128 bits */
+#define XDEC_MAX_PREC  38     /* significant digits: 10^38 fits 128 bits */
 #define XDEC_MAX_SCALE 345    /* finest digit 10^-345: every double's digits */
 #define XDEC_MIN_SCALE (-308) /* coarsest digit 10^308, as for a double */
-#define XDEC_MAX_EXP 308      /* highest place a leading digit may take */
-#define XDEC_TEXT_MAX 64      /* buffer for any value's text and its NUL */
+#define XDEC_MAX_EXP   308    /* highest place a leading digit may take */
+#define XDEC_TEXT_MAX  64     /* buffer for any value's text and its NUL */
 
 /* Statuses.  109 is not an error: the reader says the text is no number. */
-#define XDEC_NOT_NUMBER 109         /* "12x", "", "1e", "--1" */
-#define XDEC_ERR_OVERFLOW (-6102)   /* "1e309"; 2^63 read as a 64-bit integer */
-#define XDEC_ERR_DIV_ZERO (-6160)   /* 1 / 0, also 0 / 0 */
-#define XDEC_ERR_PRECISION (-6161)  /* 123.4 formatted to precision 3, scale 1 */
-#define XDEC_ERR_ARG (-6162)        /* precision 0, scale out of range, short buffer */
+#define XDEC_NOT_NUMBER    109     /* "12x", "", "1e", "--1" */
+#define XDEC_ERR_OVERFLOW  (-6102) /* "1e309"; 2^63 read as a 64-bit integer */
+#define XDEC_ERR_DIV_ZERO  (-6160) /* 1 / 0, also 0 / 0 */
+#define XDEC_ERR_PRECISION (-6161) /* 123.4 formatted to precision 3, scale 1 */
+#define XDEC_ERR_ARG       (-6162) /* precision 0, scale out of range, short buffer */
 
 /* Read `len` bytes of text: blanks, a sign, digits with an optional point,
  * an optional exponent (e or E, sign, digits), blanks.  0, 109 when the text

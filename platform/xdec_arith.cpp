@@ -16,9 +16,7 @@ struct operand {
     bool neg;
 };
 
-operand widen(const unpacked &u) {
-    return operand{wide_from_u128(u.coef), u.exp, u.neg};
-}
+operand widen(const unpacked &u) { return operand{wide_from_u128(u.coef), u.exp, u.neg}; }
 
 /* Bring both operands to the smaller exponent.  When the smaller operand
  * lies wholly below the 38 digits the larger one keeps plus a guard digit,
@@ -40,13 +38,11 @@ void align(operand &a, operand &b) {
 int32_t add_signed(xdec *out, unpacked a, unpacked b) {
     int64_t exp = a.exp < b.exp ? a.exp : b.exp;
     if (a.coef == 0 || b.coef == 0) {
-        if (a.coef == 0 && b.coef == 0)
-            return finish(false, wide{}, exp, out);
+        if (a.coef == 0 && b.coef == 0) return finish(false, wide{}, exp, out);
         /* x + 0 takes the finer exponent, but no more than 39 places finer
          * than x's own: enough to keep all of x's digits. */
         const unpacked &x = a.coef == 0 ? b : a;
-        if (exp < x.exp - kPrec - 1)
-            exp = x.exp - kPrec - 1;
+        if (exp < x.exp - kPrec - 1) exp = x.exp - kPrec - 1;
         wide coef = wide_from_u128(x.coef);
         wide_mul_pow10(coef, static_cast<int>(x.exp - exp));
         return finish(x.neg, coef, exp, out);
@@ -65,7 +61,7 @@ int32_t add_signed(xdec *out, unpacked a, unpacked b) {
     return finish(larger.neg, larger.coef, larger.exp, out);
 }
 
-}  // namespace
+} // namespace
 
 int32_t xdec_add(xdec *out, const xdec *a, const xdec *b) {
     return add_signed(out, unpack(a), unpack(b));
@@ -88,8 +84,7 @@ int32_t xdec_div(xdec *out, const xdec *a, const xdec *b) {
     if (y.coef == 0) [[unlikely]]
         return XDEC_ERR_DIV_ZERO;
     int64_t ideal_exp = static_cast<int64_t>(x.exp) - y.exp;
-    if (x.coef == 0)
-        return finish(false, wide{}, ideal_exp, out);
+    if (x.coef == 0) return finish(false, wide{}, ideal_exp, out);
     /* Widen the dividend so the quotient has 39 or 40 digits: one more
      * than is kept, which is all half-away-from-zero rounding looks at. */
     int shift = digits_u128(y.coef) - digits_u128(x.coef) + kPrec + 1;
@@ -103,8 +98,7 @@ int32_t xdec_div(xdec *out, const xdec *a, const xdec *b) {
          * scale the operands suggest: 1.00 / 4 is 0.25, not 0.2500...0. */
         while (exp < ideal_exp) {
             wide t = quot;
-            if (wide_div_small(t, 10) != 0)
-                break;
+            if (wide_div_small(t, 10) != 0) break;
             quot = t;
             exp++;
         }

@@ -20,10 +20,10 @@ namespace xdec_impl {
 using u128 = unsigned __int128;
 
 constexpr int kPrec = XDEC_MAX_PREC;
-constexpr int kMaxExp = XDEC_MAX_EXP;               /* highest leading digit */
-constexpr int kMinExp = -XDEC_MAX_SCALE;            /* finest digit */
-constexpr int kTopExp = XDEC_MAX_EXP - kPrec + 1;   /* exponent of a full 38-digit maximum */
-constexpr int kWideLimbs = 6;                       /* 384 bits: 115 digits */
+constexpr int kMaxExp = XDEC_MAX_EXP;             /* highest leading digit */
+constexpr int kMinExp = -XDEC_MAX_SCALE;          /* finest digit */
+constexpr int kTopExp = XDEC_MAX_EXP - kPrec + 1; /* exponent of a full 38-digit maximum */
+constexpr int kWideLimbs = 6;                     /* 384 bits: 115 digits */
 
 /* 10^0 .. 10^38, all of which fit 128 bits. */
 struct pow10_table {
@@ -32,8 +32,7 @@ struct pow10_table {
 constexpr pow10_table make_pow10() {
     pow10_table t{};
     t.v[0] = 1;
-    for (int i = 1; i <= kPrec; i++)
-        t.v[i] = t.v[i - 1] * 10;
+    for (int i = 1; i <= kPrec; i++) t.v[i] = t.v[i - 1] * 10;
     return t;
 }
 inline constexpr pow10_table kPow10 = make_pow10();
@@ -41,16 +40,15 @@ inline constexpr pow10_table kPow10 = make_pow10();
 /* Decimal digits of `v` (1 for zero). */
 inline int digits_u128(u128 v) {
     int n = 1;
-    while (n <= kPrec && v >= kPow10.v[n])
-        n++;
+    while (n <= kPrec && v >= kPow10.v[n]) n++;
     return n;
 }
 
 /* An unpacked value: what the arithmetic works on. */
 struct unpacked {
-    u128 coef;   /* below 10^38 */
-    int exp;     /* value = coef x 10^exp */
-    bool neg;    /* sign; false for zero */
+    u128 coef; /* below 10^38 */
+    int exp;   /* value = coef x 10^exp */
+    bool neg;  /* sign; false for zero */
 };
 
 inline unpacked unpack(const xdec *d) {
@@ -88,6 +86,6 @@ int32_t finish(bool neg, wide coef, int64_t exp, xdec *out);
 /* Store a value already within range: coef < 10^38, exp in range. */
 void pack(u128 coef, int exp, bool neg, xdec *out);
 
-}  // namespace xdec_impl
+} // namespace xdec_impl
 
 #endif

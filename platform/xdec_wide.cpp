@@ -23,20 +23,17 @@ void wide_mul_small(wide &w, uint64_t m) {
 
 /* w /= 10^k, the remainder discarded. */
 void wide_div_pow10(wide &w, int k) {
-    for (; k >= 19; k -= 19)
-        wide_div_small(w, kTen19);
-    if (k > 0)
-        wide_div_small(w, static_cast<uint64_t>(kPow10.v[k]));
+    for (; k >= 19; k -= 19) wide_div_small(w, kTen19);
+    if (k > 0) wide_div_small(w, static_cast<uint64_t>(kPow10.v[k]));
 }
 
 int wide_top_bit(const wide &w) {
     for (int i = kWideLimbs - 1; i >= 0; i--)
-        if (w.limb[i] != 0)
-            return i * 64 + 63 - __builtin_clzll(w.limb[i]);
+        if (w.limb[i] != 0) return i * 64 + 63 - __builtin_clzll(w.limb[i]);
     return -1;
 }
 
-}  // namespace
+} // namespace
 
 wide wide_from_u128(u128 v) {
     wide w{};
@@ -47,26 +44,21 @@ wide wide_from_u128(u128 v) {
 
 bool wide_is_zero(const wide &w) {
     for (uint64_t limb : w.limb)
-        if (limb != 0)
-            return false;
+        if (limb != 0) return false;
     return true;
 }
 
 bool wide_fits_u128(const wide &w) {
     for (int i = 2; i < kWideLimbs; i++)
-        if (w.limb[i] != 0)
-            return false;
+        if (w.limb[i] != 0) return false;
     return true;
 }
 
-u128 wide_low_u128(const wide &w) {
-    return (static_cast<u128>(w.limb[1]) << 64) | w.limb[0];
-}
+u128 wide_low_u128(const wide &w) { return (static_cast<u128>(w.limb[1]) << 64) | w.limb[0]; }
 
 int wide_cmp(const wide &a, const wide &b) {
     for (int i = kWideLimbs - 1; i >= 0; i--)
-        if (a.limb[i] != b.limb[i])
-            return a.limb[i] < b.limb[i] ? -1 : 1;
+        if (a.limb[i] != b.limb[i]) return a.limb[i] < b.limb[i] ? -1 : 1;
     return 0;
 }
 
@@ -90,10 +82,8 @@ void wide_sub(wide &a, const wide &b) {
 }
 
 void wide_mul_pow10(wide &w, int k) {
-    for (; k >= 19; k -= 19)
-        wide_mul_small(w, kTen19);
-    if (k > 0)
-        wide_mul_small(w, static_cast<uint64_t>(kPow10.v[k]));
+    for (; k >= 19; k -= 19) wide_mul_small(w, kTen19);
+    if (k > 0) wide_mul_small(w, static_cast<uint64_t>(kPow10.v[k]));
 }
 
 uint64_t wide_div_small(wide &w, uint64_t d) {
@@ -167,11 +157,10 @@ int32_t finish(bool neg, wide coef, int64_t exp, xdec *out) {
         return 0;
     }
     int n = wide_digits(coef);
-    int64_t exp_min = n + exp - kPrec;  /* exponent that leaves 38 digits */
+    int64_t exp_min = n + exp - kPrec; /* exponent that leaves 38 digits */
     if (exp_min > kTopExp) [[unlikely]]
         return XDEC_ERR_OVERFLOW;
-    if (exp_min < kMinExp)
-        exp_min = kMinExp;
+    if (exp_min < kMinExp) exp_min = kMinExp;
     if (exp >= exp_min) {
         pack(wide_low_u128(coef), static_cast<int>(exp), neg, out);
         return 0;
@@ -193,4 +182,4 @@ int32_t finish(bool neg, wide coef, int64_t exp, xdec *out) {
     return 0;
 }
 
-}  // namespace xdec_impl
+} // namespace xdec_impl

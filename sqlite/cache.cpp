@@ -20,8 +20,8 @@ void destroy_compiled_path(void *p) {
 
 // Compile text in the language on the context's heap: 0 with the path
 // (and the count of a MySQL block), or a negative code.
-int32_t compile_on_heap(jlpca_ctx *ctx, std::string_view text, path_language lang,
-                        jpath **path, uint32_t *count) {
+int32_t compile_on_heap(jlpca_ctx *ctx, std::string_view text, path_language lang, jpath **path,
+                        uint32_t *count) {
     const auto len = static_cast<uint32_t>(text.size());
     int32_t rc = VXJSON_ERR_PATH;
     switch (lang) {
@@ -34,9 +34,7 @@ int32_t compile_on_heap(jlpca_ctx *ctx, std::string_view text, path_language lan
         rc = jlpca_reinit(ctx, text.data(), len);
         if (rc == 0) rc = jpath_flex(ctx, *path);
         break;
-    case path_language::mysql:
-        rc = jpath_array_flex(ctx, text.data(), len, 1, count, path);
-        break;
+    case path_language::mysql: rc = jpath_array_flex(ctx, text.data(), len, 1, count, path); break;
     }
     return rc < 0 ? rc : rc == 0 ? 0 : VXJSON_ERR_PATH;
 }
@@ -69,7 +67,7 @@ int32_t compile_kept(jlpca_ctx *ctx, std::string_view text, path_language lang,
     return 0;
 }
 
-}  // namespace
+} // namespace
 
 call_cache::~call_cache() {
     while (compiled_path *cp = pending_) {
@@ -112,7 +110,7 @@ void *cached_clause(sqlite3_context *sc, int i) { return sqlite3_get_auxdata(sc,
 
 void keep_clause(sqlite3_context *sc, int i, const void *clause, size_t size) {
     void *copy = sqlite3_malloc64(size);
-    if (!copy) return;  // parsed again next row
+    if (!copy) return; // parsed again next row
     std::memcpy(copy, clause, size);
     sqlite3_set_auxdata(sc, i, copy, sqlite3_free);
 }
@@ -121,4 +119,4 @@ void clause_failed(sqlite3_context *sc, const char *fn, const char *why) {
     result_usage(sc, fn, why);
 }
 
-}  // namespace vxsql
+} // namespace vxsql

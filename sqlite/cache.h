@@ -22,18 +22,18 @@ namespace vxsql {
 
 // How a path argument is compiled.
 enum class path_language : uint8_t {
-    standard,  // $.a[1 to 3].b: jpath_flex under the context's switches
-    mysql,     // one MySQL path: jpath_array_flex, single
+    standard, // $.a[1 to 3].b: jpath_flex under the context's switches
+    mysql,    // one MySQL path: jpath_array_flex, single
 };
 
 // A compiled path with the heap it lives in.
 struct compiled_path {
     vx_heap *heap;
     vx_allocator alloc;
-    jpath *path;       // the path (a block of count for MySQL arrays)
+    jpath *path; // the path (a block of count for MySQL arrays)
     uint32_t count;
-    int arg;               // the argument it was compiled from
-    compiled_path *next;   // the call's other new paths, until handed over
+    int arg;             // the argument it was compiled from
+    compiled_path *next; // the call's other new paths, until handed over
 };
 
 class call_cache {
@@ -52,14 +52,13 @@ public:
 
 private:
     sqlite3_context *sc_;
-    compiled_path *pending_ = nullptr;  // compiled in this call, to hand over
+    compiled_path *pending_ = nullptr; // compiled in this call, to hand over
 };
 
 // A clause argument argv[i] (left out when i >= argc, NULL or empty): true
 // with *out (the default when left out), or false with the call failed
 // with a message "<fn>: <what the clause may be>".
-template <class T>
-using clause_parser = bool (*)(std::string_view, T *, const char **);
+template <class T> using clause_parser = bool (*)(std::string_view, T *, const char **);
 
 bool clause_text(sqlite3_value **argv, int argc, int i, std::string_view *text);
 void *cached_clause(sqlite3_context *sc, int i);
@@ -87,6 +86,6 @@ bool clause_arg(sqlite3_context *sc, int argc, sqlite3_value **argv, int i, cons
     return true;
 }
 
-}  // namespace vxsql
+} // namespace vxsql
 
 #endif

@@ -22,9 +22,9 @@ constexpr uint32_t DATETIME_KIND_DATE = 3;
 constexpr size_t TOKENS_MAX = 8;
 
 struct tokens {
-    std::array<std::array<char, 16>, TOKENS_MAX> text{};  // lower-case, NUL-terminated
+    std::array<std::array<char, 16>, TOKENS_MAX> text{}; // lower-case, NUL-terminated
     size_t count = 0;
-    size_t at = 0;  // the next one to read
+    size_t at = 0; // the next one to read
 
     bool next_is(std::string_view word) const {
         return at < count && word == std::string_view(text[at].data());
@@ -88,7 +88,7 @@ bool take_sizes(tokens &t, uint32_t *first, uint32_t *second, bool second_allowe
 // "on <what>" closing an ON clause.
 bool take_on(tokens &t, std::string_view what) { return t.take("on") && t.take(what) && t.done(); }
 
-}  // namespace
+} // namespace
 
 returning_clause default_returning() {
     return {returning_kind::text, JPATH_RET_CHAR, TEXT_LEN_MAX, 0};
@@ -188,4 +188,4 @@ bool parse_exists_on_error(std::string_view text, on_clause *out, const char **w
     return true;
 }
 
-}  // namespace vxsql
+} // namespace vxsql

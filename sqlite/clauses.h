@@ -23,9 +23,9 @@ enum class returning_kind : uint8_t { text, number, date, timestamp };
 
 struct returning_clause {
     returning_kind kind;
-    uint32_t ret_type;   // JPATH_RET_*
-    uint32_t ret_len;    // longest text; precision of a number; datetime kind
-    uint32_t ret_scale;  // scale of a number
+    uint32_t ret_type;  // JPATH_RET_*
+    uint32_t ret_len;   // longest text; precision of a number; datetime kind
+    uint32_t ret_scale; // scale of a number
 };
 
 // ON EMPTY / ON ERROR behaviours.  `value` is the library's on_empty or
@@ -33,7 +33,7 @@ struct returning_clause {
 struct on_clause {
     uint32_t value;
     bool use_default;
-    int8_t exists_result;  // json_exists: 1 true, 0 false, -1 unknown, -2 error
+    int8_t exists_result; // json_exists: 1 true, 0 false, -1 unknown, -2 error
 };
 
 // The defaults of a function whose clause argument is left out.
@@ -50,6 +50,6 @@ bool parse_on_empty(std::string_view text, on_clause *out, const char **why);
 bool parse_on_error(std::string_view text, on_clause *out, const char **why);
 bool parse_exists_on_error(std::string_view text, on_clause *out, const char **why);
 
-}  // namespace vxsql
+} // namespace vxsql
 
 #endif

@@ -45,7 +45,7 @@ constexpr code_row CODE_TEXTS[] = {
     {VXTIME_ERR_ARG, "bad datetime type or format"},
 };
 
-}  // namespace
+} // namespace
 
 const char *code_text(int32_t code) {
     for (const code_row &r : CODE_TEXTS)
@@ -62,13 +62,12 @@ void fail(sqlite3_context *sc, int32_t code, const char *detail) {
     char msg[JLPCA_ERR_MSG_SIZE + 160];
     if (detail && *detail)
         std::snprintf(msg, sizeof msg, "vxjson %d: %s (%s)", code, code_text(code), detail);
-    else
-        std::snprintf(msg, sizeof msg, "vxjson %d: %s", code, code_text(code));
+    else std::snprintf(msg, sizeof msg, "vxjson %d: %s", code, code_text(code));
     sqlite3_result_error(sc, msg, -1);
     if (code == VXJSON_ERR_NOMEM) sqlite3_result_error_code(sc, SQLITE_NOMEM);
 }
 
-}  // namespace
+} // namespace
 
 void result_code(sqlite3_context *sc, int32_t code) { fail(sc, code, nullptr); }
 
@@ -79,8 +78,7 @@ void result_document_code(sqlite3_context *sc, int32_t code, const jlpca_ctx *ct
     if (jlpca_error_position(ctx, &offset, &line, &column, &why) != 0 && why && *why)
         std::snprintf(detail, sizeof detail, "argument %d, line %u, column %u: %s", arg, line,
                       column, why);
-    else
-        std::snprintf(detail, sizeof detail, "argument %d", arg);
+    else std::snprintf(detail, sizeof detail, "argument %d", arg);
     fail(sc, code, detail);
 }
 
@@ -88,8 +86,7 @@ void result_path_code(sqlite3_context *sc, int32_t code, const jlpca_ctx *ctx, i
     char detail[JLPCA_ERR_MSG_SIZE + 32];
     if (ctx->err_code != 0 && ctx->err_msg[0] != '\0')
         std::snprintf(detail, sizeof detail, "argument %d: %s", arg, ctx->err_msg);
-    else
-        std::snprintf(detail, sizeof detail, "argument %d", arg);
+    else std::snprintf(detail, sizeof detail, "argument %d", arg);
     fail(sc, code, detail);
 }
 
@@ -99,4 +96,4 @@ void result_usage(sqlite3_context *sc, const char *fn, const char *what) {
     sqlite3_result_error(sc, msg, -1);
 }
 
-}  // namespace vxsql
+} // namespace vxsql

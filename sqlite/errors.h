@@ -27,6 +27,6 @@ void result_path_code(sqlite3_context *sc, int32_t code, const jlpca_ctx *ctx, i
 // dialect or clause): "<function>: <what>".
 void result_usage(sqlite3_context *sc, const char *fn, const char *what);
 
-}  // namespace vxsql
+} // namespace vxsql
 
 #endif

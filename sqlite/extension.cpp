@@ -39,21 +39,21 @@ int register_all(sqlite3 *db, char **err) {
     connection *c = connection_create();
     if (!c) return SQLITE_NOMEM;
     int rc = SQLITE_OK;
-    for (auto family : {common_functions(), pg_functions(), pg_path_functions(),
-                        mysql_functions(), mysql_path_functions(), standard_functions()})
+    for (auto family : {common_functions(), pg_functions(), pg_path_functions(), mysql_functions(),
+                        mysql_path_functions(), standard_functions()})
         if (rc == SQLITE_OK) rc = register_family(db, c, family);
     if (rc != SQLITE_OK && err) *err = sqlite3_mprintf("vxjson: cannot register the functions");
     connection_release(c);
     return rc;
 }
 
-}  // namespace
+} // namespace
 
-}  // namespace vxsql
+} // namespace vxsql
 
 // `.load ./vxjson_sqlite` finds this name from the file name.
-extern "C" __attribute__((visibility("default"))) int sqlite3_vxjsonsqlite_init(
-    sqlite3 *db, char **err, const sqlite3_api_routines *api) {
+extern "C" __attribute__((visibility("default"))) int
+sqlite3_vxjsonsqlite_init(sqlite3 *db, char **err, const sqlite3_api_routines *api) {
     SQLITE_EXTENSION_INIT2(api);
     return vxsql::register_all(db, err);
 }

@@ -50,8 +50,8 @@ constexpr function_def FUNCTIONS[] = {
     {"vxjson_format", 1, 2, vxjson_format},
 };
 
-}  // namespace
+} // namespace
 
 std::span<const function_def> common_functions() { return FUNCTIONS; }
 
-}  // namespace vxsql
+} // namespace vxsql

@@ -88,8 +88,8 @@ constexpr function_def FUNCTIONS[] = {
     {"mysql_json_merge_preserve", -1, -1, mysql_json_merge_preserve},
 };
 
-}  // namespace
+} // namespace
 
 std::span<const function_def> mysql_functions() { return FUNCTIONS; }
 
-}  // namespace vxsql
+} // namespace vxsql

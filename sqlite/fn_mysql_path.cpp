@@ -101,12 +101,14 @@ void mysql_json_extract(sqlite3_context *sc, int argc, sqlite3_value **argv) {
 
 void mysql_json_contains_path(sqlite3_context *sc, int argc, sqlite3_value **argv) {
     if (argc < 3)
-        return result_usage(sc, "mysql_json_contains_path", "a document, 'one' or 'all' and a path are needed");
+        return result_usage(sc, "mysql_json_contains_path",
+                            "a document, 'one' or 'all' and a path are needed");
     if (sqlite3_value_type(argv[1]) == SQLITE_NULL) return;
     const auto *mode = reinterpret_cast<const char *>(sqlite3_value_text(argv[1]));
     const bool all = mode && strcasecmp(mode, "all") == 0;
     if (!all && (!mode || strcasecmp(mode, "one") != 0))
-        return result_usage(sc, "mysql_json_contains_path", "the second argument is 'one' or 'all'");
+        return result_usage(sc, "mysql_json_contains_path",
+                            "the second argument is 'one' or 'all'");
     jlpca_ctx *ctx;
     json_node *doc;
     if (!begin(sc, argc, argv, 2, 1, &ctx, &doc)) return;
@@ -115,7 +117,8 @@ void mysql_json_contains_path(sqlite3_context *sc, int argc, sqlite3_value **arg
         jpath *path;
         int32_t found = 0;
         if (!path_or_fail(sc, cache, ctx, argv, i, &path)) return;
-        if (int32_t rc = jpath_json_contains_path(doc, path, ctx, &found)) return result_code(sc, rc);
+        if (int32_t rc = jpath_json_contains_path(doc, path, ctx, &found))
+            return result_code(sc, rc);
         // 'one' is answered by the first path found, 'all' by the first missing.
         if (found != all) return sqlite3_result_int(sc, found);
     }
@@ -141,7 +144,8 @@ void apply_pairs(sqlite3_context *sc, int argc, sqlite3_value **argv, const char
         jpath *path;
         json_node *value;
         if (!path_or_fail(sc, cache, ctx, argv, i, &path, keep_paths)) return;
-        if (int32_t rc = value_arg(ctx, argv, i + 1, &value)) return result_document_code(sc, rc, ctx, i + 2);
+        if (int32_t rc = value_arg(ctx, argv, i + 1, &value))
+            return result_document_code(sc, rc, ctx, i + 2);
         if (int32_t rc = action(ctx, &doc, value, path, &text, &len)) return result_code(sc, rc);
     }
     if (text) return result_json(sc, text, len);
@@ -211,8 +215,8 @@ constexpr function_def FUNCTIONS[] = {
     {"mysql_json_array_insert", -1, -1, mysql_json_array_insert},
 };
 
-}  // namespace
+} // namespace
 
 std::span<const function_def> mysql_path_functions() { return FUNCTIONS; }
 
-}  // namespace vxsql
+} // namespace vxsql

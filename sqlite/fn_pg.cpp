@@ -56,8 +56,8 @@ constexpr function_def FUNCTIONS[] = {
     {"jsonb_strip_nulls", 1, 1, jsonb_strip_nulls},
 };
 
-}  // namespace
+} // namespace
 
 std::span<const function_def> pg_functions() { return FUNCTIONS; }
 
-}  // namespace vxsql
+} // namespace vxsql

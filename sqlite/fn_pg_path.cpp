@@ -35,7 +35,8 @@ int32_t removal_path(jlpca_ctx *ctx, sqlite3_value *key, jpath **out) {
         if (n < INT32_MIN || n > INT32_MAX) return VXJSON_ERR_TEXT_PATH_INDEX;
         rc = jpath_add_filter_low(ctx->env, ctx->heap, path, "", 0, JPATH_STEP_SUBSCRIPTS);
         if (rc == 0)
-            rc = jpath_add_index_pg(ctx->env, ctx->heap, path->last_filter, static_cast<int32_t>(n));
+            rc =
+                jpath_add_index_pg(ctx->env, ctx->heap, path->last_filter, static_cast<int32_t>(n));
     } else {
         const std::string_view name = arg_text(key, &rc);
         if (rc == 0)
@@ -80,8 +81,8 @@ constexpr function_def FUNCTIONS[] = {
     {"jsonb_path_query", 2, 2, jsonb_path_query},
 };
 
-}  // namespace
+} // namespace
 
 std::span<const function_def> pg_path_functions() { return FUNCTIONS; }
 
-}  // namespace vxsql
+} // namespace vxsql

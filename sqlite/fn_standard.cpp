@@ -45,20 +45,20 @@ struct sql_json_call {
     jlpca_ctx *ctx = nullptr;
     jpath *path = nullptr;
     json_node *doc = nullptr;
-    int32_t incoming = 0;  // the document's reading status, for ON ERROR
+    int32_t incoming = 0; // the document's reading status, for ON ERROR
     on_clause on_empty{};
     on_clause on_error{};
-    int empty_default = -1;  // argument positions of the DEFAULT values
+    int empty_default = -1; // argument positions of the DEFAULT values
     int error_default = -1;
 };
 
 // The ON clauses and the positions of their DEFAULT values; false when
 // the call has failed.
 bool read_on_clauses(sql_json_call &c) {
-    if (!clause_arg(c.sc, c.argc, c.argv, ARG_ON_EMPTY, c.fn, parse_on_empty,
-                    default_on_empty(), &c.on_empty) ||
-        !clause_arg(c.sc, c.argc, c.argv, ARG_ON_ERROR, c.fn, parse_on_error,
-                    default_on_error(), &c.on_error))
+    if (!clause_arg(c.sc, c.argc, c.argv, ARG_ON_EMPTY, c.fn, parse_on_empty, default_on_empty(),
+                    &c.on_empty) ||
+        !clause_arg(c.sc, c.argc, c.argv, ARG_ON_ERROR, c.fn, parse_on_error, default_on_error(),
+                    &c.on_error))
         return false;
     int next = ARG_FIRST_DEFAULT;
     if (c.on_empty.use_default) c.empty_default = next++;
@@ -129,8 +129,8 @@ void result_number(sqlite3_context *sc, const xdec &d) {
 
 void result_datetime(sqlite3_context *sc, const vxtime &t, returning_kind kind) {
     char text[VXTIME_TEXT_MAX];
-    const int32_t n = vxtime_to_char(&t, 9, kind == returning_kind::date ? VXTIME_FMT_DATE
-                                                                        : VXTIME_FMT_ISO, text);
+    const int32_t n = vxtime_to_char(
+        &t, 9, kind == returning_kind::date ? VXTIME_FMT_DATE : VXTIME_FMT_ISO, text);
     if (n < 0) return result_code(sc, n);
     sqlite3_result_text(sc, text, n, SQLITE_TRANSIENT);
 }
@@ -138,8 +138,8 @@ void result_datetime(sqlite3_context *sc, const vxtime &t, returning_kind kind) 
 void json_value(sqlite3_context *sc, int argc, sqlite3_value **argv) {
     sql_json_call c{sc, argc, argv, "json_value"};
     returning_clause ret;
-    if (!clause_arg(sc, argc, argv, ARG_TYPE_OR_WRAPPER, c.fn, parse_returning,
-                    default_returning(), &ret) ||
+    if (!clause_arg(sc, argc, argv, ARG_TYPE_OR_WRAPPER, c.fn, parse_returning, default_returning(),
+                    &ret) ||
         !read_on_clauses(c))
         return;
     call_cache cache(sc);
@@ -194,8 +194,8 @@ void json_query_fn(sqlite3_context *sc, int argc, sqlite3_value **argv) {
 // document's included) gives what ON ERROR says, FALSE by default.
 void json_exists(sqlite3_context *sc, int argc, sqlite3_value **argv) {
     on_clause on_error;
-    if (!clause_arg(sc, argc, argv, ARG_TYPE_OR_WRAPPER, "json_exists",
-                    parse_exists_on_error, default_exists_on_error(), &on_error))
+    if (!clause_arg(sc, argc, argv, ARG_TYPE_OR_WRAPPER, "json_exists", parse_exists_on_error,
+                    default_exists_on_error(), &on_error))
         return;
     if (sqlite3_value_type(argv[ARG_DOC]) == SQLITE_NULL ||
         sqlite3_value_type(argv[ARG_PATH]) == SQLITE_NULL)
@@ -227,8 +227,8 @@ constexpr function_def FUNCTIONS[] = {
     {"json_exists", 2, 3, json_exists},
 };
 
-}  // namespace
+} // namespace
 
 std::span<const function_def> standard_functions() { return FUNCTIONS; }
 
-}  // namespace vxsql
+} // namespace vxsql

@@ -40,7 +40,7 @@ void fit_heap(connection *c) {
     attach_heap(c, bigger, first);
 }
 
-}  // namespace
+} // namespace
 
 connection *connection_create() {
     auto *c = new (std::nothrow) connection{};
@@ -89,4 +89,4 @@ jlpca_ctx *row_begin(connection *c, dialect d) {
     return x;
 }
 
-}  // namespace vxsql
+} // namespace vxsql

@@ -31,11 +31,11 @@ enum class dialect : int32_t {
 // data).  Each registration holds a reference; SQLite drops them one by
 // one as the functions go, and the last one frees the state.
 struct connection {
-    vx_heap *heap;           // the row heap: trees, texts, element arrays
-    size_t heap_first;       // bytes of its first block (kept across resets)
-    vx_allocator alloc;      // carves element arrays and texts from the heap
-    uint32_t refs;           // registrations still holding the state
-    jlpca_ctx ctx;           // the one parse context (large: never on a stack)
+    vx_heap *heap;      // the row heap: trees, texts, element arrays
+    size_t heap_first;  // bytes of its first block (kept across resets)
+    vx_allocator alloc; // carves element arrays and texts from the heap
+    uint32_t refs;      // registrations still holding the state
+    jlpca_ctx ctx;      // the one parse context (large: never on a stack)
 };
 
 // A new connection state holding one reference, or NULL without memory.
@@ -53,6 +53,6 @@ inline connection *connection_of(sqlite3_context *sc) {
     return static_cast<connection *>(sqlite3_user_data(sc));
 }
 
-}  // namespace vxsql
+} // namespace vxsql
 
 #endif

@@ -15,7 +15,7 @@ namespace {
 // SQLite's mark on text that holds JSON (its json() and friends set it).
 constexpr unsigned JSON_SUBTYPE = 'J';
 
-}  // namespace
+} // namespace
 
 bool any_null(int argc, sqlite3_value **argv) {
     for (int i = 0; i < argc; i++)
@@ -71,9 +71,7 @@ int32_t value_arg(jlpca_ctx *ctx, sqlite3_value **argv, int i, json_node **out) 
     json_node *node = nullptr;
     int32_t rc = 0;
     switch (type) {
-    case SQLITE_NULL:
-        node = json_mem_create(ctx, JSON_NULL);
-        break;
+    case SQLITE_NULL: node = json_mem_create(ctx, JSON_NULL); break;
     case SQLITE_INTEGER:
         if ((node = json_mem_create(ctx, JSON_INTEGER))) node->ival = sqlite3_value_int64(v);
         break;
@@ -127,4 +125,4 @@ bool dialect_arg(sqlite3_value *v, dialect *d) {
     return true;
 }
 
-}  // namespace vxsql
+} // namespace vxsql

@@ -54,6 +54,6 @@ void result_json_or_code(sqlite3_context *sc, int32_t rc, const char *text, uint
 // false for another name.
 bool dialect_arg(sqlite3_value *v, dialect *d);
 
-}  // namespace vxsql
+} // namespace vxsql
 
 #endif

@@ -25,7 +25,9 @@ INSTANTIATE_TEST_SUITE_P(PgSet, Change, rows_of("change/pg_set.tsv"), data_row_n
 INSTANTIATE_TEST_SUITE_P(ArrayAdd, Change, rows_of("change/array_add.tsv"), data_row_namer());
 
 TEST(ChangeFiles, EveryFileHasItsRows) {
-    expect_row_counts({{"change/remove.tsv", 27}, {"change/set.tsv", 39}, {"change/pg_set.tsv", 20},
+    expect_row_counts({{"change/remove.tsv", 27},
+                       {"change/set.tsv", 39},
+                       {"change/pg_set.tsv", 20},
                        {"change/array_add.tsv", 28}});
 }
 
@@ -62,8 +64,9 @@ TEST(ChangeArrayAdd, SingleValueTakesFirstPathOnly) {
     ASSERT_EQ(s.code, 0);
     char *out = nullptr;
     uint32_t len = 0;
-    ASSERT_EQ(json_array_add_element_mysql_path_array(s.doc, s.count, s.paths, s.value, env.ctx.get(),
-                                                      JSON_ARRAY_ADD_SINGLE, &out, &len),
+    ASSERT_EQ(json_array_add_element_mysql_path_array(s.doc, s.count, s.paths, s.value,
+                                                      env.ctx.get(), JSON_ARRAY_ADD_SINGLE, &out,
+                                                      &len),
               0);
     EXPECT_EQ(env.take(out, len), R"({"a":[{"x":1}],"b":[]})");
 }
@@ -154,15 +157,18 @@ TEST_P(SetParent, PutsNodeInPlace) {
     EXPECT_EQ(env.text_of(c), r.text);
     EXPECT_EQ(node->parent, r.code == 0 ? c : nullptr);
 }
-INSTANTIATE_TEST_SUITE_P(Places, SetParent, rows<SetParentRow>({
-    {"element", "[1,2]", "$[1]", 0, "[1,true]"},
-    {"first_of_duplicates", R"({"a":1,"a":2})", "$.a", 0, R"({"a":true,"a":2})"},
-    {"missing_member_changes_nothing", R"({"a":1})", "$.b", 0, R"({"a":1})"},
-    {"field_step_on_array", "[1]", "$.a", -3113, "[1]"},
-    {"subscript_on_object", R"({"a":1})", "$[0]", -3113, R"({"a":1})"},
-    {"position_out_of_range", "[1]", "$[3]", -3113, "[1]"},
-    {"scalar_container", "1", "$[0]", -3113, "1"},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Places, SetParent,
+    rows<SetParentRow>({
+        {"element", "[1,2]", "$[1]", 0, "[1,true]"},
+        {"first_of_duplicates", R"({"a":1,"a":2})", "$.a", 0, R"({"a":true,"a":2})"},
+        {"missing_member_changes_nothing", R"({"a":1})", "$.b", 0, R"({"a":1})"},
+        {"field_step_on_array", "[1]", "$.a", -3113, "[1]"},
+        {"subscript_on_object", R"({"a":1})", "$[0]", -3113, R"({"a":1})"},
+        {"position_out_of_range", "[1]", "$[3]", -3113, "[1]"},
+        {"scalar_container", "1", "$[0]", -3113, "1"},
+    }),
+    by_id);
 
 // Reports leave a trail with the fixed sites of the changes.
 TEST(ChangeReports, FailuresReportTheirSites) {
@@ -178,12 +184,13 @@ TEST(ChangeReports, FailuresReportTheirSites) {
 // The jsonb_set_is_multi answer per step kind.
 TEST(ChangeSteps, MultiValuedSteps) {
     VxEnv env(dialect(JLPCA_COMPAT_MYSQL));
-    const std::pair<const char *, int32_t> cases[] = {
-        {"$.a", 0}, {"$[1]", 0}, {"$[*]", 1}, {"$.*", 1}, {"$[1 to 2]", 1}, {"$", 0}};
+    const std::pair<const char *, int32_t> cases[] = {{"$.a", 0}, {"$[1]", 0},      {"$[*]", 1},
+                                                      {"$.*", 1}, {"$[1 to 2]", 1}, {"$", 0}};
     for (const auto &[text, multi] : cases) {
         uint32_t n = 0;
         jpath *p = nullptr;
-        ASSERT_EQ(jpath_array_flex(env.ctx.get(), text, uint32_t(std::strlen(text)), 1, &n, &p), 0) << text;
+        ASSERT_EQ(jpath_array_flex(env.ctx.get(), text, uint32_t(std::strlen(text)), 1, &n, &p), 0)
+            << text;
         EXPECT_EQ(jsonb_set_is_multi(p->last_filter), multi) << text;
     }
 }

@@ -12,7 +12,9 @@ using ::operator<<;
 
 enum class Limit { heap, allocator };
 
-struct Calls { uint64_t heap, alloc; };
+struct Calls {
+    uint64_t heap, alloc;
+};
 
 // The calls the change itself makes, after its inputs are read.
 Calls count_calls(const ChangeInput &in) {

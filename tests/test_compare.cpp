@@ -32,9 +32,9 @@ INSTANTIATE_TEST_SUITE_P(Pairs, Equality, rows_of("tree_ops/equality.tsv"), data
 // directly; the predicates must treat the failure as "not equal".
 struct TextRow {
     const char *id;
-    std::string a, b;  // JSON_DECIMAL texts
-    int32_t rc;        // of json_decimal_string_cmp
-    int32_t order;     // when rc is 0
+    std::string a, b; // JSON_DECIMAL texts
+    int32_t rc;       // of json_decimal_string_cmp
+    int32_t order;    // when rc is 0
     Trail trail = {};
 };
 
@@ -54,22 +54,34 @@ TEST_P(DecimalOrder, OrderCodeAndReports) {
     EXPECT_EQ(json_scalar_value_equal(a, b), r.rc == 0 && r.order == 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, DecimalOrder, rows<TextRow>({
-    {"Less", "1.5", "2.5", 0, -1},
-    {"Greater", "2.5", "1.5", 0, 1},
-    {"LengthsDiffer", "2.5", "10.25", 0, -1},
-    {"ExponentCase", "1e5", "1E5", 0, 0},
-    {"EqualByValue", "1.50", "1.5", 0, 0},
-    {"BothEmpty", "", "", 0, 0},
-    {"EmptyIsZero", "", "0.0", 0, 0},
-    {"EmptyBelowOne", "", "1.0", 0, -1},
-    {"TinyIsNotOverflow", "1e-400", "0.0", 0, 0},
-    // Equal texts never reach the conversion, so they stay equal even
-    // past the double range; any other pairing with them fails.
-    {"OverflowingTextsEqualOnlyByText", "1e400", "1E400", 0, 0},
-    {"OverflowFirst", "1e400", "1.0e400", kOverflow, 0, {{kOverflow, kLineToDouble}, {kOverflow, kLineCmpFirst}}},
-    {"OverflowSecond", "1.0", "-1e400", kOverflow, 0, {{kOverflow, kLineToDouble}, {kOverflow, kLineCmpSecond}}},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Texts, DecimalOrder,
+                         rows<TextRow>({
+                             {"Less", "1.5", "2.5", 0, -1},
+                             {"Greater", "2.5", "1.5", 0, 1},
+                             {"LengthsDiffer", "2.5", "10.25", 0, -1},
+                             {"ExponentCase", "1e5", "1E5", 0, 0},
+                             {"EqualByValue", "1.50", "1.5", 0, 0},
+                             {"BothEmpty", "", "", 0, 0},
+                             {"EmptyIsZero", "", "0.0", 0, 0},
+                             {"EmptyBelowOne", "", "1.0", 0, -1},
+                             {"TinyIsNotOverflow", "1e-400", "0.0", 0, 0},
+                             // Equal texts never reach the conversion, so they stay equal even
+                             // past the double range; any other pairing with them fails.
+                             {"OverflowingTextsEqualOnlyByText", "1e400", "1E400", 0, 0},
+                             {"OverflowFirst",
+                              "1e400",
+                              "1.0e400",
+                              kOverflow,
+                              0,
+                              {{kOverflow, kLineToDouble}, {kOverflow, kLineCmpFirst}}},
+                             {"OverflowSecond",
+                              "1.0",
+                              "-1e400",
+                              kOverflow,
+                              0,
+                              {{kOverflow, kLineToDouble}, {kOverflow, kLineCmpSecond}}},
+                         }),
+                         by_id);
 
 TEST(DecimalToDouble, ValuesAndOverflow) {
     VxEnv env;
@@ -89,14 +101,16 @@ TEST(DecimalToDouble, IntegerAgainstOverflowingTextIsUnequal) {
     json_node *one = env.integer(1);
     EXPECT_EQ(json_scalar_value_equal(one, big), 0);
     EXPECT_EQ(json_scalar_value_equal(big, one), 0);
-    EXPECT_EQ(json_cmp(env.array({env.decimal("1e400")}), env.array({env.decimal("1.0e400")}), JSON_CMP_EQUAL), 0);
+    EXPECT_EQ(json_cmp(env.array({env.decimal("1e400")}), env.array({env.decimal("1.0e400")}),
+                       JSON_CMP_EQUAL),
+              0);
 }
 
 struct XdecRow {
     const char *id;
-    std::string text;  // JSON_DECIMAL text
+    std::string text; // JSON_DECIMAL text
     int32_t rc;
-    const char *expect;  // read by xdec_from_char when rc is 0; NULL: zero
+    const char *expect; // read by xdec_from_char when rc is 0; NULL: zero
 };
 
 class DecimalToXdec : public ::testing::TestWithParam<XdecRow> {};
@@ -111,15 +125,18 @@ TEST_P(DecimalToXdec, Converts) {
     EXPECT_EQ(std::memcmp(&got, &want, sizeof got), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, DecimalToXdec, rows<XdecRow>({
-    {"Exact", "12.50", 0, "12.50"},
-    {"Long38Exact", "12345678901234567890123456789012345678.5", 0, "12345678901234567890123456789012345678.5"},
-    {"Empty", "", 0, nullptr},
-    {"Overflow", "1e400", kOverflow, nullptr},
-    // Refused by the exact reader, read by strtod instead.
-    {"FallsBackToDouble", "0x1A", 0, "26"},
-    {"FallbackOverflow", "inf", kOverflow, nullptr},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Texts, DecimalToXdec,
+                         rows<XdecRow>({
+                             {"Exact", "12.50", 0, "12.50"},
+                             {"Long38Exact", "12345678901234567890123456789012345678.5", 0,
+                              "12345678901234567890123456789012345678.5"},
+                             {"Empty", "", 0, nullptr},
+                             {"Overflow", "1e400", kOverflow, nullptr},
+                             // Refused by the exact reader, read by strtod instead.
+                             {"FallsBackToDouble", "0x1A", 0, "26"},
+                             {"FallbackOverflow", "inf", kOverflow, nullptr},
+                         }),
+                         by_id);
 
 TEST(ScalarEquality, DatesNeverCompareEqual) {
     VxEnv env;
@@ -146,7 +163,9 @@ TEST(ScalarEquality, TypeCompatibility) {
 TEST(ScalarEquality, PredicatesReadTheElementList) {
     VxEnv env(dialect(JLPCA_COMPAT_PG));
     json_node *a = env.tree("[1]");
-    ASSERT_EQ(json_array_add_one_node(env.ctx.get(), a, JSON_ARRAY_END, env.integer(2), JSON_ARRAY_INSERT), 0);
+    ASSERT_EQ(json_array_add_one_node(env.ctx.get(), a, JSON_ARRAY_END, env.integer(2),
+                                      JSON_ARRAY_INSERT),
+              0);
     ASSERT_EQ(a->count, 2u);
     EXPECT_EQ(json_cmp(a, env.tree("[1]"), JSON_CMP_EQUAL), 1);
     EXPECT_EQ(json_cmp(a, env.tree("[1,2]"), JSON_CMP_EQUAL), 0);
@@ -162,8 +181,10 @@ TEST_P(Containment, EachDialect) {
     VxEnv env(dialect(JLPCA_COMPAT_PG));
     json_node *a = env.tree(r.f[1]), *b = env.tree(r.f[2]);
     EXPECT_EQ(json_contains_pg(a, b), r.num(3)) << r.f[1] << " @> " << r.f[2];
-    EXPECT_EQ(json_contains_mysql(a, b), r.num(4)) << "JSON_CONTAINS(" << r.f[1] << ", " << r.f[2] << ")";
-    EXPECT_EQ(json_overlaps_mysql(a, b), r.num(5)) << "JSON_OVERLAPS(" << r.f[1] << ", " << r.f[2] << ")";
+    EXPECT_EQ(json_contains_mysql(a, b), r.num(4))
+        << "JSON_CONTAINS(" << r.f[1] << ", " << r.f[2] << ")";
+    EXPECT_EQ(json_overlaps_mysql(a, b), r.num(5))
+        << "JSON_OVERLAPS(" << r.f[1] << ", " << r.f[2] << ")";
     EXPECT_EQ(json_overlaps_mysql(b, a), r.num(5)) << "overlap is symmetric whatever the shapes";
 }
 

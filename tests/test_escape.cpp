@@ -27,7 +27,13 @@ TEST(Tables, OnlySevenBytesEscapeAndMysqlAddsTheExistingLetters) {
 }
 
 // Standard and MySQL escaping, per character set.
-struct EscapeRow { const char *id; int32_t charset; std::string in; int32_t rc; std::string out; };
+struct EscapeRow {
+    const char *id;
+    int32_t charset;
+    std::string in;
+    int32_t rc;
+    std::string out;
+};
 
 // The routines that hand back a text of their own.
 using OutFn = int32_t (*)(void *, vx_allocator *, const char *, uint32_t, char **, uint32_t *);
@@ -47,44 +53,53 @@ void expect_out_text(OutFn fn, const EscapeRow &r) {
 class StdEscape : public ::testing::TestWithParam<EscapeRow> {};
 TEST_P(StdEscape, Escapes) { expect_out_text(json_string_from_value_add_escape, GetParam()); }
 
-INSTANTIATE_TEST_SUITE_P(Rows, StdEscape, rows<EscapeRow>({
-    {"empty", UTF8, "", 0, ""},
-    {"controls", UTF8, "\b\t\n\f\r", 0, "\\b\\t\\n\\f\\r"},
-    {"quote_backslash", UTF8, "a\"b\\c", 0, "a\\\"b\\\\c"},
-    {"slash_and_byte1_kept", UTF8, "/\x01\x0b\x1f\x7f", 0, "/\x01\x0b\x1f\x7f"},
-    {"utf8_only_multibyte", UTF8, "\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80", 0, "\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"},
-    {"utf8_malformed_bytes_copied", UTF8, "\xFF\x80\"", 0, "\xFF\x80\\\""},
-    {"utf8_cut_at_end_copied", UTF8, "a\xE4\xB8", 0, "a\xE4\xB8"},
-    {"utf8_lead_then_quote", UTF8, "\xE4\"x", 0, "\xE4\\\"x"},
-    {"gb_trail_backslash_not_escaped", GB, "\x81\x5C\\", 0, "\x81\x5C\\\\"},
-    {"gb_four_byte_swallows_quote", GB, "\x81\x22\x30\x30\"", 0, "\x81\x22\x30\x30\\\""},
-    {"gb_cut_at_end_dropped", GB, "ab\x81", 0, "ab"},
-    {"gb_cut_four_byte_dropped", GB, "ab\x81\x30\x81", 0, "ab"},
-    {"gb_two_byte_at_end_kept", GB, "ab\xD6\xD0", 0, "ab\xD6\xD0"},
-    {"utf8_same_bytes_escaped", UTF8, "\x81\x5C", 0, "\x81\\\\"},
-    {"euckr_pair_kept", EUCKR, "\xB0\xA1\n", 0, "\xB0\xA1\\n"},
-    {"euckr_cut_at_end_dropped", EUCKR, "x\xB0", 0, "x"},
-    {"single_byte_set_every_byte_alone", SINGLE, "\xE9\x81\x5C", 0, "\xE9\x81\\\\"},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Rows, StdEscape,
+    rows<EscapeRow>({
+        {"empty", UTF8, "", 0, ""},
+        {"controls", UTF8, "\b\t\n\f\r", 0, "\\b\\t\\n\\f\\r"},
+        {"quote_backslash", UTF8, "a\"b\\c", 0, "a\\\"b\\\\c"},
+        {"slash_and_byte1_kept", UTF8, "/\x01\x0b\x1f\x7f", 0, "/\x01\x0b\x1f\x7f"},
+        {"utf8_only_multibyte", UTF8, "\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80", 0,
+         "\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"},
+        {"utf8_malformed_bytes_copied", UTF8, "\xFF\x80\"", 0, "\xFF\x80\\\""},
+        {"utf8_cut_at_end_copied", UTF8, "a\xE4\xB8", 0, "a\xE4\xB8"},
+        {"utf8_lead_then_quote", UTF8, "\xE4\"x", 0, "\xE4\\\"x"},
+        {"gb_trail_backslash_not_escaped", GB, "\x81\x5C\\", 0, "\x81\x5C\\\\"},
+        {"gb_four_byte_swallows_quote", GB, "\x81\x22\x30\x30\"", 0, "\x81\x22\x30\x30\\\""},
+        {"gb_cut_at_end_dropped", GB, "ab\x81", 0, "ab"},
+        {"gb_cut_four_byte_dropped", GB, "ab\x81\x30\x81", 0, "ab"},
+        {"gb_two_byte_at_end_kept", GB, "ab\xD6\xD0", 0, "ab\xD6\xD0"},
+        {"utf8_same_bytes_escaped", UTF8, "\x81\x5C", 0, "\x81\\\\"},
+        {"euckr_pair_kept", EUCKR, "\xB0\xA1\n", 0, "\xB0\xA1\\n"},
+        {"euckr_cut_at_end_dropped", EUCKR, "x\xB0", 0, "x"},
+        {"single_byte_set_every_byte_alone", SINGLE, "\xE9\x81\x5C", 0, "\xE9\x81\\\\"},
+    }),
+    by_id);
 
 class MysqlEscape : public ::testing::TestWithParam<EscapeRow> {};
-TEST_P(MysqlEscape, KeepsExistingEscapes) { expect_out_text(json_string_from_value_add_escape_for_mysql, GetParam()); }
+TEST_P(MysqlEscape, KeepsExistingEscapes) {
+    expect_out_text(json_string_from_value_add_escape_for_mysql, GetParam());
+}
 
-INSTANTIATE_TEST_SUITE_P(Rows, MysqlEscape, rows<EscapeRow>({
-    {"empty", UTF8, "", 0, ""},
-    {"raw_line_feed", UTF8, "\n", 0, "\\n"},
-    {"existing_escape_kept", UTF8, "\\n\\t\\b\\f\\r", 0, "\\n\\t\\b\\f\\r"},
-    {"unknown_letter_loses_backslash", UTF8, "\\u0041", 0, "u0041"},
-    {"escaped_backslash_and_quote", UTF8, "\\\\\\\"", 0, "\\\\\\\""},
-    {"raw_quote", UTF8, "\"", 0, "\\\""},
-    {"raw_control_after_backslash", UTF8, "\\\b", 0, "\\b"},
-    {"letter_without_backslash", UTF8, "bn", 0, "bn"},
-    {"lone_trailing_backslash", UTF8, "abc\\", VXJSON_ERR_LONE_BACKSLASH, "abc"},
-    {"backslash_before_multibyte_lost", UTF8, "\\\xC3\xA9n", 0, "\xC3\xA9n"},
-    {"gb_trail_backslash_is_no_escape", GB, "\x81\x5Cn", 0, "\x81\x5Cn"},
-    {"gb_trail_then_lone_backslash", GB, "\x81\x5C\\", VXJSON_ERR_LONE_BACKSLASH, "\x81\x5C"},
-    {"utf8_same_bytes_escape_n", UTF8, "\x81\x5Cn", 0, "\x81\\n"},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Rows, MysqlEscape,
+    rows<EscapeRow>({
+        {"empty", UTF8, "", 0, ""},
+        {"raw_line_feed", UTF8, "\n", 0, "\\n"},
+        {"existing_escape_kept", UTF8, "\\n\\t\\b\\f\\r", 0, "\\n\\t\\b\\f\\r"},
+        {"unknown_letter_loses_backslash", UTF8, "\\u0041", 0, "u0041"},
+        {"escaped_backslash_and_quote", UTF8, "\\\\\\\"", 0, "\\\\\\\""},
+        {"raw_quote", UTF8, "\"", 0, "\\\""},
+        {"raw_control_after_backslash", UTF8, "\\\b", 0, "\\b"},
+        {"letter_without_backslash", UTF8, "bn", 0, "bn"},
+        {"lone_trailing_backslash", UTF8, "abc\\", VXJSON_ERR_LONE_BACKSLASH, "abc"},
+        {"backslash_before_multibyte_lost", UTF8, "\\\xC3\xA9n", 0, "\xC3\xA9n"},
+        {"gb_trail_backslash_is_no_escape", GB, "\x81\x5Cn", 0, "\x81\x5Cn"},
+        {"gb_trail_then_lone_backslash", GB, "\x81\x5C\\", VXJSON_ERR_LONE_BACKSLASH, "\x81\x5C"},
+        {"utf8_same_bytes_escape_n", UTF8, "\x81\x5Cn", 0, "\x81\\n"},
+    }),
+    by_id);
 
 // The eight-byte scanner against a byte-at-a-time reading of the rules, on
 // random texts in every character set.
@@ -109,7 +124,8 @@ std::vector<std::pair<const char *, std::function<std::string(const std::string 
         return [fn](const std::string &in) {
             std::string out(2 * in.size() + vxjson::ESCAPE_SLACK, '\0');
             vxjson::charset_cache cs;
-            char *end = fn(reinterpret_cast<const unsigned char *>(in.data()), in.size(), out.data(), cs);
+            char *end =
+                fn(reinterpret_cast<const unsigned char *>(in.data()), in.size(), out.data(), cs);
             out.resize(size_t(end - out.data()));
             return out;
         };
@@ -119,7 +135,9 @@ std::vector<std::pair<const char *, std::function<std::string(const std::string 
         {"convert", [](const std::string &in) {
              OutString o;
              const uint32_t n = uint32_t(in.size());
-             EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, 0, in.data(), n, 0, JSON_CONV_JSON), 0);
+             EXPECT_EQ(
+                 json_string_convert(nullptr, &o.alloc, o.s, 0, in.data(), n, 0, JSON_CONV_JSON),
+                 0);
              return o.str();
          }}};
 #if defined(__SSE2__)
@@ -141,7 +159,8 @@ TEST(StdEscapeProperty, AgreesWithTheByteWiseRulesOnRandomText) {
                 c = rng() % 5 ? char('a' + rng() % 26) : special[rng() % (sizeof special - 1)];
             const std::string want = reference_std_escape(in, vx_charset_from_config(cfg));
             for (const auto &[name, escape] : all)
-                ASSERT_EQ(escape(in), want) << name << " charset " << cfg << " input " << ::testing::PrintToString(in);
+                ASSERT_EQ(escape(in), want)
+                    << name << " charset " << cfg << " input " << ::testing::PrintToString(in);
         }
     }
 }
@@ -153,23 +172,28 @@ TEST_P(AsciiConvert, WritesTheFirstUtf16Unit) {
     CharsetScope cs(r.charset);
     OutString o;
     vxstr_append(nullptr, &o.alloc, o.s, "<");
-    EXPECT_EQ(json_string_convert_ascii(nullptr, &o.alloc, o.s, 1, r.in.data(), uint32_t(r.in.size())), r.rc);
+    EXPECT_EQ(
+        json_string_convert_ascii(nullptr, &o.alloc, o.s, 1, r.in.data(), uint32_t(r.in.size())),
+        r.rc);
     EXPECT_EQ(o.str(), r.out);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, AsciiConvert, rows<EscapeRow>({
-    {"ascii_untouched", UTF8, "a\"\\\n", 0, "<a\"\\\n"},
-    {"e_acute", UTF8, "\xC3\xA9", 0, "<\\u00E9"},
-    {"euro_upper_hex", UTF8, "x\xE2\x82\xAC", 0, "<x\\u20AC"},
-    {"beyond_bmp_keeps_high_surrogate", UTF8, "\xF0\x9F\x98\x80", 0, "<\\uD83D"},
-    {"malformed_byte_copied", UTF8, "\xFF", 0, "<\xFF"},
-    {"gb_two_byte", GB, "\xD6\xD0", 0, "<\\u4E2D"},
-    {"gb_four_byte", GB, "\x81\x30\x81\x30", 0, "<\\u0080"},
-    {"gb_cut_at_end_dropped", GB, "a\x81", 0, "<a"},
-    {"euckr_pair", EUCKR, "\xB0\xA1", 0, "<\\uAC00"},
-    {"euckr_unconvertible", EUCKR, "a\xA1\x41", VXJSON_ERR_INVALID_JSON, "<"},
-    {"single_byte_set_never_escapes", SINGLE, "\xE9", 0, "<\xE9"},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Rows, AsciiConvert,
+    rows<EscapeRow>({
+        {"ascii_untouched", UTF8, "a\"\\\n", 0, "<a\"\\\n"},
+        {"e_acute", UTF8, "\xC3\xA9", 0, "<\\u00E9"},
+        {"euro_upper_hex", UTF8, "x\xE2\x82\xAC", 0, "<x\\u20AC"},
+        {"beyond_bmp_keeps_high_surrogate", UTF8, "\xF0\x9F\x98\x80", 0, "<\\uD83D"},
+        {"malformed_byte_copied", UTF8, "\xFF", 0, "<\xFF"},
+        {"gb_two_byte", GB, "\xD6\xD0", 0, "<\\u4E2D"},
+        {"gb_four_byte", GB, "\x81\x30\x81\x30", 0, "<\\u0080"},
+        {"gb_cut_at_end_dropped", GB, "a\x81", 0, "<a"},
+        {"euckr_pair", EUCKR, "\xB0\xA1", 0, "<\\uAC00"},
+        {"euckr_unconvertible", EUCKR, "a\xA1\x41", VXJSON_ERR_INVALID_JSON, "<"},
+        {"single_byte_set_never_escapes", SINGLE, "\xE9", 0, "<\xE9"},
+    }),
+    by_id);
 
 // json_string_convert: quoting, the conversion choice, reports.
 
@@ -191,60 +215,86 @@ TEST_P(Convert, QuotesConvertsAndReports) {
     CharsetScope cs(r.charset);
     OutString o;
     elog_trail_clear();
-    EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, r.flags, r.in.data(), uint32_t(r.in.size()), r.quote, r.conv),
+    EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, r.flags, r.in.data(),
+                                  uint32_t(r.in.size()), r.quote, r.conv),
               r.rc);
     EXPECT_EQ(o.str(), r.out);
     EXPECT_EQ(o.s->buf[o.s->len], '\0');
     EXPECT_EQ(trail(), r.reports);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, Convert, rows<ConvertRow>({
-    {"empty_quoted", UTF8, 0, "", 1, JSON_CONV_JSON, 0, "\"\""},
-    {"empty_unquoted", UTF8, 0, "", 0, JSON_CONV_JSON, 0, ""},
-    {"empty_not_converted", UTF8, 1, "", 1, JSON_CONV_PLAIN, 0, "\"\""},
-    {"quote_only_when_one", UTF8, 0, "x", 2, JSON_CONV_NONE, 0, "x"},
-    {"as_stored", UTF8, 0, "a\"b\n", 1, JSON_CONV_NONE, 0, "\"a\"b\n\""},
-    {"standard", UTF8, 0, "a\"b\n", 1, JSON_CONV_JSON, 0, "\"a\\\"b\\n\""},
-    {"mysql", UTF8, 0, "a\\qb\n", 1, JSON_CONV_MYSQL, 0, "\"aqb\\n\""},
-    {"mysql_lone_backslash", UTF8, 0, "ab\\", 1, JSON_CONV_MYSQL, VXJSON_ERR_LONE_BACKSLASH, "\"", {{VXJSON_ERR_LONE_BACKSLASH, 692}}},
-    {"unknown_conv_is_none", UTF8, 0, "a\n", 1, 7, 0, "\"a\n\""},
-    {"ascii_as_stored", UTF8, 1, "\xC3\xA9\n", 0, JSON_CONV_NONE, 0, "\\u00E9\n"},
-    {"ascii_after_standard", UTF8, 3, "\xC3\xA9\n", 1, JSON_CONV_JSON, 0, "\"\\u00E9\\n\""},
-    {"ascii_after_mysql", UTF8, 1, "\\n\xC3\xA9", 1, JSON_CONV_MYSQL, 0, "\"\\n\\u00E9\""},
-    {"ascii_failure_reported", EUCKR, 1, "\xA1\x41", 1, JSON_CONV_JSON, VXJSON_ERR_INVALID_JSON, "\"", {{VXJSON_ERR_INVALID_JSON, 717}}},
-    {"gb_trail_quote_stays_inside", GB, 0, "\x81\x22\x30\x30", 1, JSON_CONV_JSON, 0, "\"\x81\x22\x30\x30\""},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Convert,
+    rows<ConvertRow>({
+        {"empty_quoted", UTF8, 0, "", 1, JSON_CONV_JSON, 0, "\"\""},
+        {"empty_unquoted", UTF8, 0, "", 0, JSON_CONV_JSON, 0, ""},
+        {"empty_not_converted", UTF8, 1, "", 1, JSON_CONV_PLAIN, 0, "\"\""},
+        {"quote_only_when_one", UTF8, 0, "x", 2, JSON_CONV_NONE, 0, "x"},
+        {"as_stored", UTF8, 0, "a\"b\n", 1, JSON_CONV_NONE, 0, "\"a\"b\n\""},
+        {"standard", UTF8, 0, "a\"b\n", 1, JSON_CONV_JSON, 0, "\"a\\\"b\\n\""},
+        {"mysql", UTF8, 0, "a\\qb\n", 1, JSON_CONV_MYSQL, 0, "\"aqb\\n\""},
+        {"mysql_lone_backslash",
+         UTF8,
+         0,
+         "ab\\",
+         1,
+         JSON_CONV_MYSQL,
+         VXJSON_ERR_LONE_BACKSLASH,
+         "\"",
+         {{VXJSON_ERR_LONE_BACKSLASH, 692}}},
+        {"unknown_conv_is_none", UTF8, 0, "a\n", 1, 7, 0, "\"a\n\""},
+        {"ascii_as_stored", UTF8, 1, "\xC3\xA9\n", 0, JSON_CONV_NONE, 0, "\\u00E9\n"},
+        {"ascii_after_standard", UTF8, 3, "\xC3\xA9\n", 1, JSON_CONV_JSON, 0, "\"\\u00E9\\n\""},
+        {"ascii_after_mysql", UTF8, 1, "\\n\xC3\xA9", 1, JSON_CONV_MYSQL, 0, "\"\\n\\u00E9\""},
+        {"ascii_failure_reported",
+         EUCKR,
+         1,
+         "\xA1\x41",
+         1,
+         JSON_CONV_JSON,
+         VXJSON_ERR_INVALID_JSON,
+         "\"",
+         {{VXJSON_ERR_INVALID_JSON, 717}}},
+        {"gb_trail_quote_stays_inside", GB, 0, "\x81\x22\x30\x30", 1, JSON_CONV_JSON, 0,
+         "\"\x81\x22\x30\x30\""},
+    }),
+    by_id);
 
 // MySQL literal routines.
 class SolveLiteral : public ::testing::TestWithParam<EscapeRow> {};
-TEST_P(SolveLiteral, ChecksAndSimplifies) { expect_out_text(json_org_str_escape_solve_for_mysql, GetParam()); }
+TEST_P(SolveLiteral, ChecksAndSimplifies) {
+    expect_out_text(json_org_str_escape_solve_for_mysql, GetParam());
+}
 
 constexpr int32_t BAD = VXJSON_ERR_INVALID_JSON;
 
-INSTANTIATE_TEST_SUITE_P(Rows, SolveLiteral, rows<EscapeRow>({
-    {"plain", UTF8, "abc", 0, "abc"},
-    {"escaped_backslash", UTF8, "a\\\\b", 0, "a\\b"},
-    {"quoted", UTF8, "\"x\"", 0, "\"x\""},
-    {"open_quote_at_end", UTF8, "\"x", BAD, ""},
-    {"tab_escape_outside_quotes_is_blank", UTF8, "a\\tb\\nc\\r", 0, "a b c "},
-    {"tab_escape_inside_quotes", UTF8, "\"\\t\"", BAD, ""},
-    {"underscore_escape", UTF8, "\\_", BAD, ""},
-    {"b_escape", UTF8, "\\b", BAD, ""},
-    {"percent_escape", UTF8, "\\%", BAD, ""},
-    {"letters_without_backslash", UTF8, "tnr_b%0'", 0, "tnr_b%0'"},
-    {"zero_escape_ends_text", UTF8, "ab\\0\"cd", 0, "ab"},
-    {"zero_escape_inside_open_quote", UTF8, "\"ab\\0cd\"", BAD, ""},
-    {"escaped_single_quote_outside", UTF8, "\\'", BAD, ""},
-    {"escaped_single_quote_inside", UTF8, "\"\\'\"", 0, "\"'\""},
-    {"other_escape_drops_backslash", UTF8, "\\x\\\xC3\xA9", 0, "x\xC3\xA9"},
-    {"pending_backslash_at_end", UTF8, "x\\", BAD, ""},
-    {"escaped_quote_opens", UTF8, "\\\"", BAD, ""},
-    {"escaped_quotes_pair", UTF8, "\\\"\\\"", 0, "\"\""},
-    {"quote_after_escaped_backslash_stays_open", UTF8, "\"\\\\\"", BAD, ""},
-    {"escaped_backslash_then_letter_closes", UTF8, "\"\\\\a\"", 0, "\"\\a\""},
-    {"gb_trail_backslash_is_content", GB, "\x81\x5Ct", 0, "\x81\x5Ct"},
-    {"utf8_same_bytes_escape", UTF8, "\x81\x5Ct", 0, "\x81 "},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Rows, SolveLiteral,
+    rows<EscapeRow>({
+        {"plain", UTF8, "abc", 0, "abc"},
+        {"escaped_backslash", UTF8, "a\\\\b", 0, "a\\b"},
+        {"quoted", UTF8, "\"x\"", 0, "\"x\""},
+        {"open_quote_at_end", UTF8, "\"x", BAD, ""},
+        {"tab_escape_outside_quotes_is_blank", UTF8, "a\\tb\\nc\\r", 0, "a b c "},
+        {"tab_escape_inside_quotes", UTF8, "\"\\t\"", BAD, ""},
+        {"underscore_escape", UTF8, "\\_", BAD, ""},
+        {"b_escape", UTF8, "\\b", BAD, ""},
+        {"percent_escape", UTF8, "\\%", BAD, ""},
+        {"letters_without_backslash", UTF8, "tnr_b%0'", 0, "tnr_b%0'"},
+        {"zero_escape_ends_text", UTF8, "ab\\0\"cd", 0, "ab"},
+        {"zero_escape_inside_open_quote", UTF8, "\"ab\\0cd\"", BAD, ""},
+        {"escaped_single_quote_outside", UTF8, "\\'", BAD, ""},
+        {"escaped_single_quote_inside", UTF8, "\"\\'\"", 0, "\"'\""},
+        {"other_escape_drops_backslash", UTF8, "\\x\\\xC3\xA9", 0, "x\xC3\xA9"},
+        {"pending_backslash_at_end", UTF8, "x\\", BAD, ""},
+        {"escaped_quote_opens", UTF8, "\\\"", BAD, ""},
+        {"escaped_quotes_pair", UTF8, "\\\"\\\"", 0, "\"\""},
+        {"quote_after_escaped_backslash_stays_open", UTF8, "\"\\\\\"", BAD, ""},
+        {"escaped_backslash_then_letter_closes", UTF8, "\"\\\\a\"", 0, "\"\\a\""},
+        {"gb_trail_backslash_is_content", GB, "\x81\x5Ct", 0, "\x81\x5Ct"},
+        {"utf8_same_bytes_escape", UTF8, "\x81\x5Ct", 0, "\x81 "},
+    }),
+    by_id);
 
 struct DefaultRow {
     const char *id;
@@ -275,18 +325,22 @@ TEST_P(DefaultValue, RemovesEscapes) {
     if (dst.len >= VX_NSTR_INLINE) vx_free(nullptr, &o.alloc, dst.u.text);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, DefaultValue, rows<DefaultRow>({
-    {"empty_changes_nothing", UTF8, "", 0, 0, "-"},
-    {"letters", UTF8, "a\\nb\\bc\\td\\re\\f", 0, 0, "a\nb\bc\td\re\f"},
-    {"letters_alone", UTF8, "nbtrf", 0, 0, "nbtrf"},
-    {"double_backslash", UTF8, "\\\\n", 0, 0, "\\n"},
-    {"other_escape", UTF8, "\\q\\'", 0, 0, "q'"},
-    {"lone_backslash_fails", UTF8, "ab\\", 0, VXJSON_ERR_LONE_BACKSLASH, "-"},
-    {"lone_backslash_dropped", UTF8, "ab\\", 2, 0, "ab"},
-    {"long_text_through_pointer", UTF8, std::string(60, 'x') + "\\n", 1, 0, std::string(60, 'x') + "\n"},
-    {"gb_trail_backslash_is_content", GB, "\x81\x5Cn", 0, 0, "\x81\x5Cn"},
-    {"backslash_before_multibyte_lost", UTF8, "\\\xC3\xA9", 0, 0, "\xC3\xA9"},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Rows, DefaultValue,
+    rows<DefaultRow>({
+        {"empty_changes_nothing", UTF8, "", 0, 0, "-"},
+        {"letters", UTF8, "a\\nb\\bc\\td\\re\\f", 0, 0, "a\nb\bc\td\re\f"},
+        {"letters_alone", UTF8, "nbtrf", 0, 0, "nbtrf"},
+        {"double_backslash", UTF8, "\\\\n", 0, 0, "\\n"},
+        {"other_escape", UTF8, "\\q\\'", 0, 0, "q'"},
+        {"lone_backslash_fails", UTF8, "ab\\", 0, VXJSON_ERR_LONE_BACKSLASH, "-"},
+        {"lone_backslash_dropped", UTF8, "ab\\", 2, 0, "ab"},
+        {"long_text_through_pointer", UTF8, std::string(60, 'x') + "\\n", 1, 0,
+         std::string(60, 'x') + "\n"},
+        {"gb_trail_backslash_is_content", GB, "\x81\x5Cn", 0, 0, "\x81\x5Cn"},
+        {"backslash_before_multibyte_lost", UTF8, "\\\xC3\xA9", 0, 0, "\xC3\xA9"},
+    }),
+    by_id);
 
 TEST(OutOfMemory, EveryTemporaryTextAllocation) {
     for (OutFn fn : {json_string_from_value_add_escape, json_string_from_value_add_escape_for_mysql,
@@ -301,7 +355,8 @@ TEST(OutOfMemory, EveryTemporaryTextAllocation) {
     }
     OutString o;
     o.fail_after(0);
-    EXPECT_EQ(json_string_convert_ascii(nullptr, &o.alloc, o.s, 1, "\xC3\xA9", 2), VXJSON_ERR_NOMEM);
+    EXPECT_EQ(json_string_convert_ascii(nullptr, &o.alloc, o.s, 1, "\xC3\xA9", 2),
+              VXJSON_ERR_NOMEM);
     EXPECT_EQ(o.str(), "");
 }
 
@@ -310,9 +365,12 @@ TEST(OutOfMemory, DefaultValueBufferAndAssignment) {
     for (uint64_t calls : {0, 1}) {
         OutString o;
         vx_nstr src{}, dst{};
-        ASSERT_EQ(nstr_assign_const_with_blank_no_clear(nullptr, &o.alloc, &src, text.data(), 60), 0);
+        ASSERT_EQ(nstr_assign_const_with_blank_no_clear(nullptr, &o.alloc, &src, text.data(), 60),
+                  0);
         o.fail_after(calls);
-        EXPECT_EQ(json_default_value_remove_escape_for_mysql(nullptr, &o.alloc, &src, &dst), VXJSON_ERR_NOMEM) << calls;
+        EXPECT_EQ(json_default_value_remove_escape_for_mysql(nullptr, &o.alloc, &src, &dst),
+                  VXJSON_ERR_NOMEM)
+            << calls;
         EXPECT_EQ(dst.len, 0u);
         vx_free(nullptr, &o.alloc, src.u.text);
     }
@@ -333,31 +391,45 @@ TEST_P(ConvertOutOfMemory, FailsWithNomemAndReleasesEverything) {
     OutString o(4);
     o.fail_after(r.calls);
     elog_trail_clear();
-    EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, r.flags, text.data(), uint32_t(text.size()), 1, r.conv),
+    EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, r.flags, text.data(),
+                                  uint32_t(text.size()), 1, r.conv),
               VXJSON_ERR_NOMEM);
     EXPECT_EQ(trail(), r.reports);
     EXPECT_LE(o.s->len, o.s->cap);
     EXPECT_EQ(o.s->buf[o.s->len], '\0');
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, ConvertOutOfMemory, rows<NomemRow>({
-    {"direct_growth", 0, JSON_CONV_JSON, 0, {}},
-    {"as_stored_growth", 0, JSON_CONV_NONE, 0, {}},
-    {"standard_temporary", 1, JSON_CONV_JSON, 0, {{VXJSON_ERR_NOMEM, 687}}},
-    {"mysql_temporary", 0, JSON_CONV_MYSQL, 0, {{VXJSON_ERR_NOMEM, 692}}},
-    {"mysql_then_growth", 0, JSON_CONV_MYSQL, 1, {}},
-    {"plain_string_record", 0, JSON_CONV_PLAIN, 0, {{VXJSON_ERR_NOMEM, 945}, {VXJSON_ERR_NOMEM, 697}}},
-    {"plain_string_text", 0, JSON_CONV_PLAIN, 1, {{VXJSON_ERR_NOMEM, 945}, {VXJSON_ERR_NOMEM, 697}}},
-    {"ascii_buffer", 1, JSON_CONV_NONE, 0, {{VXJSON_ERR_NOMEM, 717}}},
-    {"ascii_after_standard", 1, JSON_CONV_JSON, 1, {{VXJSON_ERR_NOMEM, 717}}},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Rows, ConvertOutOfMemory,
+    rows<NomemRow>({
+        {"direct_growth", 0, JSON_CONV_JSON, 0, {}},
+        {"as_stored_growth", 0, JSON_CONV_NONE, 0, {}},
+        {"standard_temporary", 1, JSON_CONV_JSON, 0, {{VXJSON_ERR_NOMEM, 687}}},
+        {"mysql_temporary", 0, JSON_CONV_MYSQL, 0, {{VXJSON_ERR_NOMEM, 692}}},
+        {"mysql_then_growth", 0, JSON_CONV_MYSQL, 1, {}},
+        {"plain_string_record",
+         0,
+         JSON_CONV_PLAIN,
+         0,
+         {{VXJSON_ERR_NOMEM, 945}, {VXJSON_ERR_NOMEM, 697}}},
+        {"plain_string_text",
+         0,
+         JSON_CONV_PLAIN,
+         1,
+         {{VXJSON_ERR_NOMEM, 945}, {VXJSON_ERR_NOMEM, 697}}},
+        {"ascii_buffer", 1, JSON_CONV_NONE, 0, {{VXJSON_ERR_NOMEM, 717}}},
+        {"ascii_after_standard", 1, JSON_CONV_JSON, 1, {{VXJSON_ERR_NOMEM, 717}}},
+    }),
+    by_id);
 
 TEST(OutOfMemory, FailedStringTakesNoMoreText) {
     OutString o(4);
     o.fail_after(0);
-    EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, 0, "abcdefgh", 8, 1, JSON_CONV_NONE), VXJSON_ERR_NOMEM);
+    EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, 0, "abcdefgh", 8, 1, JSON_CONV_NONE),
+              VXJSON_ERR_NOMEM);
     o.fail_after(UINT64_MAX);
-    EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, 0, "a", 1, 0, JSON_CONV_NONE), VXJSON_ERR_NOMEM)
+    EXPECT_EQ(json_string_convert(nullptr, &o.alloc, o.s, 0, "a", 1, 0, JSON_CONV_NONE),
+              VXJSON_ERR_NOMEM)
         << "the first failure is sticky";
 }
 

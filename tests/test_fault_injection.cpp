@@ -16,10 +16,13 @@ const std::vector<std::string> kSmallDocs = {
     R"([1,"two",3.5,true,null,{"k":[]}])",
     R"({"s":"esc\n\"q\"\u00e9","n":[[1],[2,[3]]],"o":{"p":{"q":"r"}}})",
     R"(["a","b","c","d","e","f","g","h"])",
-    R"({"a":[1,-007,"s\n",'q',true,null,{}],b:{"c":[[]]},"long":"\t)" + std::string(40000, 'x') + R"("})",
+    R"({"a":[1,-007,"s\n",'q',true,null,{}],b:{"c":[[]]},"long":"\t)" + std::string(40000, 'x') +
+        R"("})",
 };
 
-struct Calls { uint64_t heap_read, alloc_read, alloc_write; };
+struct Calls {
+    uint64_t heap_read, alloc_read, alloc_write;
+};
 
 Calls count_calls(const std::string &doc) {
     VxEnv env(lax());
@@ -128,7 +131,8 @@ TEST_P(BenchDataFaults, SpreadOverTheRange) {
         read_with_heap_limit(doc, c.heap_read * i / kSteps, c.heap_read);
         write_with_alloc_limit(doc, c.alloc_write * i / kSteps, c.alloc_write);
     }
-    for (uint64_t i = 0; i <= 20; i++) read_with_alloc_limit(doc, c.alloc_read * i / 20, c.alloc_read);
+    for (uint64_t i = 0; i <= 20; i++)
+        read_with_alloc_limit(doc, c.alloc_read * i / 20, c.alloc_read);
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, BenchDataFaults,

@@ -15,14 +15,15 @@ namespace {
 
 // The clauses column: space-separated words, see the files' headers.
 struct Clauses {
-    uint32_t ret_type = 3, datatype = 4000;  // text of at most 4000 bytes
+    uint32_t ret_type = 3, datatype = 4000; // text of at most 4000 bytes
     uint32_t format = 0, wrapper = 1, on_error = 0, on_empty = 0;
     int32_t compat = 0, incoming = 0;
     uint32_t option = 0;
     bool containers = false, nopath = false, nodoc = false;
 };
 
-uint32_t word_value(const std::string &v, std::initializer_list<const char *> words, uint32_t first) {
+uint32_t word_value(const std::string &v, std::initializer_list<const char *> words,
+                    uint32_t first) {
     uint32_t n = first;
     for (const char *w : words) {
         if (v == w) return n;
@@ -37,14 +38,16 @@ Clauses parse_clauses(const std::string &text) {
     std::istringstream in(text);
     for (std::string word; in >> word;) {
         const size_t eq = word.find('=');
-        const std::string key = word.substr(0, eq), v = eq == std::string::npos ? "" : word.substr(eq + 1);
+        const std::string key = word.substr(0, eq),
+                          v = eq == std::string::npos ? "" : word.substr(eq + 1);
         const auto num = [&] { return uint32_t(std::stoul(v)); };
         if (key == "text") {
             c.ret_type = 3, c.datatype = num();
         } else if (key == "number") {
             const size_t comma = v.find(',');
             c.ret_type = 1;
-            c.datatype = uint32_t(std::stoul(v.substr(0, comma))) << 8 | uint32_t(std::stoul(v.substr(comma + 1)));
+            c.datatype = uint32_t(std::stoul(v.substr(0, comma))) << 8 |
+                         uint32_t(std::stoul(v.substr(comma + 1)));
         } else if (key == "date" || key == "datetime") {
             c.ret_type = 4, c.datatype = key == "date" ? 3 : 16;
         } else if (key == "wrapper") {
@@ -76,7 +79,7 @@ Clauses parse_clauses(const std::string &text) {
 
 struct Outcome {
     int32_t rc;
-    std::string result;  // the text, "NULL" for none, "''" for the empty text
+    std::string result; // the text, "NULL" for none, "''" for the empty text
 };
 
 std::string text_result(const char *text, uint32_t len) {
@@ -100,11 +103,12 @@ struct Call {
     }
     explicit Call(const DataRow &r) : row(r), c(parse_clauses(r.f[2])), env(switches(r, c)) {
         doc = env.tree(r.f[3]);
-        jpath_init(&path, jpath_encode_flag(c.ret_type, c.format, c.wrapper, c.on_error, c.on_empty), c.datatype, 0,
-                   0);
+        jpath_init(&path,
+                   jpath_encode_flag(c.ret_type, c.format, c.wrapper, c.on_error, c.on_empty),
+                   c.datatype, 0, 0);
         EXPECT_EQ(env.start(r.f[4]), 0);
         EXPECT_EQ(jpath_flex(env.ctx.get(), &path), 0) << r.f[4];
-        if (r.f[1] == "serialise") env.ctx->escape_mode = 3;  // a kind that is only written
+        if (r.f[1] == "serialise") env.ctx->escape_mode = 3; // a kind that is only written
     }
 
     Outcome run() {
@@ -125,8 +129,8 @@ struct Call {
         }
         int32_t rc;
         if (fun == "mysql") {
-            rc = json_fun_varchar_mysql(ctx, d, c.nopath ? nullptr : &path, uint8_t(c.option), c.containers, &text,
-                                        &len);
+            rc = json_fun_varchar_mysql(ctx, d, c.nopath ? nullptr : &path, uint8_t(c.option),
+                                        c.containers, &text, &len);
         } else if (fun == "pg") {
             rc = json_fun_varchar_pg(ctx, d, &path, c.option, &text, &len);
         } else {
@@ -166,7 +170,8 @@ TEST_P(Functions, EachAllocationFailure) {
     ADD_FAILURE() << "never got through";
 }
 
-INSTANTIATE_TEST_SUITE_P(Returning, Functions, rows_of("functions/returning.tsv"), data_row_namer());
+INSTANTIATE_TEST_SUITE_P(Returning, Functions, rows_of("functions/returning.tsv"),
+                         data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Wrapper, Functions, rows_of("functions/wrapper.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(OnEmpty, Functions, rows_of("functions/on_empty.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(OnError, Functions, rows_of("functions/on_error.tsv"), data_row_namer());

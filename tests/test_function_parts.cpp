@@ -11,7 +11,7 @@ namespace {
 using ::operator<<;
 
 constexpr int32_t kScalar = VXJSON_ERR_QUERY_SCALAR;
-constexpr uint32_t UNTOUCHED = 99;  // a wrap the check must leave alone
+constexpr uint32_t UNTOUCHED = 99; // a wrap the check must leave alone
 
 enum class shape { object, document_array, virtual_array, scalar };
 
@@ -32,9 +32,9 @@ json_node *make(VxEnv &env, shape s) {
 struct WrapRow {
     const char *id;
     shape result;
-    uint32_t wrapper;  // the path's clause: 1 without, 2 with, 3 conditional
+    uint32_t wrapper; // the path's clause: 1 without, 2 with, 3 conditional
     int32_t rc;
-    uint32_t wrap;     // the caller's wrap afterwards, UNTOUCHED when left alone
+    uint32_t wrap; // the caller's wrap afterwards, UNTOUCHED when left alone
 };
 
 class QueryCheck : public ::testing::TestWithParam<WrapRow> {};
@@ -48,20 +48,22 @@ TEST_P(QueryCheck, CodeAndWrap) {
     EXPECT_EQ(wrap, r.wrap);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, QueryCheck, rows<WrapRow>({
-    {"ObjectWithout", shape::object, 1, 0, UNTOUCHED},
-    {"ObjectWith", shape::object, 2, 0, UNTOUCHED},
-    {"ObjectConditional", shape::object, 3, 0, 1},
-    {"ArrayWithout", shape::document_array, 1, 0, UNTOUCHED},
-    {"ArrayWith", shape::document_array, 2, 0, UNTOUCHED},
-    {"ArrayConditional", shape::document_array, 3, 0, 1},
-    {"SeveralWithout", shape::virtual_array, 1, kScalar, UNTOUCHED},
-    {"SeveralWith", shape::virtual_array, 2, 0, 1},
-    {"SeveralConditional", shape::virtual_array, 3, 0, 1},
-    {"ScalarWithout", shape::scalar, 1, kScalar, UNTOUCHED},
-    {"ScalarWith", shape::scalar, 2, 0, UNTOUCHED},
-    {"ScalarConditional", shape::scalar, 3, 0, 2},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Table, QueryCheck,
+                         rows<WrapRow>({
+                             {"ObjectWithout", shape::object, 1, 0, UNTOUCHED},
+                             {"ObjectWith", shape::object, 2, 0, UNTOUCHED},
+                             {"ObjectConditional", shape::object, 3, 0, 1},
+                             {"ArrayWithout", shape::document_array, 1, 0, UNTOUCHED},
+                             {"ArrayWith", shape::document_array, 2, 0, UNTOUCHED},
+                             {"ArrayConditional", shape::document_array, 3, 0, 1},
+                             {"SeveralWithout", shape::virtual_array, 1, kScalar, UNTOUCHED},
+                             {"SeveralWith", shape::virtual_array, 2, 0, 1},
+                             {"SeveralConditional", shape::virtual_array, 3, 0, 1},
+                             {"ScalarWithout", shape::scalar, 1, kScalar, UNTOUCHED},
+                             {"ScalarWith", shape::scalar, 2, 0, UNTOUCHED},
+                             {"ScalarConditional", shape::scalar, 3, 0, 2},
+                         }),
+                         by_id);
 
 struct ValueRow {
     const char *id;
@@ -75,12 +77,14 @@ TEST_P(ValueCheck, Code) {
     EXPECT_EQ(json_fun_value_check(make(env, GetParam().result)), GetParam().rc);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, ValueCheck, rows<ValueRow>({
-    {"Object", shape::object, VXJSON_ERR_VALUE_NOT_SCALAR},
-    {"DocumentArray", shape::document_array, VXJSON_ERR_VALUE_NOT_SCALAR},
-    {"Several", shape::virtual_array, VXJSON_ERR_VALUE_MANY},
-    {"Scalar", shape::scalar, 0},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Table, ValueCheck,
+                         rows<ValueRow>({
+                             {"Object", shape::object, VXJSON_ERR_VALUE_NOT_SCALAR},
+                             {"DocumentArray", shape::document_array, VXJSON_ERR_VALUE_NOT_SCALAR},
+                             {"Several", shape::virtual_array, VXJSON_ERR_VALUE_MANY},
+                             {"Scalar", shape::scalar, 0},
+                         }),
+                         by_id);
 
 // ---- ON ERROR ----
 
@@ -89,12 +93,12 @@ constexpr int32_t kLineValue = 4310, kLineText = 4312, kLineEmpty = 4314;
 struct OnErrorRow {
     const char *id;
     uint32_t on_error;
-    int32_t status;       // the failure handed in
-    int32_t rc_number;    // jpath_dop_ret_code
-    int32_t indicator;    // its indicator afterwards (starts at 7)
-    int32_t rc_text;      // jpath_varchar_ret_code
-    std::string text;     // its text, "NULL" for none
-    int32_t line_number;  // the report of a raised failure, 0 for none
+    int32_t status;      // the failure handed in
+    int32_t rc_number;   // jpath_dop_ret_code
+    int32_t indicator;   // its indicator afterwards (starts at 7)
+    int32_t rc_text;     // jpath_varchar_ret_code
+    std::string text;    // its text, "NULL" for none
+    int32_t line_number; // the report of a raised failure, 0 for none
     int32_t line_text;
 };
 
@@ -127,18 +131,21 @@ TEST_P(OnError, BothActions) {
     EXPECT_EQ(trail(), reports(r.status, r.line_text));
 }
 
-INSTANTIATE_TEST_SUITE_P(Actions, OnError, rows<OnErrorRow>({
-    {"NotGivenIsNull", 0, -3106, 0, 0, 0, "NULL", 0, 0},
-    {"Null", 1, -3106, 0, 0, 0, "NULL", 0, 0},
-    {"Error", 2, -3106, -3106, 7, -3106, "NULL", kLineValue, kLineText},
-    {"EmptyOnlyForText", 3, -3107, 0, 0, 0, "[]", 0, 0},
-    {"Default", 4, -3111, 100, 7, 100, "NULL", 0, 0},
-    {"OutOfRangeIsNull", 7, -3111, 0, 0, 0, "NULL", 0, 0},
-    // Out of memory passes every clause.
-    {"NoMemoryUnderNull", 1, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
-    {"NoMemoryUnderEmpty", 3, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
-    {"NoMemoryUnderDefault", 4, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Actions, OnError,
+    rows<OnErrorRow>({
+        {"NotGivenIsNull", 0, -3106, 0, 0, 0, "NULL", 0, 0},
+        {"Null", 1, -3106, 0, 0, 0, "NULL", 0, 0},
+        {"Error", 2, -3106, -3106, 7, -3106, "NULL", kLineValue, kLineText},
+        {"EmptyOnlyForText", 3, -3107, 0, 0, 0, "[]", 0, 0},
+        {"Default", 4, -3111, 100, 7, 100, "NULL", 0, 0},
+        {"OutOfRangeIsNull", 7, -3111, 0, 0, 0, "NULL", 0, 0},
+        // Out of memory passes every clause.
+        {"NoMemoryUnderNull", 1, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
+        {"NoMemoryUnderEmpty", 3, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
+        {"NoMemoryUnderDefault", 4, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
+    }),
+    by_id);
 
 TEST(OnErrorEmpty, TextOnTheHeapOrNoMemory) {
     VxEnv env;
@@ -166,10 +173,10 @@ struct StepRow {
     int32_t compat;
     std::string path;
     uint32_t on_empty, on_error;
-    int32_t kind;      // 2 text, 9 number, 14 datetime
+    int32_t kind; // 2 text, 9 number, 14 datetime
     int32_t rc, handled;
-    bool node;         // a node came back
-    std::string text;  // "NULL" for none
+    bool node;        // a node came back
+    std::string text; // "NULL" for none
 };
 
 class EvaluationStep : public ::testing::TestWithParam<StepRow> {};
@@ -185,7 +192,8 @@ TEST_P(EvaluationStep, HandledAndNode) {
     uint32_t len = 0;
     int32_t indicator = 7, handled = 7;
     json_node *node = nullptr;
-    EXPECT_EQ(json_query_with_mode(env.ctx.get(), doc, &path, r.kind, &text, &len, &indicator, &handled, &node),
+    EXPECT_EQ(json_query_with_mode(env.ctx.get(), doc, &path, r.kind, &text, &len, &indicator,
+                                   &handled, &node),
               r.rc);
     EXPECT_EQ(handled, r.handled);
     EXPECT_EQ(node != nullptr, r.node);
@@ -193,17 +201,19 @@ TEST_P(EvaluationStep, HandledAndNode) {
     EXPECT_EQ(text ? std::string(text, len) : "NULL", r.text);
 }
 
-INSTANTIATE_TEST_SUITE_P(Step, EvaluationStep, rows<StepRow>({
-    {"Match", 0, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
-    {"NoMatchToOnError", 0, "$.b", 0, 2, 2, -3104, 1, false, "NULL"},
-    {"NoMatchEmptyText", 0, "$.b", 0, 3, 2, 0, 1, false, "[]"},
-    {"NoMatchEmptyNumberIsNull", 0, "$.b", 0, 3, 9, 0, 1, false, "NULL"},
-    {"NoMatchDefault", 0, "$.b", 0, 4, 14, 100, 1, false, "NULL"},
-    {"NullOnEmpty", 0, "$.b", 1, 2, 2, 0, 1, false, "NULL"},
-    {"ErrorOnEmpty", 0, "$.b", 2, 4, 2, -3104, 1, false, "NULL"},
-    {"MysqlMatch", 2, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
-    {"MysqlNoMatchIsNull", 2, "$.b", 0, 4, 2, 0, 1, false, "NULL"},
-    {"MysqlErrorOnEmpty", 2, "$.b", 3, 1, 9, -3104, 1, false, "NULL"},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Step, EvaluationStep,
+                         rows<StepRow>({
+                             {"Match", 0, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
+                             {"NoMatchToOnError", 0, "$.b", 0, 2, 2, -3104, 1, false, "NULL"},
+                             {"NoMatchEmptyText", 0, "$.b", 0, 3, 2, 0, 1, false, "[]"},
+                             {"NoMatchEmptyNumberIsNull", 0, "$.b", 0, 3, 9, 0, 1, false, "NULL"},
+                             {"NoMatchDefault", 0, "$.b", 0, 4, 14, 100, 1, false, "NULL"},
+                             {"NullOnEmpty", 0, "$.b", 1, 2, 2, 0, 1, false, "NULL"},
+                             {"ErrorOnEmpty", 0, "$.b", 2, 4, 2, -3104, 1, false, "NULL"},
+                             {"MysqlMatch", 2, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
+                             {"MysqlNoMatchIsNull", 2, "$.b", 0, 4, 2, 0, 1, false, "NULL"},
+                             {"MysqlErrorOnEmpty", 2, "$.b", 3, 1, 9, -3104, 1, false, "NULL"},
+                         }),
+                         by_id);
 
 } // namespace

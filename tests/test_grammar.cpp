@@ -48,12 +48,52 @@ INSTANTIATE_TEST_SUITE_P(Cases, BothGrammars, ::testing::ValuesIn(read_cases()),
 TEST(BothGrammars, NumbersReadAlikeAtAndAwayFromTheEnd) {
     const std::string thirty_one(31, '7'), forty(40, '3');
     const std::vector<std::string> numbers = {
-        "0", "-0", "7", "-7", "0.5", "-0.5", "0.0", "00", "-007", "+1", "1.", "-1.", ".5", "-.5",
-        "1.2.3", "1e5", "1E+5", "1e-5", "-2.5e3", "5e", "5E", "5d", "5D", "5f", "5F", "0d", "5x",
-        "2147483647", "2147483648", "-2147483649", "123456789012345678",
-        "1234567890123456789", "-123456789012345678", thirty_one, "1." + std::string(29, '1'),
-        std::string(30, '2') + ".5", forty, "-" + forty, forty + ".5", "0." + forty,
-        "1.7976931348623159e308", "1" + std::string(400, '0'), "-", "-a", "1-2", "1.5.",
+        "0",
+        "-0",
+        "7",
+        "-7",
+        "0.5",
+        "-0.5",
+        "0.0",
+        "00",
+        "-007",
+        "+1",
+        "1.",
+        "-1.",
+        ".5",
+        "-.5",
+        "1.2.3",
+        "1e5",
+        "1E+5",
+        "1e-5",
+        "-2.5e3",
+        "5e",
+        "5E",
+        "5d",
+        "5D",
+        "5f",
+        "5F",
+        "0d",
+        "5x",
+        "2147483647",
+        "2147483648",
+        "-2147483649",
+        "123456789012345678",
+        "1234567890123456789",
+        "-123456789012345678",
+        thirty_one,
+        "1." + std::string(29, '1'),
+        std::string(30, '2') + ".5",
+        forty,
+        "-" + forty,
+        forty + ".5",
+        "0." + forty,
+        "1.7976931348623159e308",
+        "1" + std::string(400, '0'),
+        "-",
+        "-a",
+        "1-2",
+        "1.5.",
     };
     ReadSwitches number_mode_2 = strict();
     number_mode_2.number_mode = 2;
@@ -70,7 +110,8 @@ TEST(BothGrammars, NumbersReadAlikeAtAndAwayFromTheEnd) {
             if (rc == 0) {
                 EXPECT_EQ(dump(b), dump(a));
                 ASSERT_EQ(b->count, a->count);
-                for (uint32_t i = 0; i < a->count; i++) EXPECT_EQ(b->items[i]->type, a->items[i]->type);
+                for (uint32_t i = 0; i < a->count; i++)
+                    EXPECT_EQ(b->items[i]->type, a->items[i]->type);
             }
             EXPECT_EQ(away.check(text + std::string(64, ' ')), at_end.check(text));
         }
@@ -78,9 +119,13 @@ TEST(BothGrammars, NumbersReadAlikeAtAndAwayFromTheEnd) {
 }
 
 TEST(BothGrammars, EmptyText) {
-    struct Row { ReadSwitches sw; int32_t blank, rc; };
-    for (const Row &r : {Row{lax(), 0, 0}, Row{lax(), 1, BAD}, Row{dialect(JLPCA_COMPAT_PG), 0, BAD},
-                         Row{dialect(JLPCA_COMPAT_MYSQL), 0, BAD}}) {
+    struct Row {
+        ReadSwitches sw;
+        int32_t blank, rc;
+    };
+    for (const Row &r :
+         {Row{lax(), 0, 0}, Row{lax(), 1, BAD}, Row{dialect(JLPCA_COMPAT_PG), 0, BAD},
+          Row{dialect(JLPCA_COMPAT_MYSQL), 0, BAD}}) {
         VxEnv env(r.sw);
         ASSERT_EQ(jlpca_reinit_with_blank(env.ctx.get(), "", 0, r.blank), 0);
         json_node *root = reinterpret_cast<json_node *>(1);
@@ -93,17 +138,23 @@ TEST(BothGrammars, EmptyText) {
 
 // 0 accepted, 1 syntax error, 2 stack exhausted, or a code from an action.
 TEST(BothGrammars, ParserResultCodes) {
-    struct Row { std::string text; int32_t parse_rc, check_rc; };
+    struct Row {
+        std::string text;
+        int32_t parse_rc, check_rc;
+    };
     for (const Row &r : {Row{"[1]", 0, 0}, Row{"[1 2]", 1, 1}, Row{nested_arrays(5000), 2, 2},
                          Row{"[1,]", VXJSON_ERR_SYNTAX, VXJSON_ERR_SYNTAX},
-                         Row{"{true:1}", VXJSON_ERR_SYNTAX, VXJSON_ERR_SYNTAX}, Row{"7", BAD, VXJSON_ERR_SYNTAX}}) {
+                         Row{"{true:1}", VXJSON_ERR_SYNTAX, VXJSON_ERR_SYNTAX},
+                         Row{"7", BAD, VXJSON_ERR_SYNTAX}}) {
         for (bool tree : {true, false}) {
             VxEnv env(strict());
             ASSERT_EQ(env.start(r.text), 0);
             void *scanner = nullptr;
             ASSERT_EQ(json_flex_scanner_init(env.ctx.get(), &scanner), 0);
-            EXPECT_EQ(tree ? json_parse(scanner, env.ctx.get()) : jcheck_parse(scanner, env.ctx.get()),
-                      tree ? r.parse_rc : r.check_rc) << r.text.substr(0, 10) << (tree ? " tree" : " check");
+            EXPECT_EQ(tree ? json_parse(scanner, env.ctx.get())
+                           : jcheck_parse(scanner, env.ctx.get()),
+                      tree ? r.parse_rc : r.check_rc)
+                << r.text.substr(0, 10) << (tree ? " tree" : " check");
             json_flex_scanner_deinit(env.ctx.get(), scanner);
         }
     }
@@ -150,8 +201,9 @@ TEST(Read, CreationChainAndLinks) {
     json_node *root = env.tree(R"({"a":[1,{"b":"x"}],"c":[],"d":true})");
     std::vector<std::string> chain;
     for (json_node *n = env.ctx->first_node; n; n = n->chain_next) chain.push_back(dump(n));
-    EXPECT_EQ(chain, (std::vector<std::string>{R"({"a":[1,{"b":"x"}],"c":[],"d":true})", R"([1,{"b":"x"}])", "1",
-                                               R"({"b":"x"})", R"("x")", "[]", "true"}));
+    EXPECT_EQ(chain, (std::vector<std::string>{R"({"a":[1,{"b":"x"}],"c":[],"d":true})",
+                                               R"([1,{"b":"x"}])", "1", R"({"b":"x"})", R"("x")",
+                                               "[]", "true"}));
     EXPECT_EQ(env.ctx->last_node->type, uint32_t(JSON_BOOLEAN));
     EXPECT_EQ(env.ctx->cur_node, root);
     json_node *a = root->first_member->value;
@@ -165,7 +217,8 @@ TEST(Read, CreationChainAndLinks) {
     EXPECT_EQ(a->items[0]->next_sibling, a->items[1]);
     EXPECT_EQ(a->items[1]->prev_sibling, a->items[0]);
     EXPECT_EQ(a->items[1]->parent, a);
-    EXPECT_EQ(root->first_member->next->value->items, nullptr) << "an empty list has nothing to convert";
+    EXPECT_EQ(root->first_member->next->value->items, nullptr)
+        << "an empty list has nothing to convert";
     EXPECT_EQ(root->count, 3u);
     EXPECT_EQ(root->last_member->name_len, 1u);
 }
@@ -213,8 +266,10 @@ TEST(Read, AllocatorExhaustedInConversion) {
         vx_allocator_set_call_limit(&env.alloc_state, n);
         elog_trail_clear();
         json_node *root = env.tree("[[1],[2,[3]]]");
-        const json_node *arrays[] = {root, root->lst_first, root->lst_last, root->lst_last->lst_last};
-        for (uint64_t i = 0; i < 4; i++) EXPECT_EQ(arrays[i]->items != nullptr, i < n) << n << " " << i;
+        const json_node *arrays[] = {root, root->lst_first, root->lst_last,
+                                     root->lst_last->lst_last};
+        for (uint64_t i = 0; i < 4; i++)
+            EXPECT_EQ(arrays[i]->items != nullptr, i < n) << n << " " << i;
         EXPECT_EQ(trail_has(VXJSON_ERR_NOMEM, "json/json", 86), n < 4) << n;
     }
 }

@@ -47,7 +47,8 @@ TEST(Hostile, MillionNestedArraysAreRejected) {
 
 TEST(Hostile, MillionMemberObject) {
     std::string doc = "{";
-    for (int i = 0; i < 1000000; i++) doc += (i ? ",\"k" : "\"k") + std::to_string(i) + "\":" + std::to_string(i);
+    for (int i = 0; i < 1000000; i++)
+        doc += (i ? ",\"k" : "\"k") + std::to_string(i) + "\":" + std::to_string(i);
     doc += "}";
     VxEnv env(strict());
     json_node *root = nullptr;
@@ -58,7 +59,11 @@ TEST(Hostile, MillionMemberObject) {
 
 TEST(Hostile, HundredThousandDigitNumbers) {
     std::string digits(100000, '7');
-    struct Row { int32_t compat; std::string doc; int32_t rc; };
+    struct Row {
+        int32_t compat;
+        std::string doc;
+        int32_t rc;
+    };
     const int32_t TOO_BIG = VXJSON_ERR_DOUBLE_OVERFLOW;
     for (const Row &r : {Row{0, "[" + digits + "]", 0}, Row{2, "[" + digits + "]", TOO_BIG},
                          Row{0, "[0." + digits + "]", 0}, Row{2, "[0." + digits + "]", 0},
@@ -82,10 +87,13 @@ TEST(Hostile, EveryByteInsideAndOutsideStrings) {
         json_node *root = nullptr;
         // Inside a string only the bytes that need escaping, the quote and
         // the backslash are refused; NUL and other control bytes are content.
-        bool inside_ok = !(b == 8 || b == 9 || b == 10 || b == 12 || b == 13 || b == '"' || b == '\\');
-        EXPECT_EQ(env.read("[\"" + byte + "\"]", &root), inside_ok ? 0 : VXJSON_ERR_INVALID_JSON) << b;
+        bool inside_ok =
+            !(b == 8 || b == 9 || b == 10 || b == 12 || b == 13 || b == '"' || b == '\\');
+        EXPECT_EQ(env.read("[\"" + byte + "\"]", &root), inside_ok ? 0 : VXJSON_ERR_INVALID_JSON)
+            << b;
         if (inside_ok) {
-            EXPECT_EQ(root->items[0]->str_len, b == 0 ? 0u : 1u) << "a string's length stops at NUL";
+            EXPECT_EQ(root->items[0]->str_len, b == 0 ? 0u : 1u)
+                << "a string's length stops at NUL";
         }
         // Between tokens (strict) only a digit or a blank keeps [ ] valid.
         bool outside_ok = (b >= '0' && b <= '9') || is_blank(b);
@@ -97,8 +105,8 @@ TEST(Hostile, EveryByteInsideAndOutsideStrings) {
 struct CutRow {
     const char *id;
     int32_t charset_config;
-    std::string lead;    // the first byte(s) of a multibyte character
-    int32_t closed_rc;   // result when the closing quote follows the cut
+    std::string lead;  // the first byte(s) of a multibyte character
+    int32_t closed_rc; // result when the closing quote follows the cut
 };
 
 class CutMultibyte : public ::testing::TestWithParam<CutRow> {};
@@ -114,11 +122,13 @@ TEST_P(CutMultibyte, TextEndsInsideACharacter) {
 // A double-byte lead before the quote makes the quote its trailing byte in
 // GB18030 and EUC-KR, so the string never closes; a malformed UTF-8
 // sequence is one byte of content and the quote closes the string.
-INSTANTIATE_TEST_SUITE_P(Sets, CutMultibyte, rows<CutRow>({
-    {"utf8", UTF8, "\xE4\xB8", 0},
-    {"gb18030_lead", GB, "\x81", VXJSON_ERR_INVALID_JSON},
-    {"gb18030_four_byte", GB, "\x81\x30", VXJSON_ERR_INVALID_JSON},
-    {"euckr", EUCKR, "\xB0", VXJSON_ERR_INVALID_JSON},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Sets, CutMultibyte,
+                         rows<CutRow>({
+                             {"utf8", UTF8, "\xE4\xB8", 0},
+                             {"gb18030_lead", GB, "\x81", VXJSON_ERR_INVALID_JSON},
+                             {"gb18030_four_byte", GB, "\x81\x30", VXJSON_ERR_INVALID_JSON},
+                             {"euckr", EUCKR, "\xB0", VXJSON_ERR_INVALID_JSON},
+                         }),
+                         by_id);
 
 } // namespace

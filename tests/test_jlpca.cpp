@@ -14,18 +14,20 @@ TEST(Context, InitSwitches) {
         int32_t escape_mode, compat;
         int32_t want_escape, sorted, dup_replace, strict, scalar_top, path_last_key;
     };
-    for (const Row &r : {Row{0, 0, 0, 0, 0, 0, 0, 0}, Row{1, 0, 1, 0, 0, 0, 0, 0}, Row{2, 0, 0, 1, 1, 0, 0, 0},
-                         Row{0, 1, 0, 0, 0, 1, 1, 1}, Row{2, 2, 0, 1, 1, 1, 1, 1}}) {
+    for (const Row &r :
+         {Row{0, 0, 0, 0, 0, 0, 0, 0}, Row{1, 0, 1, 0, 0, 0, 0, 0}, Row{2, 0, 0, 1, 1, 0, 0, 0},
+          Row{0, 1, 0, 0, 0, 1, 1, 1}, Row{2, 2, 0, 1, 1, 1, 1, 1}}) {
         VxEnv env;
         jlpca_ctx *c = env.ctx.get();
         c->set_mode = 3;
         c->array_spare = 9;
         ASSERT_EQ(jlpca_init_simple(c, c, env.heap, &env.alloc, r.escape_mode, r.compat), 0);
         // The switches the mode and dialect imply; everything else cleared.
-        EXPECT_EQ((std::vector<int32_t>{c->escape_mode, c->sorted_keys, c->dup_key_replace, c->strict, c->scalar_top,
-                                        c->path_last_key, c->compat, c->unique_keys, c->set_mode}),
-                  (std::vector<int32_t>{r.want_escape, r.sorted, r.dup_replace, r.strict, r.scalar_top,
-                                        r.path_last_key, r.compat, 0, 0}));
+        EXPECT_EQ((std::vector<int32_t>{c->escape_mode, c->sorted_keys, c->dup_key_replace,
+                                        c->strict, c->scalar_top, c->path_last_key, c->compat,
+                                        c->unique_keys, c->set_mode}),
+                  (std::vector<int32_t>{r.want_escape, r.sorted, r.dup_replace, r.strict,
+                                        r.scalar_top, r.path_last_key, r.compat, 0, 0}));
         EXPECT_EQ(c->env, c);
         EXPECT_EQ(c->array_spare, 0u);
         EXPECT_EQ(c->scan_buf, c->scan_inline);
@@ -72,9 +74,13 @@ TEST(Context, TokenTextBuffer) {
 }
 
 TEST(Literal, GrowsIntoTheHeap) {
-    struct Row { std::vector<uint32_t> pieces; uint32_t cap; };
-    for (const Row &r : {Row{{32766}, 32767}, Row{{32767}, 32767 + 2 * 32767}, Row{{20000, 12767}, 65534},
-                         Row{{100000}, 32767 + 4 * 32767}, Row{{1, 70000}, 32767 + 3 * 32767}}) {
+    struct Row {
+        std::vector<uint32_t> pieces;
+        uint32_t cap;
+    };
+    for (const Row &r :
+         {Row{{32766}, 32767}, Row{{32767}, 32767 + 2 * 32767}, Row{{20000, 12767}, 65534},
+          Row{{100000}, 32767 + 4 * 32767}, Row{{1, 70000}, 32767 + 3 * 32767}}) {
         VxEnv env;
         jlpca_ctx *c = env.ctx.get();
         EXPECT_EQ(jlpca_startlit(c), c->lit_inline);
@@ -98,14 +104,24 @@ TEST(Literal, GrowsIntoTheHeap) {
 
 // Bytes of the last character beyond each piece, piece after piece.
 TEST(Literal, MultibyteMeasuring) {
-    struct Row { const char *id; int32_t charset; std::vector<std::string> pieces; std::vector<uint32_t> pending; };
-    for (const Row &r : {Row{"gb_whole", GB, {"\xD6\xD0" "a"}, {0}},
-                         Row{"gb_lead_at_end", GB, {"a\x81", "\x5C", "b"}, {UINT32_MAX, 0, 0}},
-                         Row{"gb_lead_then_low_byte", GB, {"\x81", "\x30", "xy", "z"}, {UINT32_MAX, 2, 0, 0}},
-                         Row{"gb_four_byte_cut", GB, {"\x81\x30", "\x81", "\x30"}, {2, 1, 0}},
-                         Row{"gb_lead_then_7f", GB, {"\x81", "\x7F"}, {UINT32_MAX, 2}},
-                         Row{"utf8_cut_is_one_byte", UTF8, {"\xE4\xB8", "\xAD"}, {0, 0}},
-                         Row{"euckr_cut", EUCKR, {"\xB0", "\xA1", "\xB0\xA1\xB0"}, {1, 0, 1}}}) {
+    struct Row {
+        const char *id;
+        int32_t charset;
+        std::vector<std::string> pieces;
+        std::vector<uint32_t> pending;
+    };
+    for (const Row &r :
+         {Row{"gb_whole",
+              GB,
+              {"\xD6\xD0"
+               "a"},
+              {0}},
+          Row{"gb_lead_at_end", GB, {"a\x81", "\x5C", "b"}, {UINT32_MAX, 0, 0}},
+          Row{"gb_lead_then_low_byte", GB, {"\x81", "\x30", "xy", "z"}, {UINT32_MAX, 2, 0, 0}},
+          Row{"gb_four_byte_cut", GB, {"\x81\x30", "\x81", "\x30"}, {2, 1, 0}},
+          Row{"gb_lead_then_7f", GB, {"\x81", "\x7F"}, {UINT32_MAX, 2}},
+          Row{"utf8_cut_is_one_byte", UTF8, {"\xE4\xB8", "\xAD"}, {0, 0}},
+          Row{"euckr_cut", EUCKR, {"\xB0", "\xA1", "\xB0\xA1\xB0"}, {1, 0, 1}}}) {
         CharsetScope cs(r.charset);
         VxEnv env;
         jlpca_ctx *c = env.ctx.get();
@@ -124,7 +140,12 @@ TEST(Literal, MultibyteMeasuring) {
 
 // Escapes: the text after the backslash, in decode and keep mode.
 TEST(Literal, Escapes) {
-    struct Row { const char *id; std::string text; int32_t escape_mode, compat, rc; std::string lit; };
+    struct Row {
+        const char *id;
+        std::string text;
+        int32_t escape_mode, compat, rc;
+        std::string lit;
+    };
     for (const Row &r : {Row{"decode_pairs", "n1", 0, 0, 0, "\n1"},
                          Row{"decode_all", "b", 0, 0, 0, "\b"},
                          Row{"decode_slash", "/x", 0, 0, 0, "/x"},
@@ -160,9 +181,15 @@ TEST(Literal, Escapes) {
 
 // The single-byte set has no character for U+4E2D.
 TEST(Literal, UnicodeInEachCharset) {
-    struct Row { int32_t charset; const char *hex; int32_t rc; std::string lit; };
-    for (const Row &r : {Row{GB, "4e2d", 0, "\xD6\xD0"}, Row{UTF8, "4e2d", 0, "\xE4\xB8\xAD"},
-                         Row{EUCKR, "ac00", 0, "\xB0\xA1"}, Row{7, "00e9", 0, "\xE9"}, Row{7, "4e2d", BAD, ""}}) {
+    struct Row {
+        int32_t charset;
+        const char *hex;
+        int32_t rc;
+        std::string lit;
+    };
+    for (const Row &r :
+         {Row{GB, "4e2d", 0, "\xD6\xD0"}, Row{UTF8, "4e2d", 0, "\xE4\xB8\xAD"},
+          Row{EUCKR, "ac00", 0, "\xB0\xA1"}, Row{7, "00e9", 0, "\xE9"}, Row{7, "4e2d", BAD, ""}}) {
         CharsetScope cs(r.charset);
         VxEnv env;
         jlpca_startlit(env.ctx.get());
@@ -185,21 +212,16 @@ TEST(Numbers, Classification) {
         int32_t err;
     };
     const ReadSwitches nm2{.number_mode = 2}, mysql = dialect(JLPCA_COMPAT_MYSQL);
-    for (const Row &r : {Row{"+1", I, strict(), 0, "", BAD},
-                         Row{"0.5", D, strict(), JT_DECIMAL, "0.5", 0},
-                         Row{"-0.5", D, strict(), JT_DECIMAL, "-0.5", 0},
-                         Row{"1.", D, lax(), JT_DECIMAL, "1.", 0},
-                         Row{"1.", D, strict(), 0, "", BAD},
-                         Row{".5", D, strict(), 0, "", BAD},
-                         Row{"-.5", D, strict(), 0, "", BAD},
-                         Row{"0e5", R, strict(), 0, "", BAD},
-                         Row{"-1e400", R, mysql, 0, "", VXJSON_ERR_DOUBLE_OVERFLOW},
-                         Row{"1.5e400", D, nm2, 0, "", VXJSON_ERR_DOUBLE_OVERFLOW},
-                         Row{"2.0e0", R, nm2, JT_INT, "2", 0},
-                         Row{"-3e9", R, nm2, JT_BIGINT, "-3000000000", 0},
-                         Row{"1.5e0", R, nm2, JT_DECIMAL, "1.5e0", 0},
-                         Row{"1e19", R, nm2, JT_DECIMAL, "1e19", 0},
-                         Row{"2.0e0", R, lax(), JT_DECIMAL, "2.0e0", 0}}) {
+    for (const Row &r :
+         {Row{"+1", I, strict(), 0, "", BAD}, Row{"0.5", D, strict(), JT_DECIMAL, "0.5", 0},
+          Row{"-0.5", D, strict(), JT_DECIMAL, "-0.5", 0}, Row{"1.", D, lax(), JT_DECIMAL, "1.", 0},
+          Row{"1.", D, strict(), 0, "", BAD}, Row{".5", D, strict(), 0, "", BAD},
+          Row{"-.5", D, strict(), 0, "", BAD}, Row{"0e5", R, strict(), 0, "", BAD},
+          Row{"-1e400", R, mysql, 0, "", VXJSON_ERR_DOUBLE_OVERFLOW},
+          Row{"1.5e400", D, nm2, 0, "", VXJSON_ERR_DOUBLE_OVERFLOW},
+          Row{"2.0e0", R, nm2, JT_INT, "2", 0}, Row{"-3e9", R, nm2, JT_BIGINT, "-3000000000", 0},
+          Row{"1.5e0", R, nm2, JT_DECIMAL, "1.5e0", 0}, Row{"1e19", R, nm2, JT_DECIMAL, "1e19", 0},
+          Row{"2.0e0", R, lax(), JT_DECIMAL, "2.0e0", 0}}) {
         VxEnv env(r.sw);
         jlpca_ctx *c = env.ctx.get();
         c->tok = 77;
@@ -246,10 +268,14 @@ TEST(Numbers, PrefixCopies) {
 // The exported lookup: a keyword's token, or -1 for another word (a name
 // when lax), -2 for any word a strict reader refuses.
 TEST(Keywords, Lookup) {
-    struct Row { const char *word; int32_t lax, strict; };
-    for (const Row &r : {Row{"true", JT_TRUE, JT_TRUE}, Row{"false", JT_FALSE, JT_FALSE}, Row{"null", JT_NULL, JT_NULL},
-                         Row{"TRUE", JT_TRUE, -2}, Row{"FaLsE", JT_FALSE, -2}, Row{"Null", JT_NULL, -2},
-                         Row{"nul", -1, -2}, Row{"nulls", -1, -2}, Row{"", -1, -2}, Row{"truefalse", -1, -2}}) {
+    struct Row {
+        const char *word;
+        int32_t lax, strict;
+    };
+    for (const Row &r : {Row{"true", JT_TRUE, JT_TRUE}, Row{"false", JT_FALSE, JT_FALSE},
+                         Row{"null", JT_NULL, JT_NULL}, Row{"TRUE", JT_TRUE, -2},
+                         Row{"FaLsE", JT_FALSE, -2}, Row{"Null", JT_NULL, -2}, Row{"nul", -1, -2},
+                         Row{"nulls", -1, -2}, Row{"", -1, -2}, Row{"truefalse", -1, -2}}) {
         VxEnv l(lax()), s(strict());
         EXPECT_EQ(jkeyword_lookup(r.word, l.ctx.get()), r.lax) << r.word;
         EXPECT_EQ(jkeyword_lookup(r.word, s.ctx.get()), r.strict) << r.word;

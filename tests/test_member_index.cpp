@@ -10,7 +10,10 @@
 namespace {
 using ::operator<<;
 
-struct Policy { const char *id; int32_t unique_keys, dup_key_replace, sorted_keys; };
+struct Policy {
+    const char *id;
+    int32_t unique_keys, dup_key_replace, sorted_keys;
+};
 
 // A context that reads strictly under the row's policy.
 struct PolicyEnv : VxEnv {
@@ -46,7 +49,8 @@ TEST_P(MemberIndex, ReaderBuildsWhatAddingOneByOneBuilds) {
             if (expected_rc) continue;
             json_keyval *kv = nullptr;
             const std::string &name = names[i];
-            expected_rc = json_object_add_keyval(ref.ctx.get(), expected, name.data(), uint32_t(name.size()), &kv);
+            expected_rc = json_object_add_keyval(ref.ctx.get(), expected, name.data(),
+                                                 uint32_t(name.size()), &kv);
             if (!expected_rc) kv->value = ref.integer(int64_t(i));
         }
         const int32_t rc = env.read(text + "}", &root);
@@ -61,7 +65,8 @@ TEST_P(MemberIndex, ReaderBuildsWhatAddingOneByOneBuilds) {
 TEST_P(MemberIndex, LateDuplicateOfAnEarlyName) {
     const Policy &p = GetParam();
     std::string text = "{";
-    for (int i = 0; i < 100; i++) text += "\"k" + std::to_string(i) + "\":" + std::to_string(i) + ",";
+    for (int i = 0; i < 100; i++)
+        text += "\"k" + std::to_string(i) + "\":" + std::to_string(i) + ",";
     PolicyEnv env(p);
     json_node *root = nullptr;
     const int32_t rc = env.read(text + "\"k3\":1000}", &root);
@@ -81,7 +86,8 @@ TEST_P(MemberIndex, QuarterMillionMembers) {
     const Policy &p = GetParam();
     constexpr int kMembers = 250000;
     std::string text = "{";
-    for (int i = kMembers - 1; i >= 0; i--) text += "\"m" + std::to_string(i) + "\":" + std::to_string(i) + (i ? "," : "}");
+    for (int i = kMembers - 1; i >= 0; i--)
+        text += "\"m" + std::to_string(i) + "\":" + std::to_string(i) + (i ? "," : "}");
     PolicyEnv env(p);
     json_node *root = nullptr;
     ASSERT_EQ(env.read(text, &root), 0);
@@ -91,13 +97,15 @@ TEST_P(MemberIndex, QuarterMillionMembers) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Policies, MemberIndex, rows<Policy>({
-    {"none", 0, 0, 0},
-    {"unique", 1, 0, 0},
-    {"last_wins", 0, 1, 0},
-    {"sorted", 0, 0, 1},
-    {"sorted_last_wins", 0, 1, 1},
-    {"sorted_unique", 1, 0, 1},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Policies, MemberIndex,
+                         rows<Policy>({
+                             {"none", 0, 0, 0},
+                             {"unique", 1, 0, 0},
+                             {"last_wins", 0, 1, 0},
+                             {"sorted", 0, 0, 1},
+                             {"sorted_last_wins", 0, 1, 1},
+                             {"sorted_unique", 1, 0, 1},
+                         }),
+                         by_id);
 
 } // namespace

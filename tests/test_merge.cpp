@@ -28,13 +28,17 @@ class Preserve : public MergeCase {};
 class Patch : public MergeCase {};
 TEST_P(Preserve, Text) { EXPECT_EQ(merge(0), GetParam().f[3]); }
 TEST_P(Patch, Text) { EXPECT_EQ(merge(1), GetParam().f[3]); }
-INSTANTIATE_TEST_SUITE_P(Shapes, Preserve, rows_of("tree_ops/merge_preserve.tsv"), data_row_namer());
+INSTANTIATE_TEST_SUITE_P(Shapes, Preserve, rows_of("tree_ops/merge_preserve.tsv"),
+                         data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Shapes, Patch, rows_of("tree_ops/merge_patch.tsv"), data_row_namer());
 
 TEST(TreeOpsFiles, EveryFileHasItsRows) {
-    expect_row_counts({{"tree_ops/merge_preserve.tsv", 18}, {"tree_ops/merge_patch.tsv", 16},
-                       {"tree_ops/concat.tsv", 23}, {"tree_ops/strip_nulls.tsv", 10},
-                       {"tree_ops/equality.tsv", 45}, {"tree_ops/containment.tsv", 45}});
+    expect_row_counts({{"tree_ops/merge_preserve.tsv", 18},
+                       {"tree_ops/merge_patch.tsv", 16},
+                       {"tree_ops/concat.tsv", 23},
+                       {"tree_ops/strip_nulls.tsv", 10},
+                       {"tree_ops/equality.tsv", 45},
+                       {"tree_ops/containment.tsv", 45}});
 }
 
 // The merge walks both member lists in sorted order; read without sorted
@@ -74,7 +78,7 @@ TEST(MergeOrder, PreserveArrayIsPointerArrayOfSharedElements) {
     EXPECT_EQ(out->lst_first, nullptr);
     EXPECT_EQ(out->items[0], a->items[0]);
     EXPECT_EQ(out->items[2], b);
-    EXPECT_EQ(out->items[0]->parent, a);  // parents are left as they were
+    EXPECT_EQ(out->items[0]->parent, a); // parents are left as they were
 }
 
 // Concatenation.
@@ -128,10 +132,12 @@ INSTANTIATE_TEST_SUITE_P(Docs, StripNulls, rows_of("tree_ops/strip_nulls.tsv"), 
 
 // Inputs long enough that the result text must grow, with nested merges
 // that each need a new array.
-const char *const kDocA = "{\"a\":[1,2,3],\"b\":{\"c\":\"a string long enough to make the text grow\",\"d\":[4,5]},"
-                          "\"e\":1,\"f\":{\"g\":2}}";
-const char *const kDocB = "{\"a\":4,\"b\":{\"c\":\"another string, also long enough to matter\",\"d\":6,\"h\":null},"
-                          "\"e\":[7],\"i\":8}";
+const char *const kDocA =
+    "{\"a\":[1,2,3],\"b\":{\"c\":\"a string long enough to make the text grow\",\"d\":[4,5]},"
+    "\"e\":1,\"f\":{\"g\":2}}";
+const char *const kDocB =
+    "{\"a\":4,\"b\":{\"c\":\"another string, also long enough to matter\",\"d\":6,\"h\":null},"
+    "\"e\":[7],\"i\":8}";
 
 struct OomRow {
     const char *id, *a, *b;
@@ -171,7 +177,8 @@ TEST_P(OutOfMemory, EveryFailingCallIsReported) {
     for (int which = 0; which < 2; which++) {
         int failures = 0;
         for (uint64_t n = 0; n <= calls[which]; n++) {
-            SCOPED_TRACE(std::string(which == 0 ? "heap" : "allocator") + " call limit " + std::to_string(n));
+            SCOPED_TRACE(std::string(which == 0 ? "heap" : "allocator") + " call limit " +
+                         std::to_string(n));
             const int32_t rc = run_op(r, which, n, &got, ignored);
             if (rc == 0) {
                 EXPECT_EQ(got, expect);
@@ -188,12 +195,15 @@ TEST_P(OutOfMemory, EveryFailingCallIsReported) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Operations, OutOfMemory, rows<OomRow>({
-    {"MergePreserve", kDocA, kDocB, 0, {3539, 3547}},
-    {"MergePatch", kDocA, kDocB, 1, {3539, 3547}},
-    {"ConcatObjects", kDocA, kDocB, 2, {1842, 1856}},
-    {"ConcatArrays", "[{\"x\":\"a long enough string\"},2,3]", kDocB, 2, {1794, 1804}},
-    {"ConcatScalars", "\"a string\"", "[1,2,3,4,5,6,7,8,9]", 2, {1794, 1804}},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Operations, OutOfMemory,
+    rows<OomRow>({
+        {"MergePreserve", kDocA, kDocB, 0, {3539, 3547}},
+        {"MergePatch", kDocA, kDocB, 1, {3539, 3547}},
+        {"ConcatObjects", kDocA, kDocB, 2, {1842, 1856}},
+        {"ConcatArrays", "[{\"x\":\"a long enough string\"},2,3]", kDocB, 2, {1794, 1804}},
+        {"ConcatScalars", "\"a string\"", "[1,2,3,4,5,6,7,8,9]", 2, {1794, 1804}},
+    }),
+    by_id);
 
 } // namespace

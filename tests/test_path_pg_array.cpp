@@ -25,50 +25,54 @@ TEST_P(PgArray, StepsOrCode) {
     std::string text = r.text; // modified in place
     {
         OutString leak_check; // the element string is released on every path
-        EXPECT_EQ(jpath_parse_pg_array(nullptr, env.heap, &leak_check.alloc, &p, text.data()), r.code);
+        EXPECT_EQ(jpath_parse_pg_array(nullptr, env.heap, &leak_check.alloc, &p, text.data()),
+                  r.code);
     }
     EXPECT_EQ(steps_text(&p), r.steps);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, PgArray, rows<PgRow>({
-    {"g01_empty", "{}", 0, ""},
-    {"g02_blanks_dropped", "{a, b }", 0, ".a .b"},
-    {"g03_quoted_with_blank", "{\"a b\",c}", 0, ".a b .c"},
-    {"g04_quoted_comma", "{\"x,y\"}", 0, ".x,y"},
-    {"g05_escaped_comma", "{a\\,b}", 0, ".a,b"},
-    {"g06_numbers_are_keys", "{1,2}", 0, ".1 .2"},
-    {"g07_empty_quoted", "{\"\"}", 0, "."},
-    {"g08_quoted_null", "{\"null\"}", 0, ".null"},
-    {"g09_escaped_null", "{nul\\l}", 0, ".null"},
-    {"g10_inner_blanks_kept", "{ a  b }", 0, ".a  b"},
-    {"g11_all_blanks", " \t\v{\f a \r}\n\v ", 0, ".a"},
-    {"g12_braces_in_quotes", "{\"{}\\\"\"}", 0, ".{}\""},
-    {"g13_escape_in_quotes", "{\"a\\\\b\"}", 0, ".a\\b"},
-    {"g14_quote_then_blank", "{\"a\" ,b}", 0, ".a .b"},
-    {"g15_nul_ahead_ignored", "{a}\0x"s, 0, ".a"},
-    {"g16_multibyte", "{\xC3\xA9,\"\xE4\xB8\xAD\"}", 0, ".\\xC3\\xA9 .\\xE4\\xB8\\xAD"},
-    {"g17_nullable_word", "{nulls,Nul}", 0, ".nulls .Nul"},
-    {"g18_blank_element_quoted", "{\" \"}", 0, ". "},
-    // refused
-    {"b01_null_upper", "{NULL}", -3102, ""},
-    {"b02_null_lower", "{null}", -3102, ""},
-    {"b03_null_after", "{a, nUlL }", -3102, ".a"},
-    {"b04_trailing_comma", "{a,}", -3102, ".a"},
-    {"b05_leading_comma", "{,a}", -3102, ""},
-    {"b06_no_brace", "a,b", -3102, ""},
-    {"b07_text_after", "{a} b", -3102, ".a"},
-    {"b08_quote_inside", "{a\"b\"}", -3102, ""},
-    {"b09_text_after_quote", "{\"a\"b}", -3102, ""},
-    {"b10_two_commas", "{a,,b}", -3102, ".a"},
-    {"b11_trailing_backslash", "{a\\", -3102, ""},
-    {"b12_cut_short", "{a,b", -3102, ".a"},
-    {"b13_unclosed_quote", "{\"a}", -3102, ""},
-    {"b14_nested_brace", "{{a}}", -3102, ""},
-    {"b15_empty_text", "", -3102, ""},
-    {"b16_brace_after_quote", "{\"a\"{}", -3102, ""},
-    {"b17_second_literal", "{a}{b}", -3102, ".a"},
-    {"b18_blank_only_element", "{a, ,b}", -3102, ".a"},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Rows, PgArray,
+                         rows<PgRow>({
+                             {"g01_empty", "{}", 0, ""},
+                             {"g02_blanks_dropped", "{a, b }", 0, ".a .b"},
+                             {"g03_quoted_with_blank", "{\"a b\",c}", 0, ".a b .c"},
+                             {"g04_quoted_comma", "{\"x,y\"}", 0, ".x,y"},
+                             {"g05_escaped_comma", "{a\\,b}", 0, ".a,b"},
+                             {"g06_numbers_are_keys", "{1,2}", 0, ".1 .2"},
+                             {"g07_empty_quoted", "{\"\"}", 0, "."},
+                             {"g08_quoted_null", "{\"null\"}", 0, ".null"},
+                             {"g09_escaped_null", "{nul\\l}", 0, ".null"},
+                             {"g10_inner_blanks_kept", "{ a  b }", 0, ".a  b"},
+                             {"g11_all_blanks", " \t\v{\f a \r}\n\v ", 0, ".a"},
+                             {"g12_braces_in_quotes", "{\"{}\\\"\"}", 0, ".{}\""},
+                             {"g13_escape_in_quotes", "{\"a\\\\b\"}", 0, ".a\\b"},
+                             {"g14_quote_then_blank", "{\"a\" ,b}", 0, ".a .b"},
+                             {"g15_nul_ahead_ignored", "{a}\0x"s, 0, ".a"},
+                             {"g16_multibyte", "{\xC3\xA9,\"\xE4\xB8\xAD\"}", 0,
+                              ".\\xC3\\xA9 .\\xE4\\xB8\\xAD"},
+                             {"g17_nullable_word", "{nulls,Nul}", 0, ".nulls .Nul"},
+                             {"g18_blank_element_quoted", "{\" \"}", 0, ". "},
+                             // refused
+                             {"b01_null_upper", "{NULL}", -3102, ""},
+                             {"b02_null_lower", "{null}", -3102, ""},
+                             {"b03_null_after", "{a, nUlL }", -3102, ".a"},
+                             {"b04_trailing_comma", "{a,}", -3102, ".a"},
+                             {"b05_leading_comma", "{,a}", -3102, ""},
+                             {"b06_no_brace", "a,b", -3102, ""},
+                             {"b07_text_after", "{a} b", -3102, ".a"},
+                             {"b08_quote_inside", "{a\"b\"}", -3102, ""},
+                             {"b09_text_after_quote", "{\"a\"b}", -3102, ""},
+                             {"b10_two_commas", "{a,,b}", -3102, ".a"},
+                             {"b11_trailing_backslash", "{a\\", -3102, ""},
+                             {"b12_cut_short", "{a,b", -3102, ".a"},
+                             {"b13_unclosed_quote", "{\"a}", -3102, ""},
+                             {"b14_nested_brace", "{{a}}", -3102, ""},
+                             {"b15_empty_text", "", -3102, ""},
+                             {"b16_brace_after_quote", "{\"a\"{}", -3102, ""},
+                             {"b17_second_literal", "{a}{b}", -3102, ".a"},
+                             {"b18_blank_only_element", "{a, ,b}", -3102, ".a"},
+                         }),
+                         by_id);
 
 TEST(PgArrayEntry, OtherDialectRefusedBeforeReading) {
     VxEnv env;
@@ -77,7 +81,8 @@ TEST(PgArrayEntry, OtherDialectRefusedBeforeReading) {
         jpath_init_simple(&p, dialect);
         std::string text = "{a}";
         OutString leak_check;
-        EXPECT_EQ(jpath_parse_pg_array(nullptr, env.heap, &leak_check.alloc, &p, text.data()), -3102);
+        EXPECT_EQ(jpath_parse_pg_array(nullptr, env.heap, &leak_check.alloc, &p, text.data()),
+                  -3102);
         EXPECT_EQ(text, "{a}");
         EXPECT_EQ(p.filter_count, 0u);
     }
@@ -118,7 +123,8 @@ TEST(PgArrayElement, StatesAndFlagsPerElement) {
     };
     for (const Step &e : expected) {
         vxstr_init(out.s);
-        ASSERT_EQ(jpath_array_element(nullptr, &out.alloc, out.s, &pos, &state, &finished, &quoted), 0);
+        ASSERT_EQ(jpath_array_element(nullptr, &out.alloc, out.s, &pos, &state, &finished, &quoted),
+                  0);
         EXPECT_EQ(out.str(), e.text);
         EXPECT_EQ(state, e.state);
         EXPECT_EQ(finished, e.finished);
@@ -128,7 +134,8 @@ TEST(PgArrayElement, StatesAndFlagsPerElement) {
     // Past the end the reader meets the zero byte.
     int32_t again = 4;
     char *end = text.data() + text.size();
-    EXPECT_EQ(jpath_array_element(nullptr, &out.alloc, out.s, &end, &again, &finished, &quoted), -3102);
+    EXPECT_EQ(jpath_array_element(nullptr, &out.alloc, out.s, &end, &again, &finished, &quoted),
+              -3102);
 }
 
 TEST(PgArrayElement, BlankCharacters) {

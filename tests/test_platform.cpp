@@ -112,7 +112,7 @@ TEST_F(Allocator, ReleaseAllFreesWhatIsOutstandingAndIgnoresForeignBlocks) {
     vx_free(nullptr, &a, blocks[1]);
     vx_heap *h = mem_heap_create(0);
     heap_alloc(h, 40);
-    vx_free(nullptr, &a, heap_alloc(h, 16));  // not ours: left alone
+    vx_free(nullptr, &a, heap_alloc(h, 16)); // not ours: left alone
     EXPECT_EQ(st.outstanding, 2u);
     vx_allocator_release_all(&st);
     EXPECT_EQ(st.outstanding, 0u);
@@ -126,7 +126,7 @@ TEST_F(Allocator, HeapBackedCarvesFromTheHeapAndFreesNothing) {
     void *p = vx_alloc(nullptr, &a, 32, "t", 1);
     ASSERT_NE(p, nullptr);
     EXPECT_EQ(mem_heap_alloc_count(h), 1u);
-    vx_free(nullptr, &a, p);  // no free operation: nothing happens
+    vx_free(nullptr, &a, p); // no free operation: nothing happens
     mem_heap_set_call_limit(h, 0);
     EXPECT_EQ(vx_alloc(nullptr, &a, 8, "t", 2), nullptr);
     mem_heap_free(h);
@@ -170,7 +170,7 @@ TEST_F(Vxstr, FirstGrowthFailureIsSticky) {
     vxstr *s = vxstr_create(nullptr, &a, 4);
     ASSERT_NE(s, nullptr);
     vx_allocator_set_call_limit(&st, 0);
-    EXPECT_EQ(vxstr_append(nullptr, &a, s, "ab"), 0);  // fits, no growth
+    EXPECT_EQ(vxstr_append(nullptr, &a, s, "ab"), 0); // fits, no growth
     EXPECT_EQ(vxstr_append(nullptr, &a, s, "cdef"), VXSTR_NOMEM);
     vx_allocator_set_call_limit(&st, UINT64_MAX);
     EXPECT_EQ(vxstr_append(nullptr, &a, s, "x"), VXSTR_NOMEM);
@@ -227,12 +227,17 @@ TEST(Ini, CharsetOverrideAndUnknownValues) {
     EXPECT_EQ(ini_get_value(0, VX_INI_CHARSET), 0);
     ini_reset_value(0, VX_INI_CHARSET);
     const char *env = std::getenv("VXJSON_CHARSET");
-    int expected = env && std::strlen(env) == 1 && env[0] >= '0' && env[0] <= '2' ? env[0] - '0' : 1;
+    int expected =
+        env && std::strlen(env) == 1 && env[0] >= '0' && env[0] <= '2' ? env[0] - '0' : 1;
     EXPECT_EQ(ini_get_value(0, VX_INI_CHARSET), expected);
     EXPECT_EQ(ini_get_value(0, 1), 0);
 }
 
-struct Int64Row { const char *id, *text; int32_t rc; int64_t value = 0; };
+struct Int64Row {
+    const char *id, *text;
+    int32_t rc;
+    int64_t value = 0;
+};
 
 class Str2Int64 : public ::testing::TestWithParam<Int64Row> {};
 TEST_P(Str2Int64, Reads) {
@@ -244,22 +249,24 @@ TEST_P(Str2Int64, Reads) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Edges, Str2Int64, rows<Int64Row>({
-    {"zero", "0", 0, 0},
-    {"minus_zero", "-0", 0, 0},
-    {"plus", "+17", 0, 17},
-    {"max", "9223372036854775807", 0, INT64_MAX},
-    {"min", "-9223372036854775808", 0, INT64_MIN},
-    {"above_max", "9223372036854775808", -2},
-    {"below_min", "-9223372036854775809", -2},
-    {"empty", "", -1},
-    {"minus_alone", "-", -1},
-    {"plus_alone", "+", -1},
-    {"fraction", "1.5", -1},
-    {"trailing_letter", "12a", -1},
-    {"leading_blank", " 1", -1},
-    {"two_signs", "+-1", -1},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Edges, Str2Int64,
+                         rows<Int64Row>({
+                             {"zero", "0", 0, 0},
+                             {"minus_zero", "-0", 0, 0},
+                             {"plus", "+17", 0, 17},
+                             {"max", "9223372036854775807", 0, INT64_MAX},
+                             {"min", "-9223372036854775808", 0, INT64_MIN},
+                             {"above_max", "9223372036854775808", -2},
+                             {"below_min", "-9223372036854775809", -2},
+                             {"empty", "", -1},
+                             {"minus_alone", "-", -1},
+                             {"plus_alone", "+", -1},
+                             {"fraction", "1.5", -1},
+                             {"trailing_letter", "12a", -1},
+                             {"leading_blank", " 1", -1},
+                             {"two_signs", "+-1", -1},
+                         }),
+                         by_id);
 
 TEST(Number, DoubleOverflowIsInfinity) {
     EXPECT_EQ(ntype_is_double_overflow(1e308 * 10), 1);

@@ -19,7 +19,10 @@ const std::vector<std::string> kDocs = {
     "{\"bad\":[1,2,}",
 };
 
-struct Result { int32_t rc; std::string text; };
+struct Result {
+    int32_t rc;
+    std::string text;
+};
 
 Result round(const std::string &doc) {
     VxEnv env(strict());

@@ -22,7 +22,10 @@ extern char **environ;
 namespace {
 using ::operator<<;
 
-struct data_file { const char *name; const char *content; };
+struct data_file {
+    const char *name;
+    const char *content;
+};
 
 // A JSON Lines stream with a bad line in the middle, a blank line and a
 // raw tab inside a string.
@@ -36,7 +39,7 @@ const data_file DATA_FILES[] = {
     {"right.json", "{\"b\":{\"c\":null,\"d\":3}}"},
 };
 
-std::string g_dir;  // scratch folder of this process
+std::string g_dir; // scratch folder of this process
 
 class scratch_folder : public ::testing::Environment {
 public:
@@ -44,7 +47,8 @@ public:
         char tmpl[] = "/tmp/vxjson_tool_XXXXXX";
         ASSERT_NE(mkdtemp(tmpl), nullptr);
         g_dir = tmpl;
-        for (const data_file &f : DATA_FILES) std::ofstream(g_dir + "/" + f.name, std::ios::binary) << f.content;
+        for (const data_file &f : DATA_FILES)
+            std::ofstream(g_dir + "/" + f.name, std::ios::binary) << f.content;
     }
     void TearDown() override { (void)std::system(("rm -rf '" + g_dir + "'").c_str()); }
 };
@@ -52,8 +56,8 @@ public:
 const auto *const g_env = ::testing::AddGlobalTestEnvironment(new scratch_folder);
 
 std::string expand(std::string s) {
-    const std::pair<const char *, std::string> subs[] = {{"@S", VXJSON_SOURCE_DIR}, {"@D", g_dir},
-                                                         {"@V", VXJSON_VERSION_STRING}};
+    const std::pair<const char *, std::string> subs[] = {
+        {"@S", VXJSON_SOURCE_DIR}, {"@D", g_dir}, {"@V", VXJSON_VERSION_STRING}};
     for (const auto &[key, value] : subs)
         for (size_t at = s.find(key); at != std::string::npos; at = s.find(key, at + value.size()))
             s.replace(at, 2, value);
@@ -68,7 +72,11 @@ std::vector<char *> pointers(std::vector<std::string> &strings) {
     return out;
 }
 
-struct run_result { std::string out, err; int status = -1; long max_rss_kb = 0; };
+struct run_result {
+    std::string out, err;
+    int status = -1;
+    long max_rss_kb = 0;
+};
 
 // Runs the tool with `args`, feeding `input_path` as standard input.  The
 // environment is the test's own without VXJSON_CHARSET, plus `extra_env`.
@@ -97,7 +105,8 @@ run_result run_tool_from(const std::vector<std::string> &args, const std::string
     }
     int wstatus = 0;
     struct rusage usage {};
-    if (wait4(pid, &wstatus, 0, &usage) == pid && WIFEXITED(wstatus)) r.status = WEXITSTATUS(wstatus);
+    if (wait4(pid, &wstatus, 0, &usage) == pid && WIFEXITED(wstatus))
+        r.status = WEXITSTATUS(wstatus);
     r.max_rss_kb = usage.ru_maxrss;
     r.out = read_file(out_path);
     r.err = read_file(err_path);
@@ -115,9 +124,9 @@ void expect_text(const std::string &what, const std::string &expected, const std
     const std::string want = expand(expected);
     if (!want.empty() && want[0] == '~')
         EXPECT_NE(actual.find(want.substr(1)), std::string::npos)
-            << what << " lacks: " << want.substr(1) << "\n--- " << what << ":\n" << actual;
-    else
-        EXPECT_EQ(actual, want) << what;
+            << what << " lacks: " << want.substr(1) << "\n--- " << what << ":\n"
+            << actual;
+    else EXPECT_EQ(actual, want) << what;
 }
 
 // A row of tests/data/tool/*.tsv: id, exit status, extra environment,
@@ -126,7 +135,8 @@ class Tool : public ::testing::TestWithParam<DataRow> {};
 TEST_P(Tool, Runs) {
     std::vector<std::string> f = GetParam().f;
     f.resize(std::max<size_t>(f.size(), 6));
-    const std::vector<std::string> env = f[2].empty() ? std::vector<std::string>{} : std::vector{f[2]};
+    const std::vector<std::string> env =
+        f[2].empty() ? std::vector<std::string>{} : std::vector{f[2]};
     const run_result r = run_tool({f.begin() + 6, f.end()}, f[3], env);
     expect_text("stdout", f[4], r.out);
     expect_text("stderr", f[5], r.err);
@@ -142,9 +152,13 @@ INSTANTIATE_TEST_SUITE_P(Value, Tool, rows_of("tool/value.tsv"), data_row_namer(
 INSTANTIATE_TEST_SUITE_P(Change, Tool, rows_of("tool/change.tsv"), data_row_namer());
 
 TEST(ToolCases, EveryFileHasItsRows) {
-    expect_row_counts(
-        {{"tool/general.tsv", 41}, {"tool/check.tsv", 58}, {"tool/format.tsv", 28}, {"tool/ops.tsv", 45},
-         {"tool/query.tsv", 45}, {"tool/value.tsv", 44}, {"tool/change.tsv", 32}});
+    expect_row_counts({{"tool/general.tsv", 41},
+                       {"tool/check.tsv", 58},
+                       {"tool/format.tsv", 28},
+                       {"tool/ops.tsv", 45},
+                       {"tool/query.tsv", 45},
+                       {"tool/value.tsv", 44},
+                       {"tool/change.tsv", 32}});
 }
 
 // A JSON Lines stream much larger than the tool's buffers is read in
@@ -158,8 +172,8 @@ TEST(ToolStream, LinesInBoundedMemory) {
     std::ofstream(small, std::ios::binary) << line;
     {
         std::ofstream out(big, std::ios::binary);
-        for (int i = 0; i < 40000; ++i) out << line;  // about 33 MB
-        out << "[1,\n";                               // one bad line at the very end
+        for (int i = 0; i < 40000; ++i) out << line; // about 33 MB
+        out << "[1,\n";                              // one bad line at the very end
     }
     const run_result one = run_tool_from({"format", "--lines", small}, "/dev/null", {});
     const run_result r = run_tool_from({"format", "--lines", big}, "/dev/null", {});
@@ -182,11 +196,12 @@ TEST(ToolStream, JobsKeepInputOrder) {
         }
     }
     for (const char *command : {"check", "format"}) {
-        const run_result one = run_tool_from({command, "--lines", "--strict", "--jobs", "1", path}, "/dev/null", {});
+        const run_result one =
+            run_tool_from({command, "--lines", "--strict", "--jobs", "1", path}, "/dev/null", {});
         EXPECT_EQ(one.status, 1);
         for (const char *jobs : {"2", "3", "8"}) {
-            const run_result many =
-                run_tool_from({command, "--lines", "--strict", "--jobs", jobs, path}, "/dev/null", {});
+            const run_result many = run_tool_from(
+                {command, "--lines", "--strict", "--jobs", jobs, path}, "/dev/null", {});
             EXPECT_EQ(many.status, one.status) << command << " --jobs " << jobs;
             EXPECT_EQ(many.out, one.out) << command << " --jobs " << jobs;
             EXPECT_EQ(many.err, one.err) << command << " --jobs " << jobs;
@@ -202,14 +217,16 @@ TEST(ToolStream, LimitNeverRaisesThePeak) {
         std::ofstream out(doc, std::ios::binary);
         out << "[";
         for (int i = 0; i < 400000; ++i) out << "{\"k\":" << i << ",\"v\":[1.5,\"x\"]},";
-        out << "0]";  // about 11 MB
+        out << "0]"; // about 11 MB
     }
     const run_result whole = run_tool_from({"format", doc}, "/dev/null", {});
-    const run_result limited = run_tool_from({"format", "--max-memory", "8M", doc}, "/dev/null", {});
+    const run_result limited =
+        run_tool_from({"format", "--max-memory", "8M", doc}, "/dev/null", {});
     EXPECT_EQ(whole.status, 0);
     EXPECT_EQ(limited.status, 1);
-    EXPECT_EQ(limited.err, doc + ":1: error -503: the document needs more memory than --max-memory 8M allows\n");
+    EXPECT_EQ(limited.err,
+              doc + ":1: error -503: the document needs more memory than --max-memory 8M allows\n");
     EXPECT_LT(limited.max_rss_kb, whole.max_rss_kb) << "the limit raised the peak";
 }
 
-}  // namespace
+} // namespace

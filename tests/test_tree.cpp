@@ -10,7 +10,11 @@ using ::operator<<;
 using Names = std::vector<std::string>;
 
 TEST(Create, TopLevelScalarNeedsADialectOrScalarTop) {
-    struct Row { int32_t compat, scalar_top; uint32_t type; int32_t rc; };
+    struct Row {
+        int32_t compat, scalar_top;
+        uint32_t type;
+        int32_t rc;
+    };
     for (Row r : {Row{0, 0, JSON_STRING, VXJSON_ERR_INVALID_JSON}, Row{0, 0, JSON_INTEGER, -3105},
                   Row{0, 0, JSON_OBJECT, 0}, Row{0, 0, JSON_ARRAY, 0}, Row{0, 1, JSON_NULL, 0},
                   Row{1, 0, JSON_BOOLEAN, 0}, Row{2, 0, JSON_DECIMAL, 0}}) {
@@ -49,9 +53,9 @@ TEST(Create, ChainsNodesInCreationOrderAndTracksTheCurrentNode) {
 struct KeyRow {
     const char *id;
     int32_t unique_keys, dup_key_replace, sorted_keys;
-    Names adds;           // names added in order; values are 0, 1, 2, ...
-    int32_t last_rc;      // result of the last add
-    Names order;          // member order afterwards
+    Names adds;      // names added in order; values are 0, 1, 2, ...
+    int32_t last_rc; // result of the last add
+    Names order;     // member order afterwards
     std::vector<int64_t> values;
 };
 
@@ -77,23 +81,34 @@ TEST_P(KeyPolicy, MembersFollowTheContextSwitches) {
     EXPECT_EQ(values, r.values);
 }
 
-INSTANTIATE_TEST_SUITE_P(Policies, KeyPolicy, rows<KeyRow>({
-    {"duplicates_kept", 0, 0, 0, {"a", "a"}, 0, {"a", "a"}, {0, 1}},
-    {"last_wins_in_first_place", 0, 1, 0, {"a", "b", "a"}, 0, {"a", "b"}, {2, 1}},
-    {"unique_rejects", 1, 0, 0, {"a", "b", "a"}, -3105, {"a", "b"}, {0, 1}},
-    {"unique_wins_over_replace", 1, 1, 0, {"a", "a"}, -3105, {"a"}, {0}},
-    {"sorted_by_length_then_bytes", 0, 0, 1, {"bb", "a", "ab"}, 0, {"a", "ab", "bb"}, {1, 2, 0}},
-    {"sorted_newcomer_before_equal", 0, 0, 1, {"b", "a", "b"}, 0, {"a", "b", "b"}, {1, 2, 0}},
-    {"sorted_replace", 0, 1, 1, {"b", "a", "b"}, 0, {"a", "b"}, {1, 2}},
-    {"empty_name", 0, 1, 1, {"", "x", ""}, 0, {"", "x"}, {2, 1}},
-    {"bytes_not_case_folded", 0, 1, 0, {"A", "a"}, 0, {"A", "a"}, {0, 1}},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Policies, KeyPolicy,
+    rows<KeyRow>({
+        {"duplicates_kept", 0, 0, 0, {"a", "a"}, 0, {"a", "a"}, {0, 1}},
+        {"last_wins_in_first_place", 0, 1, 0, {"a", "b", "a"}, 0, {"a", "b"}, {2, 1}},
+        {"unique_rejects", 1, 0, 0, {"a", "b", "a"}, -3105, {"a", "b"}, {0, 1}},
+        {"unique_wins_over_replace", 1, 1, 0, {"a", "a"}, -3105, {"a"}, {0}},
+        {"sorted_by_length_then_bytes",
+         0,
+         0,
+         1,
+         {"bb", "a", "ab"},
+         0,
+         {"a", "ab", "bb"},
+         {1, 2, 0}},
+        {"sorted_newcomer_before_equal", 0, 0, 1, {"b", "a", "b"}, 0, {"a", "b", "b"}, {1, 2, 0}},
+        {"sorted_replace", 0, 1, 1, {"b", "a", "b"}, 0, {"a", "b"}, {1, 2}},
+        {"empty_name", 0, 1, 1, {"", "x", ""}, 0, {"", "x"}, {2, 1}},
+        {"bytes_not_case_folded", 0, 1, 0, {"A", "a"}, 0, {"A", "a"}, {0, 1}},
+    }),
+    by_id);
 
 TEST(AddOneNode, ReplaceMovesTheMemberLastUnlessSorted) {
     for (int32_t sorted : {0, 1}) {
         VxEnv env;
         env.ctx->sorted_keys = sorted;
-        json_node *obj = env.object({{"a", env.integer(1)}, {"b", env.integer(2)}, {"c", env.integer(3)}});
+        json_node *obj =
+            env.object({{"a", env.integer(1)}, {"b", env.integer(2)}, {"c", env.integer(3)}});
         json_node *v = env.integer(9);
         ASSERT_EQ(json_object_add_one_node(env.ctx.get(), obj, "a", 1, v, 1), 0);
         EXPECT_EQ(member_names(obj), sorted ? Names({"a", "b", "c"}) : Names({"b", "c", "a"}));
@@ -139,7 +154,12 @@ TEST(ListToArray, FailureLeavesCapacitySetAndNoItems) {
     EXPECT_EQ(a->items, nullptr);
 }
 
-struct ArrayOpRow { const char *id; int32_t position, mode; const char *expect; uint32_t capacity; };
+struct ArrayOpRow {
+    const char *id;
+    int32_t position, mode;
+    const char *expect;
+    uint32_t capacity;
+};
 
 class ArrayAddOne : public ::testing::TestWithParam<ArrayOpRow> {};
 TEST_P(ArrayAddOne, OnAFullArrayOfThree) {
@@ -153,12 +173,14 @@ TEST_P(ArrayAddOne, OnAFullArrayOfThree) {
     EXPECT_EQ(env.alloc_state.outstanding, 1u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Modes, ArrayAddOne, rows<ArrayOpRow>({
-    {"insert_front_grows_by_five", 0, 0, "[9,1,2,3]", 8},
-    {"insert_middle", 2, 0, "[1,2,9,3]", 8},
-    {"append", -1, 0, "[1,2,3,9]", 8},
-    {"replace_does_not_grow", 1, 1, "[1,9,3]", 3},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Modes, ArrayAddOne,
+                         rows<ArrayOpRow>({
+                             {"insert_front_grows_by_five", 0, 0, "[9,1,2,3]", 8},
+                             {"insert_middle", 2, 0, "[1,2,9,3]", 8},
+                             {"append", -1, 0, "[1,2,3,9]", 8},
+                             {"replace_does_not_grow", 1, 1, "[1,9,3]", 3},
+                         }),
+                         by_id);
 
 TEST(ArrayAddOne, GrowthFailureLeavesTheArrayUnchanged) {
     VxEnv env;
@@ -173,7 +195,8 @@ TEST(ArrayAddOne, GrowthFailureLeavesTheArrayUnchanged) {
 
 TEST(ArrayAppendWithNth, AllocatesWhenEmptyThenShifts) {
     VxEnv env;
-    json_node *a = env.scalar(JSON_ARRAY), *x = env.integer(1), *y = env.integer(2), *z = env.integer(3);
+    json_node *a = env.scalar(JSON_ARRAY), *x = env.integer(1), *y = env.integer(2),
+              *z = env.integer(3);
     ASSERT_EQ(json_array_append_with_nth(env.ctx.get(), x, a, 4, 0), 0);
     ASSERT_EQ(json_array_append_with_nth(env.ctx.get(), y, a, 4, 1), 0);
     ASSERT_EQ(json_array_append_with_nth(env.ctx.get(), z, a, 4, 0), 0);
@@ -188,8 +211,13 @@ TEST(ArrayAppendWithNth, AllocatesWhenEmptyThenShifts) {
 }
 
 TEST(StringValue, PaddingAndEmptyTexts) {
-    struct Row { const char *text; uint32_t len, pad; const char *expect; }; // expect nullptr: no text stored
-    for (Row r : {Row{"", 0, 0, nullptr}, Row{"", 0, 3, "   "}, Row{"ab", 2, 2, "ab  "}, Row{"a\0b", 3, 0, "a\0b"}}) {
+    struct Row {
+        const char *text;
+        uint32_t len, pad;
+        const char *expect;
+    }; // expect nullptr: no text stored
+    for (Row r : {Row{"", 0, 0, nullptr}, Row{"", 0, 3, "   "}, Row{"ab", 2, 2, "ab  "},
+                  Row{"a\0b", 3, 0, "a\0b"}}) {
         VxEnv env;
         json_node *n = env.scalar(JSON_STRING);
         ASSERT_EQ(json_string_set_value_low(nullptr, env.heap, n, r.text, r.len, r.pad, 1), 0);
@@ -235,8 +263,12 @@ TEST(LengthAndDepth, ByShape) {
 json_node *sample(VxEnv &env) {
     json_node *date = env.scalar(JSON_DATE);
     date->dt = vxtime{86400, 5, VXTIME_TYPE_DATE};
-    return env.object({{"a", env.array({env.integer(-7), env.decimal("1.5e3"), env.scalar(JSON_BOOLEAN, 1)})},
-                       {"", env.string("x\"y", 1)}, {"d", date}, {"n", env.scalar(JSON_NULL)}, {"e", env.array({})}});
+    return env.object(
+        {{"a", env.array({env.integer(-7), env.decimal("1.5e3"), env.scalar(JSON_BOOLEAN, 1)})},
+         {"", env.string("x\"y", 1)},
+         {"d", date},
+         {"n", env.scalar(JSON_NULL)},
+         {"e", env.array({})}});
 }
 
 TEST(Copy, IsDeepEqualAndIndependent) {
@@ -285,7 +317,8 @@ TEST(Copy, EveryAllocationFailureGivesNull) {
 TEST(OutOfMemory, BuildingOperationsReturn503AndReport) {
     VxEnv env;
     jlpca_ctx *ctx = env.ctx.get();
-    json_node *obj = env.scalar(JSON_OBJECT), *s = env.scalar(JSON_STRING), *arr = env.scalar(JSON_ARRAY);
+    json_node *obj = env.scalar(JSON_OBJECT), *s = env.scalar(JSON_STRING),
+              *arr = env.scalar(JSON_ARRAY);
     mem_heap_set_call_limit(env.heap, 0);
     elog_trail_clear();
     EXPECT_EQ(json_mem_create(ctx, JSON_NULL), nullptr);
@@ -302,7 +335,8 @@ TEST(OutOfMemory, BuildingOperationsReturn503AndReport) {
     ASSERT_EQ(elog_trail_count(), 3u);
     vx_elog_entry e;
     ASSERT_EQ(elog_trail_get(0, &e), 0);
-    EXPECT_TRUE(e.code == VXJSON_ERR_NOMEM && std::string(e.src) == "json/json") << e.code << " " << e.src;
+    EXPECT_TRUE(e.code == VXJSON_ERR_NOMEM && std::string(e.src) == "json/json")
+        << e.code << " " << e.src;
 }
 
 } // namespace

@@ -27,11 +27,13 @@ vxtime record(const DataRow &r, size_t col) {
     return vxtime{r.num(col), int32_t(r.num(col + 1)), uint8_t(r.num(col + 2))};
 }
 
-bool same_record(const vxtime &a, const vxtime &b) { return a.sec == b.sec && a.nsec == b.nsec && a.type == b.type; }
+bool same_record(const vxtime &a, const vxtime &b) {
+    return a.sec == b.sec && a.nsec == b.nsec && a.type == b.type;
+}
 
 class VxtimeParse : public testing::TestWithParam<DataRow> {};
 TEST_P(VxtimeParse, RecordAndRoundTrip) {
-    const DataRow &r = GetParam();  // id, text, type, status, sec, nsec, type_out
+    const DataRow &r = GetParam(); // id, text, type, status, sec, nsec, type_out
     // A digit right behind the text: a reader that looks past `len` fails.
     std::string guarded = r.f[1] + "7";
     const vxtime sentinel{42, 42, VXTIME_TYPE_DATETIME};
@@ -54,7 +56,7 @@ INSTANTIATE_TEST_SUITE_P(vxtime, VxtimeParse, rows_of("vxtime/parse.tsv"), data_
 
 class VxtimePrint : public testing::TestWithParam<DataRow> {};
 TEST_P(VxtimePrint, Text) {
-    const DataRow &r = GetParam();  // id, sec, nsec, type, prec, fmt, status, text
+    const DataRow &r = GetParam(); // id, sec, nsec, type, prec, fmt, status, text
     const vxtime t = record(r, 1);
     char buf[VXTIME_TEXT_MAX];
     int32_t n = vxtime_to_char(&t, int32_t(r.num(4)), int32_t(r.num(5)), buf);
@@ -85,12 +87,9 @@ TEST_P(VxtimeUnix, Operation) {
         EXPECT_EQ(secs, rc == 0 ? r.num(7) : 7);
         return;
     }
-    if (op == "from_unix")
-        rc = vxtime_from_unix_time(int32_t(arg), r.num(2), &t);
-    else if (op == "set_msec")
-        rc = vxtime_set_msec(&t, int32_t(arg));
-    else
-        rc = vxtime_reset(&t, int32_t(arg));
+    if (op == "from_unix") rc = vxtime_from_unix_time(int32_t(arg), r.num(2), &t);
+    else if (op == "set_msec") rc = vxtime_set_msec(&t, int32_t(arg));
+    else rc = vxtime_reset(&t, int32_t(arg));
     ASSERT_EQ(rc, r.num(6));
     if (rc != 0) {
         EXPECT_TRUE(same_record(t, in)) << "a refused operation changed the value";
@@ -103,7 +102,8 @@ TEST_P(VxtimeUnix, Operation) {
 INSTANTIATE_TEST_SUITE_P(vxtime, VxtimeUnix, rows_of("vxtime/unix.tsv"), data_row_namer(1));
 
 TEST(vxtime, EveryFileHasItsRows) {
-    expect_row_counts({{"vxtime/parse.tsv", 250}, {"vxtime/print.tsv", 150}, {"vxtime/unix.tsv", 140}});
+    expect_row_counts(
+        {{"vxtime/parse.tsv", 250}, {"vxtime/print.tsv", 150}, {"vxtime/unix.tsv", 140}});
 }
 
 TEST(vxtime, NullTextAndUnknownType) {
@@ -125,4 +125,4 @@ TEST(vxtime, NegativeFractionBeforeEpoch) {
     EXPECT_EQ(vxtime_get_msec(&t), 500000000);
 }
 
-}  // namespace
+} // namespace

@@ -20,7 +20,12 @@ json_node *datetime(VxEnv &t, uint32_t type, const char *text) {
     return n;
 }
 
-struct LayoutRow { const char *id; Build tree; uint32_t flags, level, newline_first; std::string out; };
+struct LayoutRow {
+    const char *id;
+    Build tree;
+    uint32_t flags, level, newline_first;
+    std::string out;
+};
 
 class Layout : public ::testing::TestWithParam<LayoutRow> {};
 TEST_P(Layout, WritesExactly) {
@@ -32,36 +37,46 @@ TEST_P(Layout, WritesExactly) {
 }
 
 // {"a":1,"b":[1,"x"]}
-json_node *example(VxEnv &t) { return t.object({{"a", t.integer(1)}, {"b", t.array({t.integer(1), t.string("x")})}}); }
+json_node *example(VxEnv &t) {
+    return t.object({{"a", t.integer(1)}, {"b", t.array({t.integer(1), t.string("x")})}});
+}
 json_node *empty_object(VxEnv &t) { return t.object({}); }
 json_node *empty_array(VxEnv &t) { return t.array({}); }
 json_node *empties_in_array(VxEnv &t) { return t.array({t.array({}), t.object({})}); }
-json_node *empties_in_object(VxEnv &t) { return t.object({{"a", t.object({})}, {"b", t.array({})}}); }
+json_node *empties_in_object(VxEnv &t) {
+    return t.object({{"a", t.object({})}, {"b", t.array({})}});
+}
 
 const char EXAMPLE_A[] = "{\n  \"a\" : 1,\n  \"b\" : \n  [\n    1,\n    \"x\"\n  ]\n}";
 
-INSTANTIATE_TEST_SUITE_P(Rows, Layout, rows<LayoutRow>({
-    {"example_compact", example, 0, 0, 0, "{\"a\":1,\"b\":[1,\"x\"]}"},
-    {"example_compact_ignores_level", example, 0, 3, 1, "{\"a\":1,\"b\":[1,\"x\"]}"},
-    {"example_ascii_bit_is_compact", example, 5, 0, 0, "{\"a\":1,\"b\":[1,\"x\"]}"},
-    {"example_a", example, 2, 0, 0, EXAMPLE_A},
-    {"example_a_wins_over_4", example, 6, 0, 0, EXAMPLE_A},
-    {"example_b", example, 4, 0, 0, "{\n  \"a\": 1,\n  \"b\": [\n    1,\n    \"x\"\n  ]\n}"},
-    {"example_a_as_sql_calls_it", example, 2, 1, 1, "\n  {\n    \"a\" : 1,\n    \"b\" : \n    [\n      1,\n      \"x\"\n    ]\n  }"},
-    {"example_b_as_sql_calls_it", example, 4, 1, 1, "\n  {\n    \"a\": 1,\n    \"b\": [\n      1,\n      \"x\"\n    ]\n  }"},
-    {"empty_object_compact", empty_object, 0, 0, 0, "{}"},
-    {"empty_object_a", empty_object, 2, 0, 0, "{\n}"},
-    {"empty_object_b", empty_object, 4, 0, 0, "{}"},
-    {"empty_array_compact", empty_array, 0, 0, 0, "[]"},
-    {"empty_array_a", empty_array, 2, 1, 0, "[\n  ]"},
-    {"empty_array_b", empty_array, 4, 1, 0, "[]"},
-    {"empties_in_array_compact", empties_in_array, 0, 0, 0, "[[],{}]"},
-    {"empties_in_array_a", empties_in_array, 2, 0, 0, "[\n  [\n  ],\n  {\n  }\n]"},
-    {"empties_in_array_b", empties_in_array, 4, 0, 0, "[\n  [],\n  {}\n]"},
-    {"empties_in_object_compact", empties_in_object, 0, 0, 0, "{\"a\":{},\"b\":[]}"},
-    {"empties_in_object_a", empties_in_object, 2, 0, 0, "{\n  \"a\" : \n  {\n  },\n  \"b\" : \n  [\n  ]\n}"},
-    {"empties_in_object_b", empties_in_object, 4, 0, 0, "{\n  \"a\": {},\n  \"b\": []\n}"},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Layout,
+    rows<LayoutRow>({
+        {"example_compact", example, 0, 0, 0, "{\"a\":1,\"b\":[1,\"x\"]}"},
+        {"example_compact_ignores_level", example, 0, 3, 1, "{\"a\":1,\"b\":[1,\"x\"]}"},
+        {"example_ascii_bit_is_compact", example, 5, 0, 0, "{\"a\":1,\"b\":[1,\"x\"]}"},
+        {"example_a", example, 2, 0, 0, EXAMPLE_A},
+        {"example_a_wins_over_4", example, 6, 0, 0, EXAMPLE_A},
+        {"example_b", example, 4, 0, 0, "{\n  \"a\": 1,\n  \"b\": [\n    1,\n    \"x\"\n  ]\n}"},
+        {"example_a_as_sql_calls_it", example, 2, 1, 1,
+         "\n  {\n    \"a\" : 1,\n    \"b\" : \n    [\n      1,\n      \"x\"\n    ]\n  }"},
+        {"example_b_as_sql_calls_it", example, 4, 1, 1,
+         "\n  {\n    \"a\": 1,\n    \"b\": [\n      1,\n      \"x\"\n    ]\n  }"},
+        {"empty_object_compact", empty_object, 0, 0, 0, "{}"},
+        {"empty_object_a", empty_object, 2, 0, 0, "{\n}"},
+        {"empty_object_b", empty_object, 4, 0, 0, "{}"},
+        {"empty_array_compact", empty_array, 0, 0, 0, "[]"},
+        {"empty_array_a", empty_array, 2, 1, 0, "[\n  ]"},
+        {"empty_array_b", empty_array, 4, 1, 0, "[]"},
+        {"empties_in_array_compact", empties_in_array, 0, 0, 0, "[[],{}]"},
+        {"empties_in_array_a", empties_in_array, 2, 0, 0, "[\n  [\n  ],\n  {\n  }\n]"},
+        {"empties_in_array_b", empties_in_array, 4, 0, 0, "[\n  [],\n  {}\n]"},
+        {"empties_in_object_compact", empties_in_object, 0, 0, 0, "{\"a\":{},\"b\":[]}"},
+        {"empties_in_object_a", empties_in_object, 2, 0, 0,
+         "{\n  \"a\" : \n  {\n  },\n  \"b\" : \n  [\n  ]\n}"},
+        {"empties_in_object_b", empties_in_object, 4, 0, 0, "{\n  \"a\": {},\n  \"b\": []\n}"},
+    }),
+    by_id);
 
 TEST(Layout, ContainerEntriesKeepTheirLevel) {
     VxEnv t;
@@ -77,7 +92,8 @@ TEST(Layout, ItemsWithoutBracketsAndTheCallersConversion) {
     VxEnv t;
     json_node *arr = t.array({t.string("\\q", 1), t.integer(7), t.string("\\q", 1)});
     OutString o, p;
-    ASSERT_EQ(json_array_items_to_string(t.ctx.get(), &o.alloc, o.s, arr, 0, 0, 0, JSON_CONV_MYSQL), 0);
+    ASSERT_EQ(json_array_items_to_string(t.ctx.get(), &o.alloc, o.s, arr, 0, 0, 0, JSON_CONV_MYSQL),
+              0);
     EXPECT_EQ(o.str(), "\"q\",7,\"q\"");
     ASSERT_EQ(json_array_items_to_string(t.ctx.get(), &p.alloc, p.s, t.array({}), 2, 0, 1, 2), 0);
     EXPECT_EQ(p.str(), "");
@@ -90,7 +106,13 @@ TEST(Layout, DeepNestingIsWrittenWhole) {
     EXPECT_EQ(t.text_of(n), std::string(4000, '[') + "0" + std::string(4000, ']'));
 }
 
-struct ScalarRow { const char *id; Build node; uint32_t flags; int32_t rc; std::string out; };
+struct ScalarRow {
+    const char *id;
+    Build node;
+    uint32_t flags;
+    int32_t rc;
+    std::string out;
+};
 
 class Scalar : public ::testing::TestWithParam<ScalarRow> {};
 TEST_P(Scalar, WritesTheValue) {
@@ -111,28 +133,36 @@ Build date(uint32_t type, const char *s) {
     return [=](VxEnv &t) { return datetime(t, type, s); };
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, Scalar, rows<ScalarRow>({
-    {"decimal_as_stored", text(JSON_DECIMAL, "1.50E+3"), 0, 0, "1.50E+3"},
-    {"big_integer_text", text(JSON_DECIMAL, "-123456789012345678901234567890"), 0, 0, "-123456789012345678901234567890"},
-    {"string_unquoted_unconverted", text(JSON_STRING, "a\"b\n", 1), 0, 0, "a\"b\n"},
-    {"string_ascii_flag_acts", text(JSON_STRING, "\xC3\xA9\n"), 1, 0, "\\u00E9\n"},
-    {"empty_string_nothing", text(JSON_STRING, ""), 0, 0, ""},
-    {"true", scalar(JSON_BOOLEAN, 7), 0, 0, "true"},
-    {"false", scalar(JSON_BOOLEAN, 0), 0, 0, "false"},
-    {"null", scalar(JSON_NULL), 0, 0, "null"},
-    {"object_is_no_scalar", scalar(JSON_OBJECT), 0, VXJSON_ERR_INVALID_JSON, ""},
-    {"unknown_type", scalar(9), 0, VXJSON_ERR_INVALID_JSON, ""},
-    {"date_returns_length", date(JSON_DATE, "2024-02-29"), 0, 10, "\"2024-02-29\""},
-    {"datetime_with_fraction", date(JSON_DATETIME, "2024-02-29 13:05:09.25"), 0, 22, "\"2024-02-29T13:05:09.25\""},
-    {"datetime_out_of_range", [](VxEnv &t) {
-         json_node *n = t.scalar(JSON_DATETIME);
-         n->dt = vxtime{INT64_MAX / 4, 0, VXTIME_TYPE_DATETIME};
-         return n;
-     }, 0, VXTIME_ERR_RANGE, ""},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Scalar,
+    rows<ScalarRow>({
+        {"decimal_as_stored", text(JSON_DECIMAL, "1.50E+3"), 0, 0, "1.50E+3"},
+        {"big_integer_text", text(JSON_DECIMAL, "-123456789012345678901234567890"), 0, 0,
+         "-123456789012345678901234567890"},
+        {"string_unquoted_unconverted", text(JSON_STRING, "a\"b\n", 1), 0, 0, "a\"b\n"},
+        {"string_ascii_flag_acts", text(JSON_STRING, "\xC3\xA9\n"), 1, 0, "\\u00E9\n"},
+        {"empty_string_nothing", text(JSON_STRING, ""), 0, 0, ""},
+        {"true", scalar(JSON_BOOLEAN, 7), 0, 0, "true"},
+        {"false", scalar(JSON_BOOLEAN, 0), 0, 0, "false"},
+        {"null", scalar(JSON_NULL), 0, 0, "null"},
+        {"object_is_no_scalar", scalar(JSON_OBJECT), 0, VXJSON_ERR_INVALID_JSON, ""},
+        {"unknown_type", scalar(9), 0, VXJSON_ERR_INVALID_JSON, ""},
+        {"date_returns_length", date(JSON_DATE, "2024-02-29"), 0, 10, "\"2024-02-29\""},
+        {"datetime_with_fraction", date(JSON_DATETIME, "2024-02-29 13:05:09.25"), 0, 22,
+         "\"2024-02-29T13:05:09.25\""},
+        {"datetime_out_of_range",
+         [](VxEnv &t) {
+             json_node *n = t.scalar(JSON_DATETIME);
+             n->dt = vxtime{INT64_MAX / 4, 0, VXTIME_TYPE_DATETIME};
+             return n;
+         },
+         0, VXTIME_ERR_RANGE, ""},
+    }),
+    by_id);
 
 TEST(Scalar, IntegersAtEveryDigitCountAndWordBoundary) {
-    std::vector<int64_t> values = {0, INT64_MIN, INT64_MAX, int64_t(UINT32_MAX), int64_t(UINT32_MAX) + 1};
+    std::vector<int64_t> values = {0, INT64_MIN, INT64_MAX, int64_t(UINT32_MAX),
+                                   int64_t(UINT32_MAX) + 1};
     for (int64_t p = 1; p <= INT64_MAX / 10; p *= 10)
         for (int64_t v : {p - 1, p, p + 1, p * 10 - 1}) values.insert(values.end(), {v, -v});
     VxEnv t;
@@ -145,7 +175,8 @@ TEST(Scalar, IntegersAtEveryDigitCountAndWordBoundary) {
 
 TEST(Scalar, DatesInsideContainersLeaveTheContainerResultZero) {
     VxEnv t;
-    json_node *doc = t.array({datetime(t, JSON_DATE, "2001-01-02"), datetime(t, JSON_DATETIME, "2001-01-02 03:04:05")});
+    json_node *doc = t.array(
+        {datetime(t, JSON_DATE, "2001-01-02"), datetime(t, JSON_DATETIME, "2001-01-02 03:04:05")});
     EXPECT_EQ(t.text_of(doc), "[\"2001-01-02\",\"2001-01-02T03:04:05\"]");
 }
 
@@ -170,17 +201,20 @@ TEST_P(StringChoice, FollowsFlagsModeAndRequest) {
     EXPECT_EQ(out, r.out);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, StringChoice, rows<ChoiceRow>({
-    {"decoded_never_escaped_json", 0, 0, JSON_CONV_JSON, 0, "\"a\\t\"\""},
-    {"decoded_json", 0, 1, JSON_CONV_JSON, 0, "\"a\\\\t\\\"\""},
-    {"decoded_mysql", 0, 1, JSON_CONV_MYSQL, 0, "\"a\\t\\\"\""},
-    {"decoded_plain_left_alone", 0, 1, JSON_CONV_PLAIN, 0, "a\\t\""},
-    {"decoded_as_stored_quoted", 0, 1, JSON_CONV_NONE, 0, "\"a\\t\"\""},
-    {"kept_json_left_alone", 1, 1, JSON_CONV_JSON, 0, "\"a\\t\"\""},
-    {"kept_mysql", 1, 1, JSON_CONV_MYSQL, 0, "\"a\\t\\\"\""},
-    {"kept_plain_never_escaped", 1, 0, JSON_CONV_PLAIN, 0, "a\\t\""},
-    {"kept_plain_is_read", 1, 1, JSON_CONV_PLAIN, VXJSON_ERR_INVALID_JSON, ""},
-}), by_id);
+INSTANTIATE_TEST_SUITE_P(Rows, StringChoice,
+                         rows<ChoiceRow>({
+                             {"decoded_never_escaped_json", 0, 0, JSON_CONV_JSON, 0, "\"a\\t\"\""},
+                             {"decoded_json", 0, 1, JSON_CONV_JSON, 0, "\"a\\\\t\\\"\""},
+                             {"decoded_mysql", 0, 1, JSON_CONV_MYSQL, 0, "\"a\\t\\\"\""},
+                             {"decoded_plain_left_alone", 0, 1, JSON_CONV_PLAIN, 0, "a\\t\""},
+                             {"decoded_as_stored_quoted", 0, 1, JSON_CONV_NONE, 0, "\"a\\t\"\""},
+                             {"kept_json_left_alone", 1, 1, JSON_CONV_JSON, 0, "\"a\\t\"\""},
+                             {"kept_mysql", 1, 1, JSON_CONV_MYSQL, 0, "\"a\\t\\\"\""},
+                             {"kept_plain_never_escaped", 1, 0, JSON_CONV_PLAIN, 0, "a\\t\""},
+                             {"kept_plain_is_read", 1, 1, JSON_CONV_PLAIN, VXJSON_ERR_INVALID_JSON,
+                              ""},
+                         }),
+                         by_id);
 
 TEST(StringChoice, KeptPlainDecodesEscapes) {
     VxEnv t({.escape_mode = JLPCA_ESCAPE_KEEP});
@@ -225,9 +259,10 @@ TEST(Errors, NameFailureReportsTheMemberLine) {
 // the full text, never a partial success.
 TEST(OutOfMemory, EveryAllocationFailsCleanly) {
     VxEnv t;
-    json_node *doc = t.object({{"name\xC3\xA9", t.string(std::string(300, 'x') + "\n\xC3\xA9", 1)},
-                               {"list", t.array({t.integer(-5), t.decimal("2.5"), t.object({}), t.string("\\n", 1),
-                                                 datetime(t, JSON_DATE, "1999-12-31")})}});
+    json_node *doc =
+        t.object({{"name\xC3\xA9", t.string(std::string(300, 'x') + "\n\xC3\xA9", 1)},
+                  {"list", t.array({t.integer(-5), t.decimal("2.5"), t.object({}),
+                                    t.string("\\n", 1), datetime(t, JSON_DATE, "1999-12-31")})}});
     for (uint32_t flags : {0u, 1u, 2u, 4u}) {
         std::string full;
         ASSERT_EQ(t.write(doc, &full, flags, 1, 1, JSON_CONV_MYSQL), 0);
@@ -235,7 +270,8 @@ TEST(OutOfMemory, EveryAllocationFailsCleanly) {
         for (uint64_t calls = 0;; ++calls) {
             OutString o(1);
             o.fail_after(calls);
-            const int32_t rc = json_to_string(t.ctx.get(), &o.alloc, o.s, doc, flags, 1, 1, JSON_CONV_MYSQL);
+            const int32_t rc =
+                json_to_string(t.ctx.get(), &o.alloc, o.s, doc, flags, 1, 1, JSON_CONV_MYSQL);
             o.fail_after(UINT64_MAX);
             if (rc == 0) {
                 EXPECT_EQ(o.str(), full);

@@ -36,7 +36,7 @@ bool same_record(const xdec &a, const xdec &b) { return std::memcmp(&a, &b, size
 
 class XdecParse : public testing::TestWithParam<DataRow> {};
 TEST_P(XdecParse, StatusTextAndRoundTrip) {
-    const DataRow &r = GetParam();  // id, text, status, result
+    const DataRow &r = GetParam(); // id, text, status, result
     xdec d{};
     ASSERT_EQ(parse(r.f[1], &d), r.num(2));
     if (r.num(2) != 0) return;
@@ -59,7 +59,7 @@ binary_op op_named(const std::string &op) {
 
 class XdecArith : public testing::TestWithParam<DataRow> {};
 TEST_P(XdecArith, MatchesDecimalModule) {
-    const DataRow &r = GetParam();  // id, op, a, b, status, result
+    const DataRow &r = GetParam(); // id, op, a, b, status, result
     binary_op op = op_named(r.f[1]);
     xdec a = parsed(r.f[2]), b = parsed(r.f[3]);
     const xdec sentinel = parsed("-4.2");
@@ -82,11 +82,12 @@ INSTANTIATE_TEST_SUITE_P(xdec, XdecArith, rows_of("xdec/arith.tsv"), data_row_na
 
 class XdecScale : public testing::TestWithParam<DataRow> {};
 TEST_P(XdecScale, FormatAndTruncate) {
-    const DataRow &r = GetParam();  // id, op, a, prec, scale, status, result
+    const DataRow &r = GetParam(); // id, op, a, prec, scale, status, result
     const xdec a = parsed(r.f[2]);
     xdec d = a;
     int32_t scale = int32_t(r.num(4));
-    int32_t rc = r.f[1] == "format" ? xdec_format(&d, int32_t(r.num(3)), scale) : xdec_trunc_scale(&d, scale);
+    int32_t rc = r.f[1] == "format" ? xdec_format(&d, int32_t(r.num(3)), scale)
+                                    : xdec_trunc_scale(&d, scale);
     ASSERT_EQ(rc, r.num(5));
     if (rc == 0) {
         EXPECT_EQ(text_of(d), r.f[6]);
@@ -99,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(xdec, XdecScale, rows_of("xdec/scale.tsv"), data_row_na
 
 class XdecConvert : public testing::TestWithParam<DataRow> {};
 TEST_P(XdecConvert, IntegersAndDoubles) {
-    const DataRow &r = GetParam();  // id, op, input, status, result
+    const DataRow &r = GetParam(); // id, op, input, status, result
     const std::string &op = r.f[1];
     xdec d{};
     if (op == "int64_out") {
@@ -120,8 +121,10 @@ TEST_P(XdecConvert, IntegersAndDoubles) {
 INSTANTIATE_TEST_SUITE_P(xdec, XdecConvert, rows_of("xdec/convert.tsv"), data_row_namer(1));
 
 TEST(xdec, EveryFileHasItsRows) {
-    expect_row_counts(
-        {{"xdec/parse.tsv", 250}, {"xdec/arith.tsv", 400}, {"xdec/scale.tsv", 150}, {"xdec/convert.tsv", 100}});
+    expect_row_counts({{"xdec/parse.tsv", 250},
+                       {"xdec/arith.tsv", 400},
+                       {"xdec/scale.tsv", 150},
+                       {"xdec/convert.tsv", 100}});
 }
 
 TEST(xdec, BufferMustHoldTextAndTerminator) {
@@ -154,9 +157,14 @@ TEST(xdec, ZeroCopyAndNullText) {
 
 // Seconds and a fraction: the steps that turn a number into Unix time.
 TEST(xdec, SplitsSecondsAndNanoseconds) {
-    struct { const char *value; int64_t secs, nanos; } rows[] = {
-        {"12.5", 12, 500000000}, {"-1.5", -1, -500000000}, {"1.25", 1, 250000000},
-        {"0.0000004", 0, 0},     {"-0.0000005", 0, -1000}};
+    struct {
+        const char *value;
+        int64_t secs, nanos;
+    } rows[] = {{"12.5", 12, 500000000},
+                {"-1.5", -1, -500000000},
+                {"1.25", 1, 250000000},
+                {"0.0000004", 0, 0},
+                {"-0.0000005", 0, -1000}};
     for (const auto &row : rows) {
         xdec d = parsed(row.value), t, f, billion, n;
         ASSERT_EQ(xdec_copy(&t, &d), 0);
@@ -173,4 +181,4 @@ TEST(xdec, SplitsSecondsAndNanoseconds) {
     }
 }
 
-}  // namespace
+} // namespace

@@ -19,8 +19,8 @@ namespace {
 struct change_info {
     change_kind kind;
     const char *name;
-    int32_t set_mode;   // for the set family
-    bool takes_values;  // PATH VALUE pairs rather than PATHs
+    int32_t set_mode;  // for the set family
+    bool takes_values; // PATH VALUE pairs rather than PATHs
 };
 
 constexpr change_info CHANGES[] = {
@@ -74,7 +74,9 @@ public:
     // code.
     int32_t apply(json_node *doc, change_result *r) {
         r->tree = nullptr;
-        if (rq_.pg) return rq_.info->kind == change_kind::remove ? pg_remove(doc, r) : pg_set(doc, &r->text);
+        if (rq_.pg)
+            return rq_.info->kind == change_kind::remove ? pg_remove(doc, r)
+                                                         : pg_set(doc, &r->text);
         switch (rq_.info->kind) {
         case change_kind::remove: return my_remove(doc, &r->text);
         case change_kind::array_append:
@@ -100,9 +102,11 @@ private:
     // Paths from a JSON array of path strings: one contiguous block.
     int32_t compile_list(uint32_t *count, jpath **paths) {
         std::string list = "[";
-        for (size_t i = 0; i < rq_.paths.size(); ++i) list += (i ? "," : "") + json_quoted(rq_.paths[i]);
+        for (size_t i = 0; i < rq_.paths.size(); ++i)
+            list += (i ? "," : "") + json_quoted(rq_.paths[i]);
         list += "]";
-        return jpath_array_flex(ctx_, list.data(), static_cast<uint32_t>(list.size()), 0, count, paths);
+        return jpath_array_flex(ctx_, list.data(), static_cast<uint32_t>(list.size()), 0, count,
+                                paths);
     }
 
     // Each pair in turn; the text of one pair's result is the next one's
@@ -118,7 +122,8 @@ private:
             jpath *path = nullptr;
             json_node *value = nullptr;
             const std::string &p = rq_.paths[i];
-            if (int32_t rc = jpath_array_flex(ctx_, p.data(), static_cast<uint32_t>(p.size()), 1, &n, &path))
+            if (int32_t rc =
+                    jpath_array_flex(ctx_, p.data(), static_cast<uint32_t>(p.size()), 1, &n, &path))
                 return rc;
             if (int32_t rc = read_value(rq_.values[i], &value)) return rc;
             ctx_->set_mode = rq_.info->set_mode;
@@ -149,10 +154,12 @@ private:
         list += "]";
         json_node *values = nullptr;
         if (int32_t rc = read_value(list, &values)) return rc;
-        const uint32_t options = rq_.info->kind == change_kind::array_insert ? JSON_ARRAY_ADD_INSERT : 0;
+        const uint32_t options =
+            rq_.info->kind == change_kind::array_insert ? JSON_ARRAY_ADD_INSERT : 0;
         char *out = nullptr;
         uint32_t len = 0;
-        const int32_t rc = json_array_add_element_mysql_path_array(doc, n, paths, values, ctx_, options, &out, &len);
+        const int32_t rc = json_array_add_element_mysql_path_array(doc, n, paths, values, ctx_,
+                                                                   options, &out, &len);
         return take(rc, out, len, text);
     }
 
@@ -187,12 +194,16 @@ private:
     int32_t key_path(const std::string &key, jpath *path) {
         (void)jpath_init_simple(path, 1);
         int64_t pos = 0;
-        const bool position = !key.empty() && str2int64(key.data(), static_cast<uint32_t>(key.size()), &pos) == 0 &&
+        const bool position = !key.empty() &&
+                              str2int64(key.data(), static_cast<uint32_t>(key.size()), &pos) == 0 &&
                               pos >= INT32_MIN && pos <= INT32_MAX;
         int32_t rc = jpath_add_filter_low(ctx_->env, ctx_->heap, path, "", 0, 0);
-        if (!rc) rc = jpath_add_filter_low(ctx_->env, ctx_->heap, path, key.data(),
-                                           static_cast<uint32_t>(key.size()), position ? 4 : 3);
-        if (!rc && position) rc = jpath_add_index_pg(ctx_->env, ctx_->heap, path->last_filter, static_cast<int32_t>(pos));
+        if (!rc)
+            rc = jpath_add_filter_low(ctx_->env, ctx_->heap, path, key.data(),
+                                      static_cast<uint32_t>(key.size()), position ? 4 : 3);
+        if (!rc && position)
+            rc = jpath_add_index_pg(ctx_->env, ctx_->heap, path->last_filter,
+                                    static_cast<int32_t>(pos));
         return rc;
     }
 
@@ -207,7 +218,9 @@ private:
         if (!step) return 0;
         for (; step->next; step = step->next) {
             int32_t last = 0, done = 1;
-            if (int32_t rc = jsonb_set_with_path_element(&cur, nullptr, step, ctx_, &last, &done, 1)) return rc;
+            if (int32_t rc =
+                    jsonb_set_with_path_element(&cur, nullptr, step, ctx_, &last, &done, 1))
+                return rc;
             if (!done) return 0;
         }
         if (cur->type == JSON_OBJECT) return jsonb_remove_object_with_path_element(cur, step, ctx_);
@@ -272,7 +285,8 @@ bool parse_request(const change_info &info, command_line &cl, change_request &rq
     }
     for (size_t i = 1; i < cl.inputs.size(); ++i) {
         if (cl.inputs[i].is_inline) {
-            tool_error("-e gives the document; paths and values follow it as plain arguments" + usage);
+            tool_error("-e gives the document; paths and values follow it as plain arguments" +
+                       usage);
             return false;
         }
         std::vector<std::string> &to = info.takes_values && i % 2 == 0 ? rq.values : rq.paths;
@@ -286,7 +300,7 @@ bool parse_request(const change_info &info, command_line &cl, change_request &rq
     return true;
 }
 
-}  // namespace
+} // namespace
 
 int run_change(change_kind kind, command_line &cl) {
     const change_info &info = info_of(kind);
@@ -296,7 +310,7 @@ int run_change(change_kind kind, command_line &cl) {
     const std::unique_ptr<session> sp = open_session(cl.read);
     if (!sp) return EXIT_TROUBLE;
     session &s = *sp;
-    s.ctx()->scalar_top = 1;  // a value may be a scalar
+    s.ctx()->scalar_top = 1; // a value may be a scalar
     change_runner runner(rq, s);
     return run_documents(cl, s, [&](std::string_view text, const std::string &name, uint64_t line) {
         json_node *doc = nullptr;
@@ -308,7 +322,8 @@ int run_change(change_kind kind, command_line &cl) {
         if (rc != 0) {
             const bool oom = rc == VXJSON_ERR_NOMEM;
             if (!cl.quiet || oom)
-                report_failure(name, line, {rc, 1, std::string(info.name) + ": " + code_message(rc), oom});
+                report_failure(name, line,
+                               {rc, 1, std::string(info.name) + ": " + code_message(rc), oom});
             return oom ? doc_result::fatal : doc_result::bad;
         }
         rc = print_result(s, cl, result);
@@ -319,4 +334,4 @@ int run_change(change_kind kind, command_line &cl) {
     });
 }
 
-}  // namespace vxcli
+} // namespace vxcli

@@ -11,7 +11,7 @@ namespace vxcli {
 namespace {
 
 struct contains_request {
-    bool all = false;                                   // "all": every path must match
+    bool all = false; // "all": every path must match
     std::vector<std::unique_ptr<compiled_path>> paths;
 };
 
@@ -19,7 +19,8 @@ struct contains_request {
 // input when the last argument is itself a path).
 bool take_request(command_line &cl, contains_request &q, std::string &error) {
     command_line::inputs_t &in = cl.inputs;
-    if (in.empty() || in.front().is_inline || (in.front().text != "one" && in.front().text != "all")) {
+    if (in.empty() || in.front().is_inline ||
+        (in.front().text != "one" && in.front().text != "all")) {
         error = "contains-path needs 'one' or 'all' first (try 'vxjson contains-path --help')";
         return false;
     }
@@ -27,7 +28,7 @@ bool take_request(command_line &cl, contains_request &q, std::string &error) {
     in.erase(in.begin());
     size_t n_paths = in.size();
     if (n_paths && (in.back().is_inline || in.back().text.empty() || in.back().text[0] != '$'))
-        --n_paths;  // the last one is the input
+        --n_paths; // the last one is the input
     if (n_paths == 0) {
         error = "contains-path needs at least one PATH";
         return false;
@@ -44,8 +45,8 @@ bool take_request(command_line &cl, contains_request &q, std::string &error) {
     return true;
 }
 
-doc_result answer(session &s, const contains_request &q, json_node *root,
-                  const std::string &name, uint64_t line) {
+doc_result answer(session &s, const contains_request &q, json_node *root, const std::string &name,
+                  uint64_t line) {
     bool any = false, every = true;
     for (const auto &p : q.paths) {
         int32_t found = 0;
@@ -58,13 +59,13 @@ doc_result answer(session &s, const contains_request &q, json_node *root,
         }
         any = any || found;
         every = every && found;
-        if (q.all ? !every : any) break;  // the answer is known
+        if (q.all ? !every : any) break; // the answer is known
     }
     const bool yes = q.all ? every : any;
     return s.append(yes ? "true\n" : "false\n") == 0 ? doc_result::ok : doc_result::fatal;
 }
 
-}  // namespace
+} // namespace
 
 int run_contains_path(command_line &cl) {
     // Read as the MySQL function reads, unless told otherwise.
@@ -86,4 +87,4 @@ int run_contains_path(command_line &cl) {
     });
 }
 
-}  // namespace vxcli
+} // namespace vxcli

@@ -18,8 +18,8 @@ struct op_info {
     op_kind op;
     const char *name;
     size_t min_inputs;
-    size_t max_inputs;   // 0: no bound
-    int32_t dialect;     // the dialect inputs are read in unless told
+    size_t max_inputs; // 0: no bound
+    int32_t dialect;   // the dialect inputs are read in unless told
 };
 
 constexpr op_info OPS[] = {
@@ -38,7 +38,7 @@ const op_info &info_of(op_kind op) {
     return OPS[0];
 }
 
-}  // namespace
+} // namespace
 
 const char *default_dialect(const char *command) {
     static constexpr const char *NAMES[] = {"standard", "pg", "mysql"};
@@ -176,7 +176,7 @@ int strip_nulls(const op_info &info, session &s, const command_line &cl, json_no
     return print_tree(info, s, cl, tree);
 }
 
-}  // namespace
+} // namespace
 
 int run_op(op_kind op, command_line &cl) {
     const op_info &info = info_of(op);
@@ -208,4 +208,4 @@ int run_op(op_kind op, command_line &cl) {
     return EXIT_TROUBLE;
 }
 
-}  // namespace vxcli
+} // namespace vxcli

@@ -12,7 +12,7 @@ namespace {
 
 struct query_request {
     compiled_path path;
-    uint64_t no_value = 0;  // documents in which nothing matched
+    uint64_t no_value = 0; // documents in which nothing matched
 };
 
 // With a clause switch the command is JSON_QUERY, whose strings keep their
@@ -25,7 +25,8 @@ int run_json_query(command_line &cl, const std::string &path_text) {
         return EXIT_TROUBLE;
     }
     if (clauses.returns != function_clauses::result::text) {
-        tool_error("JSON_QUERY returns text: bad value for --returning: '" + cl.clauses.returning + "'");
+        tool_error("JSON_QUERY returns text: bad value for --returning: '" + cl.clauses.returning +
+                   "'");
         return EXIT_TROUBLE;
     }
     cl.read.keep_escapes = true;
@@ -46,7 +47,7 @@ doc_result answer(session &s, const command_line &cl, query_request &q, json_nod
         rc = s.write(r.match, cl.write);
     } else {
         ++q.no_value;
-        if (!cl.lines) return doc_result::ok;  // nothing to print
+        if (!cl.lines) return doc_result::ok; // nothing to print
     }
     if (rc == 0) rc = s.append("\n");
     if (rc == 0) return doc_result::ok;
@@ -54,7 +55,7 @@ doc_result answer(session &s, const command_line &cl, query_request &q, json_nod
     return doc_result::fatal;
 }
 
-}  // namespace
+} // namespace
 
 int run_query(command_line &cl) {
     std::string path_text, error;
@@ -67,10 +68,11 @@ int run_query(command_line &cl) {
     }
     const std::unique_ptr<session> s = open_session(cl.read);
     if (!s) return EXIT_TROUBLE;
-    const int status = run_trees(cl, *s, [&](json_node *root, const std::string &name, uint64_t line) {
-        return answer(*s, cl, q, root, name, line);
-    });
+    const int status =
+        run_trees(cl, *s, [&](json_node *root, const std::string &name, uint64_t line) {
+            return answer(*s, cl, q, root, name, line);
+        });
     return status == EXIT_GOOD && q.no_value ? EXIT_NO_VALUE : status;
 }
 
-}  // namespace vxcli
+} // namespace vxcli

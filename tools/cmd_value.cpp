@@ -19,4 +19,4 @@ int run_value(command_line &cl) {
     return run_sql_function(cl, path_text, clauses);
 }
 
-}  // namespace vxcli
+} // namespace vxcli

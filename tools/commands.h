@@ -15,9 +15,9 @@
 namespace vxcli {
 
 // Exit statuses.
-constexpr int EXIT_GOOD = 0;     // everything valid, or a predicate answered
-constexpr int EXIT_INVALID = 1;  // some input is not well-formed (check, format)
-constexpr int EXIT_TROUBLE = 2;  // bad arguments, unreadable input, an operation failed
+constexpr int EXIT_GOOD = 0;    // everything valid, or a predicate answered
+constexpr int EXIT_INVALID = 1; // some input is not well-formed (check, format)
+constexpr int EXIT_TROUBLE = 2; // bad arguments, unreadable input, an operation failed
 
 // "vxjson: MESSAGE" on standard error.
 void tool_error(const std::string &message);
@@ -43,8 +43,8 @@ int run_documents(const command_line &cl, session &s, const doc_action &act);
 
 // A handler given the session to use, so that with --lines several threads
 // can each run it over a session of their own.
-using doc_job = std::function<doc_result(session &s, std::string_view text,
-                                         const std::string &name, uint64_t line)>;
+using doc_job = std::function<doc_result(session &s, std::string_view text, const std::string &name,
+                                         uint64_t line)>;
 // As above, over sessions opened from `opts`: with --lines the lines are
 // handled on --jobs threads (the machine's cores by default) and written in
 // input order.  Whatever `job` shares between documents must be safe to
@@ -64,7 +64,7 @@ int run_op(op_kind op, command_line &cl);
 const char *default_dialect(const char *command);
 
 // Path queries.
-constexpr int EXIT_NO_VALUE = 3;  // query: in some document nothing matched
+constexpr int EXIT_NO_VALUE = 3; // query: in some document nothing matched
 int run_query(command_line &cl);
 int run_contains_path(command_line &cl);
 
@@ -75,6 +75,6 @@ int run_value(command_line &cl);
 enum class change_kind { set, insert, replace, remove, array_append, array_insert };
 int run_change(change_kind kind, command_line &cl);
 
-}  // namespace vxcli
+} // namespace vxcli
 
 #endif

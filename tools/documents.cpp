@@ -77,7 +77,7 @@ void say(const std::string &line) {
     std::fputs(line.c_str(), stderr);
 }
 
-}  // namespace
+} // namespace
 
 void capture_messages(std::string *into) { message_sink = into; }
 
@@ -121,9 +121,10 @@ int run_documents(const command_line &cl, const read_options &opts, const doc_jo
     if (!cl.lines || jobs == 1) {
         const std::unique_ptr<session> s = open_session(opts);
         if (!s) return EXIT_TROUBLE;
-        return run_documents(cl, *s, [&](std::string_view text, const std::string &name, uint64_t line) {
-            return job(*s, text, name, line);
-        });
+        return run_documents(cl, *s,
+                             [&](std::string_view text, const std::string &name, uint64_t line) {
+                                 return job(*s, text, name, line);
+                             });
     }
     command_line::inputs_t inputs = cl.inputs;
     if (inputs.empty()) inputs.push_back({false, "-", "<stdin>"});
@@ -135,4 +136,4 @@ int run_documents(const command_line &cl, const read_options &opts, const doc_jo
     return finish(cl, t, true);
 }
 
-}  // namespace vxcli
+} // namespace vxcli

@@ -10,8 +10,8 @@ namespace vxcli {
 
 namespace {
 
-constexpr size_t SHOWN_MAX = 24;   // bytes of a token quoted in a message
-constexpr size_t NAME_MAX = 40;    // bytes of a member name
+constexpr size_t SHOWN_MAX = 24; // bytes of a token quoted in a message
+constexpr size_t NAME_MAX = 40;  // bytes of a member name
 
 bool is_digit(unsigned char c) { return c >= '0' && c <= '9'; }
 bool is_word(unsigned char c) {
@@ -67,13 +67,14 @@ std::string name_at(std::string_view text, size_t at) {
 bool opens_with_scalar(std::string_view text, size_t at) {
     if (at >= text.size() || text[at] == '{' || text[at] == '[') return false;
     for (size_t i = 0; i < at; ++i)
-        if (text[i] != ' ' && text[i] != '\t' && text[i] != '\n' && text[i] != '\r' && text[i] != '\f')
+        if (text[i] != ' ' && text[i] != '\t' && text[i] != '\n' && text[i] != '\r' &&
+            text[i] != '\f')
             return false;
     const unsigned char c = static_cast<unsigned char>(text[at]);
     return c == '"' || c == '\'' || c == '-' || is_word(c);
 }
 
-}  // namespace
+} // namespace
 
 std::string grammar_error_text(std::string_view text, uint32_t offset, std::string_view message,
                                bool scalar_top) {
@@ -81,18 +82,21 @@ std::string grammar_error_text(std::string_view text, uint32_t offset, std::stri
         (message == "syntax error" && !scalar_top && opens_with_scalar(text, offset)))
         return "a scalar is not allowed as the whole document (use --scalar-top or a dialect)";
     if (message == "syntax error") return "syntax error: unexpected " + describe(text, offset);
-    if (message == "duplicate key") return "duplicate member name \"" + name_at(text, offset) + "\"";
+    if (message == "duplicate key")
+        return "duplicate member name \"" + name_at(text, offset) + "\"";
     if (message == "empty document") return "the document is empty";
     if (message == "memory exhausted") return "nesting too deep";
     return std::string(message);
 }
 
 std::string size_text(uint64_t bytes) {
-    static constexpr struct { uint64_t unit; const char *suffix; } UNITS[] = {
-        {1ull << 30, "G"}, {1ull << 20, "M"}, {1ull << 10, "K"}};
+    static constexpr struct {
+        uint64_t unit;
+        const char *suffix;
+    } UNITS[] = {{1ull << 30, "G"}, {1ull << 20, "M"}, {1ull << 10, "K"}};
     for (const auto &u : UNITS)
         if (bytes % u.unit == 0) return std::to_string(bytes / u.unit) + u.suffix;
     return std::to_string(bytes);
 }
 
-}  // namespace vxcli
+} // namespace vxcli

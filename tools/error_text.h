@@ -19,6 +19,6 @@ std::string grammar_error_text(std::string_view text, uint32_t offset, std::stri
 // "1G", "512M", "1000" for a byte count, as --max-memory takes it.
 std::string size_text(uint64_t bytes);
 
-}  // namespace vxcli
+} // namespace vxcli
 
 #endif

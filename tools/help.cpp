@@ -76,13 +76,12 @@ const char CHECK[] =
     "                               cores); messages stay in input order\n"
     "  -q, --quiet                  no messages, only the exit status\n";
 
-const char CHECK_EXAMPLES[] =
-    "\n"
-    "examples:\n"
-    "  vxjson check examples/broken.json\n"
-    "  vxjson check --strict --unique-keys config.json\n"
-    "  vxjson check --dialect mysql -e '[1e400]'\n"
-    "  vxjson check --lines events.jsonl\n";
+const char CHECK_EXAMPLES[] = "\n"
+                              "examples:\n"
+                              "  vxjson check examples/broken.json\n"
+                              "  vxjson check --strict --unique-keys config.json\n"
+                              "  vxjson check --dialect mysql -e '[1e400]'\n"
+                              "  vxjson check --lines events.jsonl\n";
 
 const char FORMAT[] =
     "usage: vxjson format [SWITCHES] [INPUT...]\n"
@@ -105,14 +104,13 @@ const char FORMAT_EXAMPLES[] =
     "  vxjson format --lax -e \"{name:'x', list:[1,2,],}\"\n"
     "  vxjson format --lines big.jsonl > compact.jsonl\n";
 
-const char EQUAL[] =
-    "usage: vxjson equal [SWITCHES] A B\n"
-    "\n"
-    "Prints true when A and B are the same value, false otherwise.  Member\n"
-    "order does not count; a scalar may be a whole input.\n"
-    "Numbers compare by their text first, then as doubles: 1 and 1.0 are\n"
-    "equal, and so are two numbers of 37 digits that differ only in the last\n"
-    "(a double keeps about 16 digits).\n";
+const char EQUAL[] = "usage: vxjson equal [SWITCHES] A B\n"
+                     "\n"
+                     "Prints true when A and B are the same value, false otherwise.  Member\n"
+                     "order does not count; a scalar may be a whole input.\n"
+                     "Numbers compare by their text first, then as doubles: 1 and 1.0 are\n"
+                     "equal, and so are two numbers of 37 digits that differ only in the last\n"
+                     "(a double keeps about 16 digits).\n";
 
 const char EQUAL_EXAMPLES[] =
     "\n"
@@ -120,15 +118,14 @@ const char EQUAL_EXAMPLES[] =
     "  vxjson equal -e '{\"a\":1,\"b\":2}' -e '{\"b\":2,\"a\":1.0}'     # true\n"
     "  vxjson equal old.json new.json\n";
 
-const char CONTAINS[] =
-    "usage: vxjson contains [SWITCHES] A B\n"
-    "\n"
-    "Prints true when A contains B.  By default the PostgreSQL rule (A @> B);\n"
-    "with --dialect mysql, MySQL's JSON_CONTAINS(A, B), under which an\n"
-    "object in an array also contains a part of itself.\n"
-    "Numbers compare by their text first, then as doubles: 1 and 1.0 are\n"
-    "equal, and so are two numbers of 37 digits that differ only in the last\n"
-    "(a double keeps about 16 digits).\n";
+const char CONTAINS[] = "usage: vxjson contains [SWITCHES] A B\n"
+                        "\n"
+                        "Prints true when A contains B.  By default the PostgreSQL rule (A @> B);\n"
+                        "with --dialect mysql, MySQL's JSON_CONTAINS(A, B), under which an\n"
+                        "object in an array also contains a part of itself.\n"
+                        "Numbers compare by their text first, then as doubles: 1 and 1.0 are\n"
+                        "equal, and so are two numbers of 37 digits that differ only in the last\n"
+                        "(a double keeps about 16 digits).\n";
 
 const char CONTAINS_EXAMPLES[] =
     "\n"
@@ -136,21 +133,19 @@ const char CONTAINS_EXAMPLES[] =
     "  vxjson contains -e '{\"a\":[1,2],\"b\":3}' -e '{\"a\":[2]}'     # true\n"
     "  vxjson contains --dialect mysql -e '[{\"a\":1,\"b\":2}]' -e '{\"a\":1}'\n";
 
-const char OVERLAPS[] =
-    "usage: vxjson overlaps [SWITCHES] A B\n"
-    "\n"
-    "Prints true when A and B share a member (same name, equal value) or an\n"
-    "element, as MySQL's JSON_OVERLAPS.  Inputs are read in the mysql dialect\n"
-    "unless --dialect says otherwise.\n"
-    "Numbers compare by their text first, then as doubles: 1 and 1.0 are\n"
-    "equal, and so are two numbers of 37 digits that differ only in the last\n"
-    "(a double keeps about 16 digits).\n";
+const char OVERLAPS[] = "usage: vxjson overlaps [SWITCHES] A B\n"
+                        "\n"
+                        "Prints true when A and B share a member (same name, equal value) or an\n"
+                        "element, as MySQL's JSON_OVERLAPS.  Inputs are read in the mysql dialect\n"
+                        "unless --dialect says otherwise.\n"
+                        "Numbers compare by their text first, then as doubles: 1 and 1.0 are\n"
+                        "equal, and so are two numbers of 37 digits that differ only in the last\n"
+                        "(a double keeps about 16 digits).\n";
 
-const char OVERLAPS_EXAMPLES[] =
-    "\n"
-    "examples:\n"
-    "  vxjson overlaps -e '[1,2,3]' -e '[3,4]'     # true\n"
-    "  vxjson overlaps -e '{\"a\":1}' -e '{\"a\":2}'   # false\n";
+const char OVERLAPS_EXAMPLES[] = "\n"
+                                 "examples:\n"
+                                 "  vxjson overlaps -e '[1,2,3]' -e '[3,4]'     # true\n"
+                                 "  vxjson overlaps -e '{\"a\":1}' -e '{\"a\":2}'   # false\n";
 
 const char MERGE_PATCH[] =
     "usage: vxjson merge-patch [SWITCHES] A B [C...]\n"
@@ -179,13 +174,12 @@ const char MERGE_PRESERVE_EXAMPLES[] =
     "  vxjson merge-preserve -e '{\"a\":1}' -e '{\"a\":2}'   # {\"a\":[1,2]}\n"
     "  vxjson merge-preserve -e '[1,2]' -e 3             # [1,2,3]\n";
 
-const char CONCAT[] =
-    "usage: vxjson concat [SWITCHES] A B\n"
-    "\n"
-    "PostgreSQL's A || B: two objects give their union (B's members win),\n"
-    "anything else gives an array of A's elements followed by B's.  An\n"
-    "object with a scalar is an error (-3119).  Inputs are read in the pg\n"
-    "dialect unless --dialect says otherwise.\n";
+const char CONCAT[] = "usage: vxjson concat [SWITCHES] A B\n"
+                      "\n"
+                      "PostgreSQL's A || B: two objects give their union (B's members win),\n"
+                      "anything else gives an array of A's elements followed by B's.  An\n"
+                      "object with a scalar is an error (-3119).  Inputs are read in the pg\n"
+                      "dialect unless --dialect says otherwise.\n";
 
 const char CONCAT_EXAMPLES[] =
     "\n"
@@ -225,15 +219,14 @@ const char CHANGE_COMMON[] =
     "  --lines                      JSON Lines in and out, a line at a time\n"
     "  -q, --quiet                  no messages for documents that fail\n";
 
-const char SET[] =
-    "usage: vxjson set [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
-    "\n"
-    "MySQL's JSON_SET(DOC, PATH, VALUE, ...): each value replaces what its\n"
-    "path names, or is added where nothing is: a missing member is added at\n"
-    "the end, a position past the end appends, a position other than 0 on a\n"
-    "value that is no array wraps it as [old, new].  Among repeated member\n"
-    "names the last is changed.  With --dialect pg, jsonb_set(DOC, PATH,\n"
-    "VALUE); a position before the first element appends as well.\n";
+const char SET[] = "usage: vxjson set [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
+                   "\n"
+                   "MySQL's JSON_SET(DOC, PATH, VALUE, ...): each value replaces what its\n"
+                   "path names, or is added where nothing is: a missing member is added at\n"
+                   "the end, a position past the end appends, a position other than 0 on a\n"
+                   "value that is no array wraps it as [old, new].  Among repeated member\n"
+                   "names the last is changed.  With --dialect pg, jsonb_set(DOC, PATH,\n"
+                   "VALUE); a position before the first element appends as well.\n";
 
 const char SET_EXAMPLES[] =
     "\n"
@@ -243,35 +236,31 @@ const char SET_EXAMPLES[] =
     "  vxjson set --dialect pg -e '{\"a\":[1,2]}' '{a,-1}' 9   # {\"a\":[1,9]}\n"
     "  vxjson set --lines events.jsonl '$.seen' true\n";
 
-const char INSERT[] =
-    "usage: vxjson insert [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
-    "\n"
-    "MySQL's JSON_INSERT: as set, but what is already there stays.\n";
+const char INSERT[] = "usage: vxjson insert [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
+                      "\n"
+                      "MySQL's JSON_INSERT: as set, but what is already there stays.\n";
 
 const char INSERT_EXAMPLES[] =
     "\n"
     "examples:\n"
     "  vxjson insert -e '{\"a\":1}' '$.a' 2 '$.b' 3     # {\"a\":1,\"b\":3}\n";
 
-const char REPLACE[] =
-    "usage: vxjson replace [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
-    "\n"
-    "MySQL's JSON_REPLACE: as set, but nothing is added.\n";
+const char REPLACE[] = "usage: vxjson replace [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
+                       "\n"
+                       "MySQL's JSON_REPLACE: as set, but nothing is added.\n";
 
-const char REPLACE_EXAMPLES[] =
-    "\n"
-    "examples:\n"
-    "  vxjson replace -e '{\"a\":1}' '$.a' 2 '$.b' 3    # {\"a\":2}\n";
+const char REPLACE_EXAMPLES[] = "\n"
+                                "examples:\n"
+                                "  vxjson replace -e '{\"a\":1}' '$.a' 2 '$.b' 3    # {\"a\":2}\n";
 
-const char REMOVE[] =
-    "usage: vxjson remove [SWITCHES] DOC PATH [PATH...]\n"
-    "\n"
-    "MySQL's JSON_REMOVE(DOC, PATH, ...): each path in turn removes the one\n"
-    "member or element it names (the last of repeated member names); a path\n"
-    "to nothing removes nothing; '$' and paths with wildcards or ranges are\n"
-    "refused (-3113).  With --dialect pg each argument is a key (jsonb - key),\n"
-    "a position (jsonb - n, negative from the end) or a text-array path\n"
-    "(jsonb #- '{a,0}').\n";
+const char REMOVE[] = "usage: vxjson remove [SWITCHES] DOC PATH [PATH...]\n"
+                      "\n"
+                      "MySQL's JSON_REMOVE(DOC, PATH, ...): each path in turn removes the one\n"
+                      "member or element it names (the last of repeated member names); a path\n"
+                      "to nothing removes nothing; '$' and paths with wildcards or ranges are\n"
+                      "refused (-3113).  With --dialect pg each argument is a key (jsonb - key),\n"
+                      "a position (jsonb - n, negative from the end) or a text-array path\n"
+                      "(jsonb #- '{a,0}').\n";
 
 const char REMOVE_EXAMPLES[] =
     "\n"
@@ -287,10 +276,10 @@ const char ARRAY_APPEND[] =
     "path names; a value that is no array becomes [old, new] in its place.\n"
     "A path to nothing changes nothing.  Only in the mysql dialect.\n";
 
-const char ARRAY_APPEND_EXAMPLES[] =
-    "\n"
-    "examples:\n"
-    "  vxjson array-append -e '{\"a\":[1],\"b\":1}' '$.a' 2 '$.b' 2   # {\"a\":[1,2],\"b\":[1,2]}\n";
+const char ARRAY_APPEND_EXAMPLES[] = "\n"
+                                     "examples:\n"
+                                     "  vxjson array-append -e '{\"a\":[1],\"b\":1}' '$.a' 2 '$.b' "
+                                     "2   # {\"a\":[1,2],\"b\":[1,2]}\n";
 
 const char ARRAY_INSERT[] =
     "usage: vxjson array-insert [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
@@ -302,38 +291,37 @@ const char ARRAY_INSERT_EXAMPLES[] =
     "\n"
     "examples:\n"
     "  vxjson array-insert -e '[1,2]' '$[0]' 0 '$[9]' 3    # [0,1,2,3]\n";
-const char QUERY[] =
-    "usage: vxjson query [SWITCHES] PATH [INPUT...]\n"
-    "\n"
-    "Writes the value that PATH selects in each input as JSON text, followed\n"
-    "by a line feed.  Several matches are written as one array of them (in\n"
-    "document order, the values themselves).  Nothing is written for an\n"
-    "input in which nothing matched; with --lines such a line gives an empty\n"
-    "output line, so that output lines follow the good input lines.\n"
-    "The evaluator is the dialect's:\n"
-    "  standard  JSON_VALUE / JSON_QUERY paths; the first of repeated member\n"
-    "            names wins\n"
-    "  pg        the PostgreSQL-compatible mode: the last of repeated names\n"
-    "            wins, [1 to 3] takes its first position only\n"
-    "  mysql     MySQL paths: the last of repeated names wins, a member step\n"
-    "            never looks into an array, [1, 2] is a bad path\n"
-    "A bad input is reported as by check and skipped.\n"
-    "\n"
-    "exit status: 0 every input had a value, 3 some input had none (and none\n"
-    "was bad), 1 some input was not well-formed or could not be evaluated,\n"
-    "2 a bad path or switch, an unreadable input, out of memory.\n"
-    "\n"
-    "With a clause switch, query is JSON_QUERY(INPUT, PATH ...): the result\n"
-    "is JSON text with strings as written, several matches or a scalar need\n"
-    "--wrapper with|conditional (else ON ERROR settles it), --pretty lays\n"
-    "the result out as the server does, and SQL NULL prints as <null>, a\n"
-    "DEFAULT result as <default>.\n"
-    "  --wrapper without|with|conditional  WITHOUT / WITH [CONDITIONAL] WRAPPER\n"
-    "  --returning text|varchar(N)  JSON_QUERY returns text only\n"
-    "\n"
-    "query switches:\n"
-    "  --lines                      JSON Lines: one result line per good line\n"
-    "  -q, --quiet                  no messages for bad inputs\n";
+const char QUERY[] = "usage: vxjson query [SWITCHES] PATH [INPUT...]\n"
+                     "\n"
+                     "Writes the value that PATH selects in each input as JSON text, followed\n"
+                     "by a line feed.  Several matches are written as one array of them (in\n"
+                     "document order, the values themselves).  Nothing is written for an\n"
+                     "input in which nothing matched; with --lines such a line gives an empty\n"
+                     "output line, so that output lines follow the good input lines.\n"
+                     "The evaluator is the dialect's:\n"
+                     "  standard  JSON_VALUE / JSON_QUERY paths; the first of repeated member\n"
+                     "            names wins\n"
+                     "  pg        the PostgreSQL-compatible mode: the last of repeated names\n"
+                     "            wins, [1 to 3] takes its first position only\n"
+                     "  mysql     MySQL paths: the last of repeated names wins, a member step\n"
+                     "            never looks into an array, [1, 2] is a bad path\n"
+                     "A bad input is reported as by check and skipped.\n"
+                     "\n"
+                     "exit status: 0 every input had a value, 3 some input had none (and none\n"
+                     "was bad), 1 some input was not well-formed or could not be evaluated,\n"
+                     "2 a bad path or switch, an unreadable input, out of memory.\n"
+                     "\n"
+                     "With a clause switch, query is JSON_QUERY(INPUT, PATH ...): the result\n"
+                     "is JSON text with strings as written, several matches or a scalar need\n"
+                     "--wrapper with|conditional (else ON ERROR settles it), --pretty lays\n"
+                     "the result out as the server does, and SQL NULL prints as <null>, a\n"
+                     "DEFAULT result as <default>.\n"
+                     "  --wrapper without|with|conditional  WITHOUT / WITH [CONDITIONAL] WRAPPER\n"
+                     "  --returning text|varchar(N)  JSON_QUERY returns text only\n"
+                     "\n"
+                     "query switches:\n"
+                     "  --lines                      JSON Lines: one result line per good line\n"
+                     "  -q, --quiet                  no messages for bad inputs\n";
 
 const char QUERY_EXAMPLES[] =
     "\n"
@@ -364,22 +352,21 @@ const char CONTAINS_PATH_EXAMPLES[] =
     "  vxjson contains-path all '$.a' '$.z' -e '{\"a\":1}'       # false\n"
     "  vxjson contains-path one '$.user.id' --lines events.jsonl\n";
 
-const char VALUE[] =
-    "usage: vxjson value [SWITCHES] PATH [INPUT...]\n"
-    "\n"
-    "JSON_VALUE(INPUT, PATH RETURNING ...) over each input: one answer line\n"
-    "per input, the scalar PATH selects as plain text (strings without quotes\n"
-    "or escapes), or as a number or datetime with --returning.  An object,\n"
-    "an array or several matches are errors that ON ERROR settles.\n"
-    "SQL NULL prints as <null>, a DEFAULT result as <default>.\n"
-    "A bad input is reported as by check and skipped.\n"
-    "\n"
-    "exit status: 0 every input answered, 1 some input was bad or raised an\n"
-    "error, 2 a bad path or switch, an unreadable input, out of memory.\n"
-    "\n"
-    "value switches:\n"
-    "  --lines                      JSON Lines: one answer line per good line\n"
-    "  -q, --quiet                  no messages for bad inputs\n";
+const char VALUE[] = "usage: vxjson value [SWITCHES] PATH [INPUT...]\n"
+                     "\n"
+                     "JSON_VALUE(INPUT, PATH RETURNING ...) over each input: one answer line\n"
+                     "per input, the scalar PATH selects as plain text (strings without quotes\n"
+                     "or escapes), or as a number or datetime with --returning.  An object,\n"
+                     "an array or several matches are errors that ON ERROR settles.\n"
+                     "SQL NULL prints as <null>, a DEFAULT result as <default>.\n"
+                     "A bad input is reported as by check and skipped.\n"
+                     "\n"
+                     "exit status: 0 every input answered, 1 some input was bad or raised an\n"
+                     "error, 2 a bad path or switch, an unreadable input, out of memory.\n"
+                     "\n"
+                     "value switches:\n"
+                     "  --lines                      JSON Lines: one answer line per good line\n"
+                     "  -q, --quiet                  no messages for bad inputs\n";
 
 const char VALUE_EXAMPLES[] =
     "\n"
@@ -391,11 +378,11 @@ const char VALUE_EXAMPLES[] =
 struct help_entry {
     const char *name;
     const char *head;
-    bool writes;          // takes the writing switches
+    bool writes; // takes the writing switches
     const char *examples;
-    std::string text;     // assembled on first use
-    bool clauses = false; // takes the clauses of the SQL/JSON functions
-    const char *common = "";  // text shared by a family of commands
+    std::string text;        // assembled on first use
+    bool clauses = false;    // takes the clauses of the SQL/JSON functions
+    const char *common = ""; // text shared by a family of commands
 };
 
 help_entry HELP[] = {
@@ -419,7 +406,7 @@ help_entry HELP[] = {
     {"contains-path", CONTAINS_PATH, false, CONTAINS_PATH_EXAMPLES, {}},
 };
 
-}  // namespace
+} // namespace
 
 const char *general_help() { return GENERAL; }
 
@@ -442,4 +429,4 @@ const char *command_help(const char *name) {
     return GENERAL;
 }
 
-}  // namespace vxcli
+} // namespace vxcli

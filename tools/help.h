@@ -9,6 +9,6 @@ const char *general_help();
 // The help of one command (its usage, switches and examples).
 const char *command_help(const char *name);
 
-}  // namespace vxcli
+} // namespace vxcli
 
 #endif

@@ -59,7 +59,7 @@ ssize_t read_some(int fd, char *buf, size_t n) {
     }
 }
 
-}  // namespace
+} // namespace
 
 whole_input::~whole_input() {
     if (map_) munmap(map_, map_len_);
@@ -232,4 +232,4 @@ bool line_source::next(std::string_view &line) {
     }
 }
 
-}  // namespace vxcli
+} // namespace vxcli

@@ -37,13 +37,13 @@ public:
     // `total` 0 when the size is unknown (a pipe).
     void start(const std::string &name, uint64_t total);
     void advance(uint64_t bytes);
-    void clear();   // take the line off the screen until the next update
+    void clear(); // take the line off the screen until the next update
     void finish();
 
 private:
     void draw();
-    bool enabled_ = false;   // standard error is a terminal
-    bool shown_ = false;     // something was drawn and must be cleared
+    bool enabled_ = false; // standard error is a terminal
+    bool shown_ = false;   // something was drawn and must be cleared
     std::string name_;
     uint64_t total_ = 0;
     uint64_t done_ = 0;
@@ -76,15 +76,15 @@ private:
     bool own_fd_ = false;
     bool eof_ = false;
     std::vector<char> buf_;
-    size_t begin_ = 0;       // first byte of the next line
-    size_t scanned_ = 0;     // bytes from begin_ known to hold no line feed
-    size_t end_ = 0;         // end of the bytes read
+    size_t begin_ = 0;   // first byte of the next line
+    size_t scanned_ = 0; // bytes from begin_ known to hold no line feed
+    size_t end_ = 0;     // end of the bytes read
     uint64_t line_no_ = 0;
     std::string error_;
     std::string name_;
     progress_line progress_;
 };
 
-}  // namespace vxcli
+} // namespace vxcli
 
 #endif

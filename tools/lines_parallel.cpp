@@ -27,10 +27,10 @@ struct line_ref {
 };
 
 struct batch {
-    std::string text;               // the lines, one after another
+    std::string text; // the lines, one after another
     std::vector<line_ref> lines;
-    std::string out;                // what the lines wrote
-    std::string err;                // their messages
+    std::string out; // what the lines wrote
+    std::string err; // their messages
     tally t;
     bool done = false;
 };
@@ -74,7 +74,8 @@ private:
         queue_.pop_front();
         --claimed_;
         lock.unlock();
-        if (!b->out.empty() && std::fwrite(b->out.data(), 1, b->out.size(), stdout) != b->out.size())
+        if (!b->out.empty() &&
+            std::fwrite(b->out.data(), 1, b->out.size(), stdout) != b->out.size())
             b->t.fatal = true;
         if (!b->err.empty()) {
             clear_progress_line();
@@ -134,16 +135,16 @@ private:
     const std::string &name_;
     std::vector<std::thread> workers_;
     std::mutex mutex_;
-    std::condition_variable ready_;   // a batch to claim, or stop
-    std::condition_variable done_;    // a batch finished
+    std::condition_variable ready_; // a batch to claim, or stop
+    std::condition_variable done_;  // a batch finished
     std::deque<std::unique_ptr<batch>> queue_;
-    size_t claimed_ = 0;              // batches at the front taken by workers
+    size_t claimed_ = 0; // batches at the front taken by workers
     size_t window_ = 1;
     bool stopping_ = false;
     bool fatal_ = false;
 };
 
-}  // namespace
+} // namespace
 
 bool is_blank_line(std::string_view line) {
     for (char c : line)
@@ -182,4 +183,4 @@ void run_lines_parallel(const input_spec &in, const read_options &opts, unsigned
     }
 }
 
-}  // namespace vxcli
+} // namespace vxcli

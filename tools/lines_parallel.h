@@ -12,8 +12,8 @@ namespace vxcli {
 struct tally {
     uint64_t docs = 0;
     uint64_t bad = 0;
-    bool trouble = false;   // an input could not be read
-    bool fatal = false;     // stop everything
+    bool trouble = false; // an input could not be read
+    bool fatal = false;   // stop everything
 
     void count(doc_result r) {
         ++docs;
@@ -34,6 +34,6 @@ bool is_blank_line(std::string_view line);
 void run_lines_parallel(const input_spec &in, const read_options &opts, unsigned jobs,
                         const doc_job &job, tally &t);
 
-}  // namespace vxcli
+} // namespace vxcli
 
 #endif

@@ -17,7 +17,7 @@ namespace {
 struct command {
     const char *name;
     int (*run)(command_line &);
-    unsigned groups;   // switch groups accepted besides the reading ones
+    unsigned groups; // switch groups accepted besides the reading ones
 };
 
 // The changes by path write JSON and take JSON Lines streams.
@@ -89,7 +89,8 @@ int run(int argc, char **argv) {
     }
     if (first == "help") {
         const command *c = argc > 2 ? find_command(argv[2]) : nullptr;
-        if (argc > 2 && !c) return usage_error("unknown command '" + std::string(argv[2]) + "'", nullptr);
+        if (argc > 2 && !c)
+            return usage_error("unknown command '" + std::string(argv[2]) + "'", nullptr);
         std::fputs(c ? command_help(c->name) : general_help(), stdout);
         return EXIT_GOOD;
     }
@@ -116,8 +117,8 @@ int run(int argc, char **argv) {
     return cmd->run(cl);
 }
 
-}  // namespace
+} // namespace
 
-}  // namespace vxcli
+} // namespace vxcli
 
 int main(int argc, char **argv) { return vxcli::run(argc, argv); }

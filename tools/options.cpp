@@ -52,8 +52,8 @@ struct named_value {
 
 constexpr named_value DIALECTS[] = {{"standard", 0}, {"pg", 1}, {"mysql", 2}};
 // Configuration value 635: 0 GB18030, 1 UTF-8, 2 EUC-KR.
-constexpr named_value CHARSETS[] = {{"utf8", 1},  {"utf-8", 1},  {"gb18030", 0},
-                                    {"euckr", 2}, {"euc-kr", 2}};
+constexpr named_value CHARSETS[] = {
+    {"utf8", 1}, {"utf-8", 1}, {"gb18030", 0}, {"euckr", 2}, {"euc-kr", 2}};
 
 template <size_t N>
 bool find_named(const named_value (&table)[N], const std::string &name, int32_t &out) {
@@ -85,13 +85,15 @@ int flag_switch(const std::string &arg, unsigned groups, command_line &out, std:
     bool ok = true;
     if (arg == "--strict" || arg == "--lax") {
         bool given = r.strict >= 0;
-        ok = set_once(r.strict, arg == "--strict" ? 1 : 0, given, "--strict and --lax contradict each other", error);
+        ok = set_once(r.strict, arg == "--strict" ? 1 : 0, given,
+                      "--strict and --lax contradict each other", error);
     } else if (arg == "--unique-keys") r.unique_keys = true;
     else if (arg == "--dup-replace") r.dup_replace = true;
     else if (arg == "--sorted-keys") r.sorted_keys = true;
     else if (arg == "--scalar-top") r.scalar_top = true;
     else if (arg == "--keep-escapes") r.keep_escapes = true;
-    else if ((groups & OPT_WRITE) && (arg == "--pretty" || arg == "--pretty=b" || arg == "--pretty=a")) {
+    else if ((groups & OPT_WRITE) &&
+             (arg == "--pretty" || arg == "--pretty=b" || arg == "--pretty=a")) {
         bool given = out.write.layout != 0;
         ok = set_once(out.write.layout, arg == "--pretty=a" ? 2u : 4u, given,
                       "--pretty=a and --pretty=b contradict each other", error);
@@ -136,9 +138,11 @@ bool jobs_switch(const std::string &value, unsigned &jobs, std::string &error) {
     char *end = nullptr;
     errno = 0;
     const unsigned long v = value.empty() || value[0] < '0' || value[0] > '9'
-                                ? 0 : std::strtoul(value.c_str(), &end, 10);
+                                ? 0
+                                : std::strtoul(value.c_str(), &end, 10);
     if (v == 0 || v > JOBS_MAX || errno || *end) {
-        error = "bad value for --jobs: '" + value + "' (from 1 to " + std::to_string(JOBS_MAX) + ")";
+        error =
+            "bad value for --jobs: '" + value + "' (from 1 to " + std::to_string(JOBS_MAX) + ")";
         return false;
     }
     jobs = static_cast<unsigned>(v);
@@ -173,7 +177,7 @@ void number_inline_inputs(command_line &out) {
         if (in.is_inline) in.name = "<text " + std::to_string(++n) + ">";
 }
 
-}  // namespace
+} // namespace
 
 bool parse_size(const std::string &text, uint64_t &out) {
     if (text.empty() || text[0] < '0' || text[0] > '9') return false;
@@ -196,7 +200,8 @@ bool parse_command_line(int argc, char **argv, int first, unsigned groups, comma
     for (int i = first; i < argc; ++i) {
         std::string arg = argv[i];
         // A negative number is an argument (a value, a position), not a switch.
-        const bool negative_number = arg.size() > 1 && arg[0] == '-' && arg[1] >= '0' && arg[1] <= '9';
+        const bool negative_number =
+            arg.size() > 1 && arg[0] == '-' && arg[1] >= '0' && arg[1] <= '9';
         if (switches_end || arg == "-" || arg.empty() || arg[0] != '-' || negative_number) {
             add_input(out, false, std::move(arg));
             continue;
@@ -246,4 +251,4 @@ bool parse_command_line(int argc, char **argv, int first, unsigned groups, comma
     return true;
 }
 
-}  // namespace vxcli
+} // namespace vxcli

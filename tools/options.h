@@ -12,44 +12,46 @@ namespace vxcli {
 
 // How texts are read: the parse context's switches.
 struct read_options {
-    int32_t compat = 0;          // 0 standard, 1 pg, 2 mysql
-    bool dialect_given = false;  // --dialect was on the command line
-    int strict = -1;             // -1: the dialect's own default
-    bool unique_keys = false;    // a repeated member name is an error
-    bool dup_replace = false;    // the last of repeated names wins
-    bool sorted_keys = false;    // members kept sorted by name
-    bool scalar_top = false;     // a scalar may be the whole document
-    bool keep_escapes = false;   // strings keep their escape sequences
-    int32_t charset = -1;        // configuration value 635, -1: leave as is
-    uint64_t max_memory = 0;     // heap bytes per document, 0: no limit
+    int32_t compat = 0;         // 0 standard, 1 pg, 2 mysql
+    bool dialect_given = false; // --dialect was on the command line
+    int strict = -1;            // -1: the dialect's own default
+    bool unique_keys = false;   // a repeated member name is an error
+    bool dup_replace = false;   // the last of repeated names wins
+    bool sorted_keys = false;   // members kept sorted by name
+    bool scalar_top = false;    // a scalar may be the whole document
+    bool keep_escapes = false;  // strings keep their escape sequences
+    int32_t charset = -1;       // configuration value 635, -1: leave as is
+    uint64_t max_memory = 0;    // heap bytes per document, 0: no limit
 };
 
 // How trees are written.
 struct write_options {
-    uint32_t layout = 0;         // 0 compact, 2 pretty " : ", 4 pretty ": "
-    bool ascii = false;          // non-ASCII text as \uXXXX
+    uint32_t layout = 0; // 0 compact, 2 pretty " : ", 4 pretty ": "
+    bool ascii = false;  // non-ASCII text as \uXXXX
 };
 
 // The clauses of the SQL/JSON functions as given; empty: not given.
 struct clause_options {
     std::string returning, wrapper, on_empty, on_error;
-    bool any() const { return !(returning.empty() && wrapper.empty() && on_empty.empty() && on_error.empty()); }
+    bool any() const {
+        return !(returning.empty() && wrapper.empty() && on_empty.empty() && on_error.empty());
+    }
 };
 
 // One input: a file (or "-" for standard input) or inline text.
 struct input_spec {
     bool is_inline = false;
-    std::string text;            // the file name, or the JSON text itself
-    std::string name;            // how messages name it
+    std::string text; // the file name, or the JSON text itself
+    std::string name; // how messages name it
 };
 
 // Switch groups a command accepts, beyond the reading switches.
 enum option_group : unsigned {
-    OPT_READ = 1u,               // reading switches (every command)
-    OPT_WRITE = 2u,              // --pretty, --ascii
-    OPT_LINES = 4u,              // --lines
-    OPT_QUIET = 8u,              // --quiet
-    OPT_CLAUSES = 16u,           // --returning, --wrapper, --on-empty, --on-error
+    OPT_READ = 1u,     // reading switches (every command)
+    OPT_WRITE = 2u,    // --pretty, --ascii
+    OPT_LINES = 4u,    // --lines
+    OPT_QUIET = 8u,    // --quiet
+    OPT_CLAUSES = 16u, // --returning, --wrapper, --on-empty, --on-error
 };
 
 struct command_line {
@@ -57,10 +59,10 @@ struct command_line {
     read_options read;
     write_options write;
     clause_options clauses;
-    bool lines = false;          // JSON Lines: one document per line
-    bool quiet = false;          // no per-input messages, only the status
-    bool help = false;           // --help was given
-    unsigned jobs = 0;           // threads for --lines, 0: the machine's cores
+    bool lines = false; // JSON Lines: one document per line
+    bool quiet = false; // no per-input messages, only the status
+    bool help = false;  // --help was given
+    unsigned jobs = 0;  // threads for --lines, 0: the machine's cores
     inputs_t inputs;
 };
 
@@ -76,6 +78,6 @@ bool parse_size(const std::string &text, uint64_t &out);
 extern const char READ_OPTIONS_HELP[];
 extern const char WRITE_OPTIONS_HELP[];
 
-}  // namespace vxcli
+} // namespace vxcli
 
 #endif

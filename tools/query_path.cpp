@@ -50,8 +50,8 @@ bool compiled_path::compile(const std::string &text, const read_options &opts, s
 
 bool take_path_argument(command_line &cl, const char *command, std::string &text) {
     if (cl.inputs.empty() || cl.inputs.front().is_inline) {
-        tool_error(std::string(command) + " needs a PATH before its inputs (try 'vxjson " + command +
-                   " --help')");
+        tool_error(std::string(command) + " needs a PATH before its inputs (try 'vxjson " +
+                   command + " --help')");
         return false;
     }
     text = cl.inputs.front().text;
@@ -79,4 +79,4 @@ int run_trees(const command_line &cl, session &s, const tree_action &answer) {
     });
 }
 
-}  // namespace vxcli
+} // namespace vxcli

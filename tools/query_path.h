@@ -60,6 +60,6 @@ using tree_action =
     std::function<doc_result(json_node *root, const std::string &name, uint64_t line)>;
 int run_trees(const command_line &cl, session &s, const tree_action &answer);
 
-}  // namespace vxcli
+} // namespace vxcli
 
 #endif

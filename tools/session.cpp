@@ -30,7 +30,7 @@ bool trail_has(int32_t code) {
     return false;
 }
 
-}  // namespace
+} // namespace
 
 const char *code_message(int32_t code) {
     switch (code) {
@@ -47,7 +47,8 @@ const char *code_message(int32_t code) {
     case VXJSON_ERR_TEXT_PATH_SCALAR: return "a text-array path cannot change a scalar document";
     case VXJSON_ERR_TEXT_PATH_INDEX: return "a path element on an array is not an integer";
     case VXJSON_ERR_REMOVE_SUBSCRIPT: return "a position cannot be removed from a non-array";
-    case VXJSON_ERR_QUERY_SCALAR: return "JSON_QUERY without wrapper met a scalar or several values";
+    case VXJSON_ERR_QUERY_SCALAR:
+        return "JSON_QUERY without wrapper met a scalar or several values";
     case VXJSON_ERR_VALUE_NOT_SCALAR: return "JSON_VALUE met an object or array";
     case VXJSON_ERR_VALUE_MANY: return "JSON_VALUE met several values";
     case VXJSON_ERR_RETURN_TYPE: return "the result does not fit the returning type";
@@ -94,8 +95,7 @@ void session::init_context() {
 
 int32_t session::run(std::string_view text, bool tree, json_node **root) {
     jlpca_ctx *c = ctx_.get();
-    if (int32_t rc = jlpca_reinit(c, text.data(), static_cast<uint32_t>(text.size())))
-        return rc;
+    if (int32_t rc = jlpca_reinit(c, text.data(), static_cast<uint32_t>(text.size()))) return rc;
     if (tree) return json_flex(c, root);
     return jcheck_flex(c);
 }
@@ -181,8 +181,8 @@ int32_t session::write_tree(const json_node *node, const write_options &w) {
     if (!scratch_ && !(scratch_ = vxstr_create(nullptr, &out_alloc_, OUTPUT_INITIAL)))
         return VXJSON_ERR_NOMEM;
     vxstr_init(scratch_);
-    if (int32_t rc = json_to_string(c, &out_alloc_, scratch_, node, JSON_FMT_PRETTY_B, 0, 0,
-                                    JSON_CONV_JSON))
+    if (int32_t rc =
+            json_to_string(c, &out_alloc_, scratch_, node, JSON_FMT_PRETTY_B, 0, 0, JSON_CONV_JSON))
         return rc;
     return json_string_convert_ascii(nullptr, &out_alloc_, out_, 0, scratch_->buf, scratch_->len);
 }
@@ -225,4 +225,4 @@ void session::reset() {
     ctx_->heap = heap_;
 }
 
-}  // namespace vxcli
+} // namespace vxcli

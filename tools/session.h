@@ -19,11 +19,11 @@ namespace vxcli {
 
 // Why a text was refused.
 struct read_failure {
-    int32_t code = 0;            // err_code when the scanner set one, else the result
-    uint32_t line = 1;           // line within the text, from 1
+    int32_t code = 0;  // err_code when the scanner set one, else the result
+    uint32_t line = 1; // line within the text, from 1
     std::string message;
-    bool out_of_memory = false;  // the library ran out of memory (-503)
-    uint32_t column = 0;         // column within the line, from 1; 0 unknown
+    bool out_of_memory = false; // the library ran out of memory (-503)
+    uint32_t column = 0;        // column within the line, from 1; 0 unknown
 };
 
 class session {
@@ -67,18 +67,18 @@ private:
 
     read_options opts_;
     vx_heap *heap_ = nullptr;
-    size_t heap_first_ = 0;          // size of the heap's first block
-    vx_allocator tree_alloc_{};      // element arrays: from the heap
+    size_t heap_first_ = 0;     // size of the heap's first block
+    vx_allocator tree_alloc_{}; // element arrays: from the heap
     vx_alloc_state out_state_{};
-    vx_allocator out_alloc_{};       // output strings: malloc, kept across texts
+    vx_allocator out_alloc_{}; // output strings: malloc, kept across texts
     vxstr *out_ = nullptr;
-    vxstr *scratch_ = nullptr;       // pretty text before its ASCII pass
+    vxstr *scratch_ = nullptr; // pretty text before its ASCII pass
     std::unique_ptr<jlpca_ctx> ctx_;
 };
 
 // A message for a library status code.
 const char *code_message(int32_t code);
 
-}  // namespace vxcli
+} // namespace vxcli
 
 #endif

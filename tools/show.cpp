@@ -13,7 +13,7 @@ size_t utf8_length(std::string_view s) {
     const auto b = [&](size_t i) { return static_cast<unsigned char>(s[i]); };
     const unsigned char c = b(0);
     size_t n = 0;
-    unsigned char lo = 0x80, hi = 0xBF;  // range of the second byte
+    unsigned char lo = 0x80, hi = 0xBF; // range of the second byte
     if (c >= 0xC2 && c <= 0xDF) n = 2;
     else if (c == 0xE0) n = 3, lo = 0xA0;
     else if (c == 0xED) n = 3, hi = 0x9F;
@@ -27,7 +27,7 @@ size_t utf8_length(std::string_view s) {
     return n;
 }
 
-}  // namespace
+} // namespace
 
 std::string shown(std::string_view text) {
     static constexpr char HEX[] = "0123456789ABCDEF";
@@ -51,4 +51,4 @@ std::string shown(std::string_view text) {
     return out;
 }
 
-}  // namespace vxcli
+} // namespace vxcli

@@ -12,6 +12,6 @@ namespace vxcli {
 // well-formed UTF-8 character written as \xHH.
 std::string shown(std::string_view text);
 
-}  // namespace vxcli
+} // namespace vxcli
 
 #endif

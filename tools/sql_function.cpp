@@ -63,7 +63,7 @@ bool parse_returning(const std::string &v, function_clauses &c) {
     if (v == "date" || v == "datetime") {
         c.returns = result::datetime;
         c.ret_type = JPATH_RET_CLASS_4;
-        c.datatype = v == "date" ? 3 : VXTIME_TYPE_DATETIME;  // 3 asks for a date
+        c.datatype = v == "date" ? 3 : VXTIME_TYPE_DATETIME; // 3 asks for a date
         return true;
     }
     return false;
@@ -95,7 +95,7 @@ std::string datetime_text(const vxtime &t) {
     return n < 0 ? std::string() : std::string(buf, size_t(n));
 }
 
-}  // namespace
+} // namespace
 
 uint32_t function_clauses::flag() const {
     return jpath_encode_flag(ret_type, format, wrapper, on_error, on_empty);
@@ -108,17 +108,18 @@ bool parse_clauses(const clause_options &given, bool pretty, function_clauses &o
         return false;
     };
     if (!parse_returning(given.returning, out)) return bad("--returning", given.returning);
-    if (!given.wrapper.empty() &&
-        !pick(given.wrapper, {"without", "with", "conditional"}, JPATH_WRAPPER_WITHOUT, out.wrapper))
+    if (!given.wrapper.empty() && !pick(given.wrapper, {"without", "with", "conditional"},
+                                        JPATH_WRAPPER_WITHOUT, out.wrapper))
         return bad("--wrapper", given.wrapper);
-    if (!given.on_error.empty() &&
-        !pick(given.on_error, {"null", "error", "empty", "default"}, JPATH_ON_ERROR_NULL, out.on_error))
+    if (!given.on_error.empty() && !pick(given.on_error, {"null", "error", "empty", "default"},
+                                         JPATH_ON_ERROR_NULL, out.on_error))
         return bad("--on-error", given.on_error);
     if (!given.on_empty.empty()) {
         // The library raises -3104 under ERROR ON EMPTY; DEFAULT ON EMPTY
         // is the caller's substitution for it, as a server does.
         uint32_t v = 0;
-        if (!pick(given.on_empty, {"null", "error", "default"}, 1, v)) return bad("--on-empty", given.on_empty);
+        if (!pick(given.on_empty, {"null", "error", "default"}, 1, v))
+            return bad("--on-empty", given.on_empty);
         out.on_empty = v == 1 ? JPATH_ON_EMPTY_NULL : JPATH_ON_EMPTY_ERROR;
         out.default_on_empty = v == 3;
     }
@@ -152,7 +153,9 @@ function_answer call_function(jlpca_ctx *ctx, json_node *root, const jpath *path
 }
 
 int32_t print_answer(session &s, const function_answer &a) {
-    const std::string line = a.code == VXJSON_NO_VALUE ? "<default>" : a.sql_null ? "<null>" : a.text;
+    const std::string line = a.code == VXJSON_NO_VALUE ? "<default>"
+                             : a.sql_null              ? "<null>"
+                                                       : a.text;
     int32_t rc = s.append(line);
     return rc ? rc : s.append("\n");
 }
@@ -180,4 +183,4 @@ int run_sql_function(const command_line &cl, const std::string &path_text,
     });
 }
 
-}  // namespace vxcli
+} // namespace vxcli

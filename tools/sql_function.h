@@ -19,12 +19,12 @@ enum class sql_function { value, query };
 struct function_clauses {
     enum class result { text, number, datetime } returns = result::text;
     uint32_t ret_type = JPATH_RET_CHAR;
-    uint32_t datatype = JPATH_SIMPLE_RET_LEN;   // text: the longest result
+    uint32_t datatype = JPATH_SIMPLE_RET_LEN; // text: the longest result
     uint32_t wrapper = JPATH_WRAPPER_WITHOUT;
     uint32_t on_empty = JPATH_ON_EMPTY_AS_ERROR; // not given
     uint32_t on_error = JPATH_ON_ERROR_NULL;     // SQL's default
     uint32_t format = JSON_FMT_COMPACT;
-    bool default_on_empty = false;              // no match gives the DEFAULT
+    bool default_on_empty = false; // no match gives the DEFAULT
 
     uint32_t flag() const;
 };
@@ -56,6 +56,6 @@ int run_sql_function(const command_line &cl, const std::string &path_text,
 
 extern const char CLAUSE_OPTIONS_HELP[];
 
-}  // namespace vxcli
+} // namespace vxcli
 
 #endif

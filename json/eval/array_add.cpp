@@ -43,7 +43,8 @@ int32_t wrap_in_place(json_node **document, json_node *found, json_node *value, 
     // No member of that exact name to take the pair: nothing is changed.
     if (parent && parent->type == JSON_OBJECT && path->last_filter &&
         path->last_filter->kind == STEP_FIELD &&
-        !json_object_find_keyval_by_name(parent, path->last_filter->key, path->last_filter->key_len))
+        !json_object_find_keyval_by_name(parent, path->last_filter->key,
+                                         path->last_filter->key_len))
         return 0;
     if (!parent) {
         *document = pair;
@@ -77,8 +78,8 @@ VXJSON_API int32_t json_set_parent(json_node *container, json_node *node, jpath_
     return VXJSON_ERR_MULTI_STEP;
 }
 
-VXJSON_API int32_t json_array_add_element_mysql(json_node **document, json_node *value,
-                                                jpath *path, jlpca_ctx *ctx, int32_t insert) {
+VXJSON_API int32_t json_array_add_element_mysql(json_node **document, json_node *value, jpath *path,
+                                                jlpca_ctx *ctx, int32_t insert) {
     json_node *found = nullptr;
     if (int32_t rc = jpath_filter_mysql(*document, path, ctx, 0, &found))
         return report(rc, SRC_JPATH, site::ARRAY_ADD_FIND);
@@ -102,24 +103,24 @@ VXJSON_API int32_t json_array_add_element_mysql(json_node **document, json_node 
     return 0;
 }
 
-VXJSON_API int32_t json_array_add_element_mysql_path_array(json_node *document,
-                                                           uint32_t path_count, jpath *paths,
-                                                           json_node *values, jlpca_ctx *ctx,
-                                                           uint32_t options, char **out,
-                                                           uint32_t *out_len) {
+VXJSON_API int32_t json_array_add_element_mysql_path_array(json_node *document, uint32_t path_count,
+                                                           jpath *paths, json_node *values,
+                                                           jlpca_ctx *ctx, uint32_t options,
+                                                           char **out, uint32_t *out_len) {
     *out = nullptr;
     *out_len = 0;
     const int32_t insert = (options & OPT_INSERT) != 0;
     if (options & OPT_SINGLE_VALUE) {
         if (path_count > 0)
-            if (int32_t rc = json_array_add_element_mysql(&document, values, &paths[0], ctx, insert))
+            if (int32_t rc =
+                    json_array_add_element_mysql(&document, values, &paths[0], ctx, insert))
                 return report(rc, SRC_JPATH, site::ARRAY_ADD_SINGLE);
     } else {
         if (path_count > 0 && (values->type != JSON_ARRAY || values->count < path_count))
             return report(VXJSON_ERR_PATH, SRC_JPATH, site::ARRAY_ADD_EACH);
         for (uint32_t i = 0; i < path_count; i++)
-            if (int32_t rc = json_array_add_element_mysql(&document, values->items[i], &paths[i], ctx,
-                                                          insert))
+            if (int32_t rc = json_array_add_element_mysql(&document, values->items[i], &paths[i],
+                                                          ctx, insert))
                 return report(rc, SRC_JPATH, site::ARRAY_ADD_EACH);
     }
     return document_text(ctx, document, JSON_CONV_MYSQL, site::ARRAY_ADD_WRITE, out, out_len);

@@ -90,29 +90,22 @@ VXJSON_API int32_t json_cast_to_number(jlpca_ctx *ctx, const json_node *node,
     out->has_value = 0;
     switch (node->type) {
     case JSON_OBJECT:
-    case JSON_ARRAY:
-        return json_fun_value_check(node);
-    case JSON_INTEGER:
-        (void)xdec_from_int64(&out->value, node->ival);
-        break;
+    case JSON_ARRAY: return json_fun_value_check(node);
+    case JSON_INTEGER: (void)xdec_from_int64(&out->value, node->ival); break;
     case JSON_DECIMAL:
         if (int32_t rc = number_from_decimal(node, &out->value, site::CAST_NUMBER_FROM_DECIMAL))
             return rc;
         break;
     case JSON_STRING:
-        if (node->str_len == 0) return empty_string(ctx, site::CAST_NUMBER_NOT_NUMBER, &out->has_value);
+        if (node->str_len == 0)
+            return empty_string(ctx, site::CAST_NUMBER_NOT_NUMBER, &out->has_value);
         if (int32_t rc = number_from_text(node, &out->value)) return rc;
         break;
-    case JSON_BOOLEAN:
-        (void)xdec_from_int64(&out->value, node->bval);
-        break;
-    case JSON_NULL:
-        return 0;
+    case JSON_BOOLEAN: (void)xdec_from_int64(&out->value, node->bval); break;
+    case JSON_NULL: return 0;
     case JSON_DATE:
-    case JSON_DATETIME:
-        return json_cast_datetime_to_number(node, out);
-    default:
-        return fail(VXJSON_ERR_CAST, site::CAST_NUMBER_TYPE);
+    case JSON_DATETIME: return json_cast_datetime_to_number(node, out);
+    default: return fail(VXJSON_ERR_CAST, site::CAST_NUMBER_TYPE);
     }
     out->has_value = 1;
     return 0;
@@ -133,10 +126,8 @@ VXJSON_API int32_t json_cast_to_date(jlpca_ctx *ctx, const json_node *node,
         return 0;
     }
     case JSON_OBJECT:
-    case JSON_ARRAY:
-        return json_fun_value_check(node);
-    case JSON_NULL:
-        return 0;
+    case JSON_ARRAY: return json_fun_value_check(node);
+    case JSON_NULL: return 0;
     default:
         // Only strings are read as datetimes: numbers, booleans and even
         // the datetime nodes themselves are refused.

@@ -17,8 +17,9 @@ namespace {
 constexpr uint32_t kMinGrowth = 4;
 
 json_node **heap_items(jlpca_ctx *ctx, uint32_t n) {
-    return static_cast<json_node **>(mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(json_node *) * size_t(n),
-                                                        0, SRC_JPATH, site::CHANGE_ITEMS_ALLOC));
+    return static_cast<json_node **>(mem_heap_alloc_low(ctx->env, ctx->heap,
+                                                        sizeof(json_node *) * size_t(n), 0,
+                                                        SRC_JPATH, site::CHANGE_ITEMS_ALLOC));
 }
 
 } // namespace
@@ -30,7 +31,8 @@ int32_t array_insert_at(jlpca_ctx *ctx, json_node *array, json_node *element, ui
         // The append allocates fresh storage of `capacity` slots itself; on
         // failure it has already changed the capacity, which is put back.
         const uint32_t old_capacity = array->capacity;
-        const int32_t rc = json_array_append_with_nth(ctx, element, array, capacity ? capacity : 1, 0);
+        const int32_t rc =
+            json_array_append_with_nth(ctx, element, array, capacity ? capacity : 1, 0);
         if (rc) array->capacity = old_capacity;
         return rc;
     }
@@ -65,7 +67,8 @@ int32_t document_text(jlpca_ctx *ctx, const json_node *document, uint8_t conv, i
                       char **out, uint32_t *out_len) {
     vxstr *s = result_text_begin(ctx);
     if (!s) return report(VXJSON_ERR_NOMEM, SRC_JPATH, line);
-    const int32_t rc = json_to_string(ctx, ctx->allocator, s, document, JSON_FMT_COMPACT, 1, 1, conv);
+    const int32_t rc =
+        json_to_string(ctx, ctx->allocator, s, document, JSON_FMT_COMPACT, 1, 1, conv);
     return result_text_end(ctx, s, rc, SRC_JPATH, line, out, out_len);
 }
 

@@ -23,10 +23,10 @@
 namespace vxjson::eval {
 
 // Step kinds of a compiled path, by the names the evaluators use.
-inline constexpr uint32_t STEP_ALL_ELEMENTS = JPATH_STEP_ALL_ELEMENTS;  // [*]
-inline constexpr uint32_t STEP_WILDCARD = JPATH_STEP_WILDCARD;          // .*
-inline constexpr uint32_t STEP_FIELD = JPATH_STEP_MEMBER;               // .name
-inline constexpr uint32_t STEP_SUBSCRIPT = JPATH_STEP_SUBSCRIPTS;       // [1, 3 to 5]
+inline constexpr uint32_t STEP_ALL_ELEMENTS = JPATH_STEP_ALL_ELEMENTS; // [*]
+inline constexpr uint32_t STEP_WILDCARD = JPATH_STEP_WILDCARD;         // .*
+inline constexpr uint32_t STEP_FIELD = JPATH_STEP_MEMBER;              // .name
+inline constexpr uint32_t STEP_SUBSCRIPT = JPATH_STEP_SUBSCRIPTS;      // [1, 3 to 5]
 
 inline void list_append(jpath_result_list *list, json_node *node) {
     node->prev_sibling = list->last;

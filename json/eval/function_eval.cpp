@@ -20,7 +20,9 @@ int32_t on_empty(const jlpca_ctx *ctx, const jpath *path) {
         if (clause == JPATH_ON_EMPTY_AS_ERROR) return 1;
         return clause == JPATH_ON_EMPTY_NULL ? 0 : VXJSON_ERR_PATH_NO_MATCH;
     }
-    return clause == JPATH_ON_EMPTY_AS_ERROR || clause == JPATH_ON_EMPTY_NULL ? 0 : VXJSON_ERR_PATH_NO_MATCH;
+    return clause == JPATH_ON_EMPTY_AS_ERROR || clause == JPATH_ON_EMPTY_NULL
+               ? 0
+               : VXJSON_ERR_PATH_NO_MATCH;
 }
 
 } // namespace

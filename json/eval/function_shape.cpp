@@ -5,8 +5,8 @@
 namespace {
 
 // What the caller's wrap comes to: values of the wrapper clause.
-constexpr uint32_t WRAP_NONE = JPATH_WRAPPER_WITHOUT;   // written as it stands
-constexpr uint32_t WRAP_BRACKETS = JPATH_WRAPPER_WITH;  // written inside "[" and "]"
+constexpr uint32_t WRAP_NONE = JPATH_WRAPPER_WITHOUT;  // written as it stands
+constexpr uint32_t WRAP_BRACKETS = JPATH_WRAPPER_WITH; // written inside "[" and "]"
 
 bool is_container(const json_node *n) { return n->type == JSON_OBJECT || n->type == JSON_ARRAY; }
 
@@ -33,7 +33,8 @@ VXJSON_API int32_t json_fun_query_check(const jpath *path, const json_node *node
         return 0;
     }
     // Several matches or a scalar need brackets, which only a wrapper gives.
-    if (clause != WRAP_BRACKETS && clause != JPATH_WRAPPER_CONDITIONAL) return VXJSON_ERR_QUERY_SCALAR;
+    if (clause != WRAP_BRACKETS && clause != JPATH_WRAPPER_CONDITIONAL)
+        return VXJSON_ERR_QUERY_SCALAR;
     if (several) {
         // The gathered matches are written as an array of their own.
         *wrap = WRAP_NONE;

@@ -17,11 +17,11 @@ using namespace vxjson;
 
 namespace {
 
-constexpr int32_t KIND_TEXT = 2;             // json_query_with_mode's result kind
-constexpr int32_t FUN_VALUE = 0;             // escape_mode as the function kind
+constexpr int32_t KIND_TEXT = 2; // json_query_with_mode's result kind
+constexpr int32_t FUN_VALUE = 0; // escape_mode as the function kind
 constexpr int32_t FUN_QUERY = 1;
-constexpr uint32_t WRAP_NONE = JPATH_WRAPPER_WITHOUT;   // written as it stands
-constexpr uint32_t WRAP_BRACKETS = JPATH_WRAPPER_WITH;  // written inside "[" and "]"
+constexpr uint32_t WRAP_NONE = JPATH_WRAPPER_WITHOUT;  // written as it stands
+constexpr uint32_t WRAP_BRACKETS = JPATH_WRAPPER_WITH; // written inside "[" and "]"
 
 bool is_virtual(const json_node *n) { return n->type == JSON_ARRAY && n->is_virtual; }
 
@@ -37,7 +37,8 @@ int32_t write_query(jlpca_ctx *ctx, heap_text &t, const json_node *node, uint32_
         if (rc < 0) return rc;
         return vxstr_append(ctx->env, &t.alloc, &t.s, pretty ? "\n]" : "]");
     }
-    if (is_virtual(node)) return json_to_string(ctx, &t.alloc, &t.s, node, format, 0, 0, JSON_CONV_JSON);
+    if (is_virtual(node))
+        return json_to_string(ctx, &t.alloc, &t.s, node, format, 0, 0, JSON_CONV_JSON);
     const int32_t rc = json_to_string(ctx, &t.alloc, &t.s, node, format, 1, 1, JSON_CONV_JSON);
     if (rc < 0 || !pretty) return rc;
     return vxstr_append_with_length(ctx->env, &t.alloc, &t.s, "\n", 1);
@@ -55,7 +56,7 @@ int32_t write_result(jlpca_ctx *ctx, heap_text &t, const json_node *node, const 
 // The shape rule of the function kind: 0 or the code for ON ERROR.
 int32_t check_shape(jlpca_ctx *ctx, const jpath *path, const json_node *node, uint32_t *wrap) {
     if (ctx->escape_mode == FUN_QUERY) return json_fun_query_check(path, node, wrap);
-    if (ctx->escape_mode != FUN_VALUE) return 0;  // other kinds are only written
+    if (ctx->escape_mode != FUN_VALUE) return 0; // other kinds are only written
     if (ctx->compat == JLPCA_COMPAT_STANDARD) return json_fun_value_check(node);
     return is_virtual(node) ? VXJSON_ERR_VALUE_MANY : 0;
 }
@@ -64,8 +65,8 @@ int32_t check_shape(jlpca_ctx *ctx, const jpath *path, const json_node *node, ui
 
 extern "C" {
 
-VXJSON_API int32_t json_fun_varchar(jlpca_ctx *ctx, json_node *document, const jpath *path, char **out,
-                                    uint32_t *out_len, int32_t status) {
+VXJSON_API int32_t json_fun_varchar(jlpca_ctx *ctx, json_node *document, const jpath *path,
+                                    char **out, uint32_t *out_len, int32_t status) {
     *out = nullptr;
     *out_len = 0;
     if (status < 0) return jpath_varchar_ret_code(ctx, path, out, out_len, status);

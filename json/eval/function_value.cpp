@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr int32_t KIND_NUMBER = 9;       // json_query_with_mode's result kinds
+constexpr int32_t KIND_NUMBER = 9; // json_query_with_mode's result kinds
 constexpr int32_t KIND_DATETIME = 14;
-constexpr uint32_t RETURNS_DATE = 3;     // ret_len of a path that returns a date
+constexpr uint32_t RETURNS_DATE = 3; // ret_len of a path that returns a date
 
 // A value the RETURNING type cannot hold is no value, whatever ON ERROR
 // then makes of it.
@@ -23,8 +23,8 @@ int32_t does_not_fit(const jpath *path, int32_t *has_value) {
 // no document, the evaluation and the cast of the scalar.  true with the
 // cast value in *out (has_value 1) to go on; false with the answer in *rc.
 template <class Result, int32_t (*Cast)(jlpca_ctx *, const json_node *, Result *)>
-bool cast_match(jlpca_ctx *ctx, json_node *document, const jpath *path, int32_t kind,
-                Result *out, int32_t status, int32_t *rc) {
+bool cast_match(jlpca_ctx *ctx, json_node *document, const jpath *path, int32_t kind, Result *out,
+                int32_t status, int32_t *rc) {
     out->has_value = 0;
     *rc = 0;
     if (status < 0) {

@@ -16,8 +16,8 @@
 namespace vxjson {
 
 struct heap_text {
-    vx_allocator alloc;  // from the context's heap; nothing is freed
-    vxstr s;             // the string record itself stays on the stack
+    vx_allocator alloc; // from the context's heap; nothing is freed
+    vxstr s;            // the string record itself stays on the stack
 };
 
 inline void *heap_text_alloc(void *env, void *heap, size_t size, const char *src, int line) {

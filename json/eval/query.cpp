@@ -23,7 +23,7 @@ step_fn evaluator_of(uint32_t kind) {
     case STEP_WILDCARD: return jpath_filter_wildcard;
     case STEP_FIELD: return jpath_filter_field_item;
     case STEP_SUBSCRIPT: return jpath_filter_array_item;
-    default: return nullptr;  // the root step, and kinds no compiler makes
+    default: return nullptr; // the root step, and kinds no compiler makes
     }
 }
 
@@ -31,8 +31,7 @@ step_fn evaluator_of(uint32_t kind) {
 
 extern "C" {
 
-VXJSON_API int32_t json_query(jlpca_ctx *ctx, json_node *root, const jpath *path,
-                              json_node **out) {
+VXJSON_API int32_t json_query(jlpca_ctx *ctx, json_node *root, const jpath *path, json_node **out) {
     *out = nullptr;
     if (!root) return VXJSON_ERR_PATH_NO_MATCH;
     json_node *cur = root;
@@ -59,7 +58,8 @@ VXJSON_API int32_t json_virtual_array_create(jlpca_ctx *ctx, json_node **out,
         return 0;
     }
     json_node *array = json_mem_create(ctx, JSON_ARRAY);
-    if (!array) [[unlikely]] return VXJSON_ERR_NOMEM;
+    if (!array) [[unlikely]]
+        return VXJSON_ERR_NOMEM;
     if (int32_t rc = json_lst_to_arr(ctx, array, list->count, list->first, list->last))
         return report_jpath(rc, vxjson::site::QUERY_VIRTUAL_ITEMS);
     array->is_virtual = 1;
@@ -87,8 +87,7 @@ VXJSON_API int32_t jpath_filter_object_field(jlpca_ctx *ctx, json_node *object,
     jpath_result_list list{};
     if (next->kind == STEP_SUBSCRIPT && next->multi == 0)
         (void)jpath_filter_object_field_part2_with_key(object, step, &list);
-    else
-        (void)jpath_filter_object_field_part_with_key(object, step, &list);
+    else (void)jpath_filter_object_field_part_with_key(object, step, &list);
     return json_virtual_array_create(ctx, out, &list);
 }
 
@@ -114,8 +113,8 @@ VXJSON_API int32_t jpath_filter_array_field(jlpca_ctx *ctx, json_node *array,
     return json_virtual_array_create(ctx, out, &list);
 }
 
-VXJSON_API int32_t jpath_filter_wildcard(jlpca_ctx *ctx, json_node *node,
-                                         const jpath_filter *step, json_node **out) {
+VXJSON_API int32_t jpath_filter_wildcard(jlpca_ctx *ctx, json_node *node, const jpath_filter *step,
+                                         json_node **out) {
     *out = nullptr;
     jpath_result_list list{};
     if (is_object(node)) {
@@ -137,8 +136,8 @@ VXJSON_API int32_t jpath_filter_wildcard(jlpca_ctx *ctx, json_node *node,
     return json_virtual_array_create(ctx, out, &list);
 }
 
-VXJSON_API int32_t jpath_filter_all_array(jlpca_ctx *ctx, json_node *node,
-                                          const jpath_filter *step, json_node **out) {
+VXJSON_API int32_t jpath_filter_all_array(jlpca_ctx *ctx, json_node *node, const jpath_filter *step,
+                                          json_node **out) {
     *out = nullptr;
     if (!is_array(node)) return jpath_filter_array_item_narr(node, step, out);
     jpath_result_list list{};

@@ -26,7 +26,8 @@ void gather_named(json_node *object, const jpath_filter *step, jpath_result_list
 
 // Lists every member's value, stopping right after one for which
 // stop_after holds.
-template <class Stop> void gather_values(json_node *object, jpath_result_list *list, Stop stop_after) {
+template <class Stop>
+void gather_values(json_node *object, jpath_result_list *list, Stop stop_after) {
     for (json_keyval *kv = object->first_member; kv; kv = kv->next) {
         list_append(list, kv->value);
         if (stop_after(kv->value)) return;
@@ -46,7 +47,7 @@ constexpr auto container_value = [](const json_node *v) {
 // passed over, so that no node is listed twice.
 void subscript_walk(json_node *array, const jpath_filter *step, jpath_result_list *list) {
     const int64_t count = array->count;
-    int64_t next_free = 0;  // lowest position not listed yet
+    int64_t next_free = 0; // lowest position not listed yet
     for (const jpath_index *e = step->index_head; e; e = e->next) {
         if (e->end != 0 && e->start > e->end) continue;
         if (e->start < 0 || e->start >= count) return;
@@ -153,8 +154,7 @@ VXJSON_API int32_t jpath_filter_array_item_narr(json_node *node, const jpath_fil
     return 0;
 }
 
-VXJSON_API int32_t jpath_filter_object_field_only_first(json_node *object,
-                                                        const jpath_filter *step,
+VXJSON_API int32_t jpath_filter_object_field_only_first(json_node *object, const jpath_filter *step,
                                                         json_node **out) {
     *out = nullptr;
     for (json_keyval *kv = object->first_member; kv; kv = kv->next)
@@ -166,8 +166,7 @@ VXJSON_API int32_t jpath_filter_object_field_only_first(json_node *object,
 }
 
 VXJSON_API int32_t jpath_filter_object_field_only_last(jlpca_ctx *ctx, json_node *object,
-                                                       const jpath_filter *step,
-                                                       json_node **out) {
+                                                       const jpath_filter *step, json_node **out) {
     *out = nullptr;
     const bool backwards = ctx->path_last_key == 1;
     for (json_keyval *kv = backwards ? object->last_member : object->first_member; kv;
@@ -187,11 +186,10 @@ VXJSON_API int32_t jpath_filter_object_keyval_equal(jlpca_ctx *ctx, const json_k
     if (member->name_len <= step->key_len) return 0;
     char *plain = nullptr;
     uint32_t plain_len = 0;
-    if (json_string_to_value_remove_escape(ctx->env, ctx->allocator, member->name,
-                                           member->name_len, &plain, &plain_len) < 0)
+    if (json_string_to_value_remove_escape(ctx->env, ctx->allocator, member->name, member->name_len,
+                                           &plain, &plain_len) < 0)
         return 0;
-    const int32_t equal =
-        json_object_keyval_name_equal(plain, plain_len, step->key, step->key_len);
+    const int32_t equal = json_object_keyval_name_equal(plain, plain_len, step->key, step->key_len);
     if (plain) vx_free(ctx->env, ctx->allocator, plain);
     return equal;
 }

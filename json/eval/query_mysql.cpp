@@ -96,7 +96,8 @@ VXJSON_API int32_t jpath_filter_wildcard_mysql(jlpca_ctx *ctx, json_node *node,
         (void)jpath_filter_object_field_all(node, &list);
     } else if (is_virtual(node)) {
         for (uint32_t i = 0; i < node->count; i++)
-            if (is_object(node->items[i])) (void)jpath_filter_object_field_all(node->items[i], &list);
+            if (is_object(node->items[i]))
+                (void)jpath_filter_object_field_all(node->items[i], &list);
     } else {
         return 0;
     }
@@ -144,7 +145,8 @@ VXJSON_API int32_t jpath_filter_array_item_virtual_mysql(jlpca_ctx *ctx, json_no
         json_node *item = array->items[i];
         if (is_virtual(item)) return VXJSON_ERR_PATH;
         if (is_array(item)) {
-            if (int32_t rc = jpath_filter_array_item_entity(ctx, item, step, list); rc < 0) return rc;
+            if (int32_t rc = jpath_filter_array_item_entity(ctx, item, step, list); rc < 0)
+                return rc;
         } else if (step->first_index == 0) {
             list_append(list, item);
         }

@@ -75,15 +75,14 @@ VXJSON_API int32_t jsonb_set_with_path_element(json_node **current, json_node *v
         return jsonb_set_object_with_path_element(current, value, step, ctx, last, done, dialect);
     case JSON_ARRAY:
         return jsonb_set_array_with_path_element(current, value, step, ctx, last, done, dialect);
-    default:
-        *done = 0;
-        return 0;
+    default: *done = 0; return 0;
     }
 }
 
 VXJSON_API int32_t jsonb_set_with_path(json_node *document, json_node *value, jpath *path,
                                        jlpca_ctx *ctx, char **out, uint32_t *out_len) {
-    if (document->type > JSON_ARRAY && path->dialect == DIALECT_PG) return VXJSON_ERR_TEXT_PATH_SCALAR;
+    if (document->type > JSON_ARRAY && path->dialect == DIALECT_PG)
+        return VXJSON_ERR_TEXT_PATH_SCALAR;
     json_node *current = document;
     int32_t done = 1, last = 0;
     for (jpath_filter *step = path->first_filter; step; step = step->next) {
@@ -94,7 +93,8 @@ VXJSON_API int32_t jsonb_set_with_path(json_node *document, json_node *value, jp
             break;
         }
         if (step->kind == STEP_ROOT) {
-            if (int32_t rc = jsonb_set_with_array_path(&current, value, &document, step, ctx, &last))
+            if (int32_t rc =
+                    jsonb_set_with_array_path(&current, value, &document, step, ctx, &last))
                 return report(rc, SRC_JPATH, site::SET_ROOT_PATH);
             if (last) break;
             continue;

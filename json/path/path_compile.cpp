@@ -23,8 +23,8 @@ constexpr const char *kMsgNotPathArray = "path argument is not a JSON array of s
 // Steps are small and their count follows the text; a block of path records
 // is the one allocation whose size the caller's array decides.
 jpath *new_paths(jlpca_ctx *ctx, uint32_t count) {
-    return static_cast<jpath *>(mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(jpath) * size_t(count),
-                                                   0, SRC_JPATH, site::PATH_HEAP_RECORDS));
+    return static_cast<jpath *>(mem_heap_alloc_low(
+        ctx->env, ctx->heap, sizeof(jpath) * size_t(count), 0, SRC_JPATH, site::PATH_HEAP_RECORDS));
 }
 
 int32_t not_path_array(jlpca_ctx *ctx) {
@@ -60,7 +60,8 @@ VXJSON_API int32_t jpath_array_flex(jlpca_ctx *ctx, const char *text, uint32_t l
         jpath *p = new_paths(ctx, 1);
         if (!p) return report(VXJSON_ERR_NOMEM, SRC_JPATH, site::PATH_ARRAY_RECORDS);
         jpath_init_simple(p, JPATH_DIALECT_MYSQL_ARRAY);
-        if (int32_t rc = jpath_flex(ctx, p); rc < 0) return report(rc, SRC_JPATH, site::PATH_ARRAY_SINGLE);
+        if (int32_t rc = jpath_flex(ctx, p); rc < 0)
+            return report(rc, SRC_JPATH, site::PATH_ARRAY_SINGLE);
         *paths = p;
         *count = 1;
         return 0;

@@ -57,9 +57,26 @@ using namespace vxjson::path;
 namespace {
 
 enum Sym : uint8_t {
-    kPath, kRootMark, kRest, kMembers, kQuotedMark, kQuotedMember, kNameMark, kNameMember,
-    kWildMark, kWildMember, kMember, kOptSubs, kSubs, kSubBody, kArrayMark, kSubscript,
-    kIndexList, kIndexItem, kPosition, kToWord,
+    kPath,
+    kRootMark,
+    kRest,
+    kMembers,
+    kQuotedMark,
+    kQuotedMember,
+    kNameMark,
+    kNameMember,
+    kWildMark,
+    kWildMember,
+    kMember,
+    kOptSubs,
+    kSubs,
+    kSubBody,
+    kArrayMark,
+    kSubscript,
+    kIndexList,
+    kIndexItem,
+    kPosition,
+    kToWord,
 };
 
 struct Production {
@@ -69,15 +86,13 @@ struct Production {
 
 // Indexed by production number; 0 and 1 are never reduced.
 constexpr Production kProd[] = {
-    {kPath, 0},        {kPath, 2},
-    {kRootMark, 0},    {kPath, 3},         {kRest, 0},         {kRest, 2},
-    {kRest, 1},        {kRest, 3},         {kMembers, 1},      {kMembers, 3},
-    {kQuotedMark, 0},  {kQuotedMember, 3}, {kNameMark, 0},     {kNameMember, 3},
-    {kWildMark, 0},    {kWildMember, 3},   {kMember, 1},       {kMember, 1},
-    {kMember, 1},      {kOptSubs, 0},      {kOptSubs, 1},      {kSubs, 1},
-    {kSubs, 2},        {kSubBody, 1},      {kSubBody, 1},      {kArrayMark, 0},
-    {kSubscript, 4},   {kIndexList, 1},    {kIndexList, 3},    {kIndexItem, 1},
-    {kIndexItem, 3},   {kPosition, 1},     {kToWord, 1},
+    {kPath, 0},       {kPath, 2},         {kRootMark, 0},  {kPath, 3},       {kRest, 0},
+    {kRest, 2},       {kRest, 1},         {kRest, 3},      {kMembers, 1},    {kMembers, 3},
+    {kQuotedMark, 0}, {kQuotedMember, 3}, {kNameMark, 0},  {kNameMember, 3}, {kWildMark, 0},
+    {kWildMember, 3}, {kMember, 1},       {kMember, 1},    {kMember, 1},     {kOptSubs, 0},
+    {kOptSubs, 1},    {kSubs, 1},         {kSubs, 2},      {kSubBody, 1},    {kSubBody, 1},
+    {kArrayMark, 0},  {kSubscript, 4},    {kIndexList, 1}, {kIndexList, 3},  {kIndexItem, 1},
+    {kIndexItem, 3},  {kPosition, 1},     {kToWord, 1},
 };
 
 // Per state: the reduction it makes without a matching shift (0 none),
@@ -90,14 +105,14 @@ struct StateInfo {
 constexpr uint8_t kStates = 42;
 constexpr uint8_t kAccept = 2; // path . END
 constexpr StateInfo kInfo[kStates] = {
-    /* 0 */ {0, false},  {2, true},   {0, false},  {4, false},  {0, false},
-    /* 5 */ {25, true},  {3, true},   {6, false},  {21, true},  {0, false},
-    /*10 */ {22, true},  {10, true},  {12, true},  {14, true},  {5, false},
-    /*15 */ {8, true},   {16, true},  {17, true},  {18, true},  {0, false},
-    /*20 */ {9, true},   {19, false}, {11, true},  {20, false}, {19, false},
-    /*25 */ {13, true},  {19, false}, {15, true},  {7, false},  {0, false},
-    /*30 */ {31, true},  {24, true},  {0, false},  {23, true},  {27, false},
-    /*35 */ {29, false}, {26, true},  {0, false},  {28, true},  {32, true},
+    /* 0 */ {0, false},  {2, true},   {0, false}, {4, false},  {0, false},
+    /* 5 */ {25, true},  {3, true},   {6, false}, {21, true},  {0, false},
+    /*10 */ {22, true},  {10, true},  {12, true}, {14, true},  {5, false},
+    /*15 */ {8, true},   {16, true},  {17, true}, {18, true},  {0, false},
+    /*20 */ {9, true},   {19, false}, {11, true}, {20, false}, {19, false},
+    /*25 */ {13, true},  {19, false}, {15, true}, {7, false},  {0, false},
+    /*30 */ {31, true},  {24, true},  {0, false}, {23, true},  {27, false},
+    /*35 */ {29, false}, {26, true},  {0, false}, {28, true},  {32, true},
     /*40 */ {0, false},  {30, true},
 };
 
@@ -173,7 +188,8 @@ int32_t act(jlpca_ctx *ctx, int p, const uintptr_t *rhs, int32_t *value) {
     switch (p) {
     case 2: return jpath_add_filter(ctx, path, "", 0, JPATH_STEP_ROOT);
     case 10:
-    case 12: return jpath_add_filter(ctx, path, ctx->tok_str, uint32_t(ctx->tok_val), JPATH_STEP_MEMBER);
+    case 12:
+        return jpath_add_filter(ctx, path, ctx->tok_str, uint32_t(ctx->tok_val), JPATH_STEP_MEMBER);
     case 14: return jpath_add_filter(ctx, path, "", 0, JPATH_STEP_WILDCARD);
     case 24: ctx->cur_filter->kind = JPATH_STEP_ALL_ELEMENTS; return 0;
     case 25: return jpath_add_filter(ctx, path, "", 0, JPATH_STEP_SUBSCRIPTS);
@@ -225,7 +241,8 @@ int32_t parse(PathScanner &s, jlpca_ctx *ctx, bool copy) {
                 jpath_error(ctx, "syntax error");
                 return 1;
             }
-            if (int32_t rc = act(ctx, p, e + n - kProd[p].len, &value)) return jpath_error_ex(ctx, rc);
+            if (int32_t rc = act(ctx, p, e + n - kProd[p].len, &value))
+                return jpath_error_ex(ctx, rc);
             n -= kProd[p].len;
             next = goto_of(state_of(e[n - 1]), kProd[p].lhs);
         }

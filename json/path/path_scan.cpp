@@ -39,9 +39,9 @@ constexpr const char *kMsgEscape = "escape error";
 constexpr const char *kMsgNoMemory = "out of memory";
 
 enum : uint8_t {
-    kBlank = 1 << 0,   // skipped between tokens
+    kBlank = 1 << 0,    // skipped between tokens
     kShortEsc = 1 << 1, // backspace, tab, line feed, form feed, carriage return
-    kStop = 1 << 2,    // ends a run of quoted content: short escapes, '"', '/', '\'
+    kStop = 1 << 2,     // ends a run of quoted content: short escapes, '"', '/', '\'
     kDigit = 1 << 3,
     kNameStart = 1 << 4,
     kName = 1 << 5,
@@ -130,7 +130,8 @@ int32_t quoted(PathScanner &s, bool copy) {
                 while (q < s.end && !is_stop(*q)) ++q;
             s.pos = q;
             s.cond = Cond::quoted;
-            if (int32_t rc = jlpca_addlit_escape(reinterpret_cast<const char *>(p), int32_t(q - p), ctx);
+            if (int32_t rc =
+                    jlpca_addlit_escape(reinterpret_cast<const char *>(p), int32_t(q - p), ctx);
                 rc < 0)
                 return append_failed(s, rc);
             continue;
@@ -154,7 +155,8 @@ int32_t quoted(PathScanner &s, bool copy) {
         } else if (c == '"') {
             ctx->mb_track = 0;
             s.cond = Cond::initial;
-            return set_value(s, ctx->lit_buf, uint32_t(std::strlen(ctx->lit_buf)), JT_DQSTRING, copy);
+            return set_value(s, ctx->lit_buf, uint32_t(std::strlen(ctx->lit_buf)), JT_DQSTRING,
+                             copy);
         } else {
             return lex_error(s, VXJSON_ERR_LEX, kMsgNeedEscape);
         }
@@ -208,7 +210,8 @@ int32_t next_token(PathScanner &s, bool copy) {
     if (is_digit(c)) {
         while (q < s.end && is_digit(*q)) ++q;
         s.pos = q;
-        const int32_t kind = jlpca_ret_integer(reinterpret_cast<const char *>(p), int32_t(q - p), s.ctx);
+        const int32_t kind =
+            jlpca_ret_integer(reinterpret_cast<const char *>(p), int32_t(q - p), s.ctx);
         if (kind == 0) { // a rejected number: its error is in the context
             s.ctx->err_line = s.line;
             s.pos = s.end;
@@ -232,8 +235,8 @@ int32_t next_token(PathScanner &s, bool copy) {
 extern "C" {
 
 VXJSON_API int32_t jpath_flex_scanner_init(jlpca_ctx *ctx, void **scanner) {
-    auto *s = static_cast<PathScanner *>(mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(PathScanner),
-                                                            0, SRC_JPATH, site::PATH_HEAP_SCANNER));
+    auto *s = static_cast<PathScanner *>(mem_heap_alloc_low(
+        ctx->env, ctx->heap, sizeof(PathScanner), 0, SRC_JPATH, site::PATH_HEAP_SCANNER));
     *scanner = s;
     if (!s) return VXJSON_ERR_NOMEM;
     scanner_start(*s, ctx);

@@ -16,12 +16,12 @@ namespace vxjson::path {
 enum class Cond : uint8_t { initial, quoted, escape };
 
 struct PathScanner {
-    jlpca_ctx *ctx;             // the context every action writes into
-    const unsigned char *pos;   // next byte to read
-    const unsigned char *end;   // end of the text
-    uint32_t line;              // current line, from 1
-    uint32_t column;            // current column, from 0
-    Cond cond;                  // start condition
+    jlpca_ctx *ctx;           // the context every action writes into
+    const unsigned char *pos; // next byte to read
+    const unsigned char *end; // end of the text
+    uint32_t line;            // current line, from 1
+    uint32_t column;          // current column, from 0
+    Cond cond;                // start condition
 };
 
 // Set up s over the context's current text: INITIAL, line 1, column 0,

@@ -20,7 +20,12 @@ using namespace vxjson;
 namespace {
 
 enum State : int32_t {
-    kBeforeBrace = 0, kAfterBrace = 1, kUnquoted = 2, kQuoted = 3, kAfterQuote = 4, kAfterComma = 5,
+    kBeforeBrace = 0,
+    kAfterBrace = 1,
+    kUnquoted = 2,
+    kQuoted = 3,
+    kAfterQuote = 4,
+    kAfterComma = 5,
 };
 
 // The initial room of the element string: most elements are short.
@@ -47,9 +52,9 @@ VXJSON_API int32_t jpath_array_isspace(int32_t c) {
 VXJSON_API int32_t jpath_array_element(void *env, vx_allocator *allocator, vxstr *out, char **pos,
                                        int32_t *state, int32_t *finished, int32_t *quoted) {
     char *const start = *pos;
-    char *r = start;     // next character to read
-    char *w = start;     // where the element's text is compacted to
-    char *end = start;   // end of its content, trailing blanks left out
+    char *r = start;   // next character to read
+    char *w = start;   // where the element's text is compacted to
+    char *end = start; // end of its content, trailing blanks left out
     int32_t st = *state;
     bool leading = true; // blanks are still skipped
     bool was_quoted = false;
@@ -136,7 +141,8 @@ VXJSON_API int32_t jpath_parse_pg_array(void *env, void *heap, vx_allocator *all
             break;
         }
         if (element->len != 0 || quoted) {
-            rc = jpath_add_filter_low(env, heap, path, element->buf, element->len, JPATH_STEP_MEMBER);
+            rc = jpath_add_filter_low(env, heap, path, element->buf, element->len,
+                                      JPATH_STEP_MEMBER);
             if (rc < 0) {
                 rc = report_pg(rc, site::PATH_PG_STEP);
                 break;

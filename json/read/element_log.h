@@ -157,11 +157,11 @@ private:
     size_t free_ = 0;        // words between the two parts
     uintptr_t *w_ = nullptr; // the buffer, as words
     size_t cap_ = 0;         // its words
-    size_t lo_ = 0;              // words of the front part
-    size_t hi_ = 0;              // words of the back stack
-    size_t records_ = 0;         // arrays recorded
-    uintptr_t first_ = 0;        // first record's index
-    uintptr_t last_ = 0;         // newest record's index
+    size_t lo_ = 0;          // words of the front part
+    size_t hi_ = 0;          // words of the back stack
+    size_t records_ = 0;     // arrays recorded
+    uintptr_t first_ = 0;    // first record's index
+    uintptr_t last_ = 0;     // newest record's index
     bool ok_ = true;
 };
 

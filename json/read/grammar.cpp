@@ -53,17 +53,20 @@ inline void copy_text(char *dst, const char *src, size_t len) {
 [[gnu::always_inline]] inline json_node *new_node(jlpca_ctx *ctx, chunk_pool &pool, uint32_t type,
                                                   size_t text_len) {
     json_node *node = make_node(pool, type, text_len ? text_len + 1 : 0);
-    if (!node) [[unlikely]] return nullptr;
+    if (!node) [[unlikely]]
+        return nullptr;
     link_created(ctx, node);
     return node;
 }
 
 // A string or decimal node holding the current literal, as
 // json_string_set_value stores it (no text at all when it is empty).
-[[gnu::always_inline]] inline int32_t new_text_node(jlpca_ctx *ctx, chunk_pool &pool, uint32_t type) {
+[[gnu::always_inline]] inline int32_t new_text_node(jlpca_ctx *ctx, chunk_pool &pool,
+                                                    uint32_t type) {
     const size_t len = size_t(ctx->tok_val);
     json_node *node = new_node(ctx, pool, type, len);
-    if (!node) [[unlikely]] return VXJSON_ERR_NOMEM;
+    if (!node) [[unlikely]]
+        return VXJSON_ERR_NOMEM;
     if (len) {
         node->str = reinterpret_cast<char *>(node + 1);
         copy_text(node->str, ctx->tok_str, len);
@@ -83,7 +86,8 @@ public:
 
     int32_t open(jlpca_ctx *ctx, uint32_t type, uintptr_t &slot) {
         json_node *node = new_node(ctx, pool_, type, 0);
-        if (!node) [[unlikely]] return VXJSON_ERR_NOMEM;
+        if (!node) [[unlikely]]
+            return VXJSON_ERR_NOMEM;
         if (type == JSON_ARRAY) slot = log_.open(node);
         return 0;
     }
@@ -131,7 +135,8 @@ public:
         if (!member_policy_applies(ctx)) {
             // Appended, from the read's own chunks.
             void *block = pool_.take(sizeof(json_keyval) + len);
-            if (!block) [[unlikely]] return report_json(VXJSON_ERR_NOMEM, TREE_ADD_KEYVAL);
+            if (!block) [[unlikely]]
+                return report_json(VXJSON_ERR_NOMEM, TREE_ADD_KEYVAL);
             json_keyval *kv = init_member(block, name, len, uint32_t(ctx->lit_escaped));
             member_append(ctx->cur_node, kv);
             member = reinterpret_cast<uintptr_t>(kv);
@@ -157,7 +162,8 @@ public:
         if (!log_.ok()) return json_adjust_array(ctx);
         return log_.each([ctx](json_node *array, json_node **items, uint32_t count) {
             auto fill = [&](json_node **block) { copy_words(block, items, count); };
-            if (make_items(ctx, array, count, fill)) return report_json(VXJSON_ERR_NOMEM, READ_ADJUST_ARRAY);
+            if (make_items(ctx, array, count, fill))
+                return report_json(VXJSON_ERR_NOMEM, READ_ADJUST_ARRAY);
             return 0;
         });
     }

@@ -33,7 +33,6 @@ constexpr int32_t UCHAR_BUF = 50;
 // The token-text buffer holds a whole match plus a terminator and slack.
 constexpr uint32_t SCAN_SLACK = 10;
 
-
 bool is_hex(unsigned char c, uint32_t &v) {
     if (c >= '0' && c <= '9') v = c - '0';
     else if (c >= 'A' && c <= 'F') v = c - 'A' + 10;
@@ -44,8 +43,8 @@ bool is_hex(unsigned char c, uint32_t &v) {
 
 // A heap copy of `len` bytes, NUL-terminated.
 char *heap_copy(jlpca_ctx *ctx, const char *text, size_t len, int32_t line) {
-    auto *p = static_cast<char *>(mem_heap_alloc_low(ctx->env, ctx->heap, len + 1, 0, SRC_JLPCA,
-                                                     line));
+    auto *p =
+        static_cast<char *>(mem_heap_alloc_low(ctx->env, ctx->heap, len + 1, 0, SRC_JLPCA, line));
     if (!p) return nullptr;
     if (len) std::memcpy(p, text, len);
     p[len] = '\0';
@@ -79,7 +78,7 @@ int32_t lit_grow(jlpca_ctx *ctx, uint32_t n) {
     // many small pieces (an escape-heavy string) cost quadratic copying and
     // heap; growing by half again keeps both linear.
     if (ctx->lit_cap >= LIT_GEOMETRIC_FROM) cap = std::max(cap, uint64_t(ctx->lit_cap) * 3 / 2);
-    if (cap > INT32_MAX - 1) cap = INT32_MAX - 1;  // lit_len is a signed 32-bit count
+    if (cap > INT32_MAX - 1) cap = INT32_MAX - 1; // lit_len is a signed 32-bit count
     if (cap <= uint64_t(ctx->lit_len) + n) return VXJSON_ERR_NOMEM;
     auto *buf = static_cast<char *>(
         mem_heap_alloc_low(ctx->env, ctx->heap, size_t(cap) + 1, 0, SRC_JLPCA, JLPCA_LIT_GROW));
@@ -107,9 +106,8 @@ VXJSON_API int32_t jlpca_init(void *env, jlpca_ctx *ctx, void *heap, vx_allocato
     return 0;
 }
 
-VXJSON_API int32_t jlpca_init_simple(void *env, jlpca_ctx *ctx, void *heap,
-                                     vx_allocator *allocator, int32_t escape_mode,
-                                     int32_t compat) {
+VXJSON_API int32_t jlpca_init_simple(void *env, jlpca_ctx *ctx, void *heap, vx_allocator *allocator,
+                                     int32_t escape_mode, int32_t compat) {
     std::memset(ctx, 0, sizeof *ctx);
     ctx->env = env;
     ctx->heap = heap;
@@ -296,8 +294,7 @@ VXJSON_API int32_t jlpca_uchar(const char *hex4, int32_t n, jlpca_ctx *ctx) {
     return jlpca_addlit_uchar(ctx, hex4, n, code);
 }
 
-VXJSON_API int32_t jlpca_addlit_uchar(jlpca_ctx *ctx, const char *hex4, int32_t,
-                                      uint32_t code) {
+VXJSON_API int32_t jlpca_addlit_uchar(jlpca_ctx *ctx, const char *hex4, int32_t, uint32_t code) {
     // The bound is inclusive on purpose: U+0080 is kept as the byte 0x80.
     if (code > 0x80) {
         const uint16_t unit = uint16_t(code);
@@ -342,8 +339,8 @@ VXJSON_API int32_t jlpca_number_prefix(const char *text, int32_t n, jlpca_ctx *c
         *out = zero;
         *out_len = 1;
     } else if (s.negative) {
-        char *copy = static_cast<char *>(mem_heap_alloc_low(
-            ctx->env, ctx->heap, size_t(s.len) + 2, 0, SRC_JLPCA, JLPCA_NUMBER_COPY));
+        char *copy = static_cast<char *>(mem_heap_alloc_low(ctx->env, ctx->heap, size_t(s.len) + 2,
+                                                            0, SRC_JLPCA, JLPCA_NUMBER_COPY));
         if (!copy) return number_nomem(ctx);
         copy[0] = '-';
         std::memcpy(copy + 1, s.digits, size_t(s.len));
@@ -421,8 +418,7 @@ int32_t ret_real_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
             ctx->tok_val = int32_t(d);
             return int32_t(ctx->tok = JT_INT);
         }
-        if (d >= -9223372036854775808.0 && d < 9223372036854775808.0 &&
-            d == double(int64_t(d))) {
+        if (d >= -9223372036854775808.0 && d < 9223372036854775808.0 && d == double(int64_t(d))) {
             ctx->tok_val = int64_t(d);
             return int32_t(ctx->tok = JT_BIGINT);
         }
@@ -440,7 +436,6 @@ int32_t set_decimal(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
     ctx->tok_val = len;
     return int32_t(ctx->tok = JT_DECIMAL);
 }
-
 
 int32_t keyword_lookup(const char *w, size_t len, bool strict) {
     const int32_t none = strict ? -2 : -1;

@@ -76,7 +76,8 @@ private:
 inline int32_t closer_of(uint32_t kind) { return kind == ARRAY ? ']' : '}'; }
 
 // Where and why the grammar stopped, at the token just read.
-[[gnu::cold, gnu::noinline]] inline void note(const scan::scan_state &s, int32_t t, place::cause why) {
+[[gnu::cold, gnu::noinline]] inline void note(const scan::scan_state &s, int32_t t,
+                                              place::cause why) {
     place::record_grammar(s.ctx, why, scan::token_start(s, t));
 }
 
@@ -105,8 +106,8 @@ template <class G> int32_t run(scan::scan_state &s, jlpca_ctx *ctx, G &g) {
     constexpr uint32_t O = G::OPEN_ENTRIES;
     state_stack stack;
     uintptr_t *e = stack.entries();
-    uint32_t n = 1;       // entries in use; entry 0 is the start state
-    uint32_t base = 0;    // opening entry of the innermost container
+    uint32_t n = 1;      // entries in use; entry 0 is the start state
+    uint32_t base = 0;   // opening entry of the innermost container
     uint32_t kind = TOP; // and its kind
     bool top_is_scalar = false;
     int32_t rc = 0;
@@ -116,12 +117,12 @@ template <class G> int32_t run(scan::scan_state &s, jlpca_ctx *ctx, G &g) {
     // Each state reads its token and goes straight to the next state: no
     // state variable to dispatch on, so the branches stay predictable.
 #define VXJSON_NEXT() (t = scan::next_token_inline<G::MODE>(s))
-#define VXJSON_PUSH(k)                                                                     \
-    do {                                                                                   \
-        n += (k);                                                                          \
-        if (!stack.fits(n)) [[unlikely]]                                                   \
-            goto exhausted;                                                                \
-        e = stack.entries();                                                               \
+#define VXJSON_PUSH(k)                                                                             \
+    do {                                                                                           \
+        n += (k);                                                                                  \
+        if (!stack.fits(n)) [[unlikely]]                                                           \
+            goto exhausted;                                                                        \
+        e = stack.entries();                                                                       \
     } while (0)
 
     VXJSON_NEXT();
@@ -177,7 +178,7 @@ value_done:
         goto syntax;
     }
     g.close(ctx, kind, e[base + O]);
-close: {
+close : {
     const uintptr_t open = e[base];
     n = base;
     base = uint32_t(open >> 2);
@@ -185,7 +186,7 @@ close: {
     goto value_done;
 }
 
-key: {
+key : {
     uintptr_t member = 0;
     if (t == JT_DQSTRING || t == JT_SQSTRING || t == JT_NAME) {
         VXJSON_PUSH(1);

@@ -200,7 +200,7 @@ template <scan_mode M> int32_t number_token(jlpca_ctx *ctx, int kind, const char
         if (kind == REAL && ctx->number_mode == 2) return ret_real_low(ctx, norm, len, false);
         if (cannot_overflow(norm, len)) return set_decimal(ctx, norm, len, false);
         return kind == REAL ? ret_real_low(ctx, norm, len, false)
-                             : ret_decimal_low(ctx, norm, len, false);
+                            : ret_decimal_low(ctx, norm, len, false);
     }
 }
 
@@ -227,10 +227,10 @@ template <scan_mode M> int32_t word_slow(scan_state &s, const char *w, int32_t n
     return JT_NAME;
 }
 
-#define VXJSON_SCAN_INSTANTIATE(M)                                                         \
-    template int32_t string_slow<M, '"'>(scan_state &, const uchar *, const uchar *);         \
-    template int32_t string_slow<M, '\''>(scan_state &, const uchar *, const uchar *);        \
-    template int32_t number_slow<M>(scan_state &, int, const char *, int32_t);                \
+#define VXJSON_SCAN_INSTANTIATE(M)                                                                 \
+    template int32_t string_slow<M, '"'>(scan_state &, const uchar *, const uchar *);              \
+    template int32_t string_slow<M, '\''>(scan_state &, const uchar *, const uchar *);             \
+    template int32_t number_slow<M>(scan_state &, int, const char *, int32_t);                     \
     template int32_t word_slow<M>(scan_state &, const char *, int32_t);
 VXJSON_SCAN_INSTANTIATE(scan_mode::raw)
 VXJSON_SCAN_INSTANTIATE(scan_mode::tree)
@@ -242,8 +242,8 @@ VXJSON_SCAN_INSTANTIATE(scan_mode::check)
 // ------------------------------------------------------------------
 
 scan_state *json_lex_init_extra(jlpca_ctx *ctx) {
-    auto *s = static_cast<scan_state *>(mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(scan_state), 0,
-                                                        SRC_FLEX, SCAN_INSTANCE_HEAP));
+    auto *s = static_cast<scan_state *>(mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(scan_state),
+                                                           0, SRC_FLEX, SCAN_INSTANCE_HEAP));
     if (s) *s = scan_state{ctx, nullptr, nullptr, nullptr, 1, false};
     return s;
 }

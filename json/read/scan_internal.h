@@ -42,14 +42,14 @@ enum class scan_mode { raw, tree, check };
 // ------------------------------------------------------------------
 
 enum : uint16_t {
-    BLANK = 1 << 0,     // skipped between tokens
-    ESC_NEED = 1 << 1,   // must be escaped inside a string
-    DQ_STOP = 1 << 2,    // ends a run of double-quoted string content
-    SQ_STOP = 1 << 3,    // ends a run of single-quoted string content
+    BLANK = 1 << 0,    // skipped between tokens
+    ESC_NEED = 1 << 1, // must be escaped inside a string
+    DQ_STOP = 1 << 2,  // ends a run of double-quoted string content
+    SQ_STOP = 1 << 3,  // ends a run of single-quoted string content
     DIGIT = 1 << 4,
     WORD_START = 1 << 5, // letters, '_' and every byte 0x80-0xFF
-    WORD = 1 << 6,      // word start or digit
-    PUNCT = 1 << 7,     // single-character tokens
+    WORD = 1 << 6,       // word start or digit
+    PUNCT = 1 << 7,      // single-character tokens
     NUM_START = 1 << 8,  // may start a number: digit, sign, '.'
 };
 
@@ -94,12 +94,12 @@ template <uchar Q> inline bool is_stop(uchar c) {
 // ------------------------------------------------------------------
 
 struct scan_state {
-    jlpca_ctx *ctx;      // the context every action writes into
-    const uchar *pos;    // next byte to read
-    const uchar *end;    // end of the text
-    const uchar *start;  // start of the token just read, unless it is a punctuation byte
-    uint32_t line;       // current line, from 1
-    bool mb_simple;      // the charset never leaves a piece inside a character
+    jlpca_ctx *ctx;     // the context every action writes into
+    const uchar *pos;   // next byte to read
+    const uchar *end;   // end of the text
+    const uchar *start; // start of the token just read, unless it is a punctuation byte
+    uint32_t line;      // current line, from 1
+    bool mb_simple;     // the charset never leaves a piece inside a character
 };
 
 // Generated-scanner entry points, under the names the server knows.
@@ -144,8 +144,7 @@ enum number_kind { INTEGER, DECIMAL, REAL };
 // First byte at or after p that ends string content for quote Q, or end.
 // `ctrl` is set when a control byte that is content (NUL among them) was
 // passed, so the caller knows to look for a NUL.
-template <uchar Q>
-inline const uchar *find_stop(const uchar *p, const uchar *end, bool &ctrl) {
+template <uchar Q> inline const uchar *find_stop(const uchar *p, const uchar *end, bool &ctrl) {
 #if defined(__SSE2__)
     const __m128i vq = _mm_set1_epi8(char(Q));
     const __m128i vb = _mm_set1_epi8('\\');
@@ -182,10 +181,10 @@ inline const uchar *skip_blanks(const uchar *p, const uchar *end, uint32_t &line
     while (end - p >= 16) {
         __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
         __m128i lf = _mm_cmpeq_epi8(v, nl);
-        __m128i ws = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, sp), lf),
-                                  _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, tab),
-                                                            _mm_cmpeq_epi8(v, cr)),
-                                               _mm_cmpeq_epi8(v, ff)));
+        __m128i ws =
+            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, sp), lf),
+                         _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, tab), _mm_cmpeq_epi8(v, cr)),
+                                      _mm_cmpeq_epi8(v, ff)));
         unsigned nonblank = ~unsigned(_mm_movemask_epi8(ws)) & 0xFFFFu;
         unsigned lines = unsigned(_mm_movemask_epi8(lf));
         if (nonblank) {
@@ -242,7 +241,8 @@ template <scan_mode M, uchar Q> inline int32_t scan_string(scan_state &s, const 
             // The value ends at its first NUL, as a C-string copy would.
             size_t len = size_t(r - q);
             if (ctrl) {
-                if (const void *z = std::memchr(q, 0, len)) len = size_t(static_cast<const uchar *>(z) - q);
+                if (const void *z = std::memchr(q, 0, len))
+                    len = size_t(static_cast<const uchar *>(z) - q);
             }
             ctx->tok_str = const_cast<char *>(reinterpret_cast<const char *>(q));
             ctx->tok_val = int64_t(len);
@@ -260,13 +260,13 @@ inline const uchar *skip_digits(const uchar *p, const uchar *end) {
         std::memcpy(&x, p, 8);
         // A byte is a digit when its high nibble is 3 and its low one <= 9;
         // `bad` is nonzero exactly in the other bytes (no carries cross).
-        uint64_t bad = ((x & 0xF0 * ONES) ^ 0x30 * ONES) | (((x & 0x0F * ONES) + 0x06 * ONES) & 0x10 * ONES);
+        uint64_t bad =
+            ((x & 0xF0 * ONES) ^ 0x30 * ONES) | (((x & 0x0F * ONES) + 0x06 * ONES) & 0x10 * ONES);
         if (bad) {
             uint64_t high = (((bad & 0x7F * ONES) + 0x7F * ONES) | bad) & 0x80 * ONES;
             if constexpr (std::endian::native == std::endian::little)
                 return p + (__builtin_ctzll(high) >> 3);
-            else
-                return p + (__builtin_clzll(high) >> 3);
+            else return p + (__builtin_clzll(high) >> 3);
         }
         p += 8;
     }
@@ -278,8 +278,8 @@ inline const uchar *skip_digits(const uchar *p, const uchar *end) {
 // that no overflow check can change.  Integers of up to 18 characters get
 // their value (in the check grammar, which needs none, simply JT_INT);
 // longer ones and decimals keep their text, in place.
-template <scan_mode M> inline int32_t plain_number_token(jlpca_ctx *ctx, const char *t, int32_t n,
-                                                    bool integer) {
+template <scan_mode M>
+inline int32_t plain_number_token(jlpca_ctx *ctx, const char *t, int32_t n, bool integer) {
     if (integer && n <= MAX_INTEGER_CHARS) {
         int32_t kind = JT_INT;
         if constexpr (M == scan_mode::tree) {
@@ -309,8 +309,8 @@ template <scan_mode M> inline int32_t scan_plain_number(scan_state &s, const uch
     jlpca_ctx *ctx = s.ctx;
     if (overflow_is_an_error(ctx)) return 0;
     auto digit_mask16 = [](const uchar *q) {
-        const __m128i v = _mm_sub_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i *>(q)),
-                                       _mm_set1_epi8('0'));
+        const __m128i v =
+            _mm_sub_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i *>(q)), _mm_set1_epi8('0'));
         return uint32_t(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(v, _mm_set1_epi8(9)), v)));
     };
     // Bit i set for a non-digit at p[i]; bit 32 stands for "not within
@@ -386,7 +386,8 @@ template <scan_mode M> inline int32_t scan_number(scan_state &s, const uchar *p)
         const bool plain = *start != '+' && whole && !dot_last &&
                            (*digits != '0' || digits + 1 == p || digits[1] == '.') &&
                            !overflow_is_an_error(ctx);
-        if (plain) [[likely]] return plain_number_token<M>(ctx, t, n, kind == INTEGER);
+        if (plain) [[likely]]
+            return plain_number_token<M>(ctx, t, n, kind == INTEGER);
     }
     return number_slow<M>(s, kind, t, n);
 }

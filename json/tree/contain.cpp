@@ -30,7 +30,8 @@ bool has_matching_member(const json_node *a, const json_keyval *kb, Pred &&pred)
     return false;
 }
 
-template <class Pred> bool every_member_matched(const json_node *a, const json_node *b, Pred &&pred) {
+template <class Pred>
+bool every_member_matched(const json_node *a, const json_node *b, Pred &&pred) {
     for (const json_keyval *kb = b->first_member; kb; kb = kb->next)
         if (!has_matching_member(a, kb, pred)) return false;
     return true;

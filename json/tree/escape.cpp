@@ -144,10 +144,8 @@ char *escape_std_words(const unsigned char *in, size_t n, char *out, charset_cac
     const unsigned char *const e = in + n;
     if constexpr (std::endian::native != std::endian::little) {
         while (p < e) {
-            if (!is_scan_stop(*p))
-                *out++ = static_cast<char>(*p++);
-            else if (!escape_one(p, e, out, cs))
-                break;
+            if (!is_scan_stop(*p)) *out++ = static_cast<char>(*p++);
+            else if (!escape_one(p, e, out, cs)) break;
         }
         return out;
     }
@@ -200,9 +198,9 @@ char *escape_std_vectors(const unsigned char *in, size_t n, char *out, charset_c
             v = _mm_set_epi64x(0, static_cast<long long>(rem == 8 ? load8(p) : load_tail(p, rem)));
             step = rem;
         }
-        unsigned m = static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(
-            _mm_or_si128(_mm_cmpeq_epi8(v, quote), _mm_cmpeq_epi8(v, backslash)),
-            _mm_or_si128(_mm_cmpeq_epi8(_mm_min_epu8(v, thirteen), v), v))));
+        unsigned m = static_cast<unsigned>(_mm_movemask_epi8(
+            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, quote), _mm_cmpeq_epi8(v, backslash)),
+                         _mm_or_si128(_mm_cmpeq_epi8(_mm_min_epu8(v, thirteen), v), v))));
         m &= step == 16 ? 0xFFFFu : (1u << step) - 1;
         _mm_storeu_si128(reinterpret_cast<__m128i *>(out), v);
         if (m) step = static_cast<unsigned>(std::countr_zero(m));
@@ -246,8 +244,7 @@ void release(void *env, vx_allocator *a, char *text) {
 // on_byte(byte); either returns false to end the walk.  A character cut
 // off by the end of the text is dropped.
 template <class OnMulti, class OnByte>
-void walk_chars(const char *text, size_t len, charset_cache &cs, OnMulti on_multi,
-                OnByte on_byte) {
+void walk_chars(const char *text, size_t len, charset_cache &cs, OnMulti on_multi, OnByte on_byte) {
     const auto *p = reinterpret_cast<const unsigned char *>(text);
     const auto *const e = p + len;
     while (p < e) {
@@ -305,16 +302,14 @@ int32_t convert_general(out_buf &o, uint32_t flags, const char *text, uint32_t l
         line = ESCAPE_CONVERT_STD;
         break;
     case JSON_CONV_MYSQL:
-        rc = json_string_from_value_add_escape_for_mysql(o.env, o.alloc, text, len, &tmp,
-                                                         &tmp_len);
+        rc = json_string_from_value_add_escape_for_mysql(o.env, o.alloc, text, len, &tmp, &tmp_len);
         line = ESCAPE_CONVERT_MYSQL;
         break;
     case JSON_CONV_PLAIN:
         rc = json_string_to_value_remove_escape(o.env, o.alloc, text, len, &tmp, &tmp_len);
         line = ESCAPE_CONVERT_PLAIN;
         break;
-    default:
-        break;
+    default: break;
     }
     if (rc < 0) {
         release(o.env, o.alloc, tmp);
@@ -384,8 +379,7 @@ VXJSON_API int32_t json_string_from_value_add_escape(void *env, vx_allocator *al
 // Escapes already in the text are kept (a backslash before a letter of the
 // MySQL table), the rest is escaped by the standard table; a backslash
 // before anything else is dropped.
-VXJSON_API int32_t json_string_from_value_add_escape_for_mysql(void *env,
-                                                               vx_allocator *allocator,
+VXJSON_API int32_t json_string_from_value_add_escape_for_mysql(void *env, vx_allocator *allocator,
                                                                const char *text, uint32_t len,
                                                                char **out, uint32_t *out_len) {
     *out = nullptr;
@@ -420,8 +414,8 @@ VXJSON_API int32_t json_string_from_value_add_escape_for_mysql(void *env,
 // it accepts are decoded, with its errors.  The reader's nodes need a heap
 // of their own; it lives only for this call.
 VXJSON_API int32_t json_string_to_value_remove_escape(void *env, vx_allocator *allocator,
-                                                      const char *text, uint32_t len,
-                                                      char **out, uint32_t *out_len) {
+                                                      const char *text, uint32_t len, char **out,
+                                                      uint32_t *out_len) {
     *out = nullptr;
     *out_len = 0;
     if (len == 0) return 0;
@@ -433,8 +427,8 @@ VXJSON_API int32_t json_string_to_value_remove_escape(void *env, vx_allocator *a
         return report_json(rc, ESCAPE_UNESCAPE_QUOTE);
     }
     vx_heap *heap = mem_heap_create(sizeof(jlpca_ctx) + 2 * size_t(s->len) + 1024);
-    auto *ctx = heap ? static_cast<jlpca_ctx *>(mem_heap_alloc_low(
-                           env, heap, sizeof(jlpca_ctx), 0, SRC_JSON, ESCAPE_UNESCAPE_READ))
+    auto *ctx = heap ? static_cast<jlpca_ctx *>(mem_heap_alloc_low(env, heap, sizeof(jlpca_ctx), 0,
+                                                                   SRC_JSON, ESCAPE_UNESCAPE_READ))
                      : nullptr;
     if (!ctx) {
         if (heap) mem_heap_free(heap);
@@ -469,8 +463,7 @@ VXJSON_API int32_t json_string_to_value_remove_escape(void *env, vx_allocator *a
 // upper-case hex: a character beyond the Basic Multilingual Plane keeps
 // only its high surrogate, as the server has always written it.
 VXJSON_API int32_t json_string_convert_ascii(void *env, vx_allocator *allocator, vxstr *string,
-                                             uint32_t /*flags*/, const char *text,
-                                             uint32_t len) {
+                                             uint32_t /*flags*/, const char *text, uint32_t len) {
     if (string->failed) return NOMEM;
     if (len == 0) return 0;
     char *buf = alloc_text(env, allocator, 3 * size_t(len) + 2, ESCAPE_ALLOC_ASCII);
@@ -491,8 +484,8 @@ VXJSON_API int32_t json_string_convert_ascii(void *env, vx_allocator *allocator,
                 return false;
             }
             const unsigned u = units[0];
-            const char esc[6] = {'\\', 'u', HEX[u >> 12], HEX[(u >> 8) & 15], HEX[(u >> 4) & 15],
-                                 HEX[u & 15]};
+            const char esc[6] = {
+                '\\', 'u', HEX[u >> 12], HEX[(u >> 8) & 15], HEX[(u >> 4) & 15], HEX[u & 15]};
             o = copy_bytes(o, reinterpret_cast<const unsigned char *>(esc), 6);
             return true;
         },
@@ -507,16 +500,14 @@ VXJSON_API int32_t json_string_convert_ascii(void *env, vx_allocator *allocator,
     return rc < 0 ? rc : 0;
 }
 
-namespace {
-
-} // namespace
+namespace {} // namespace
 
 // Walks an SQL string literal with three flags: after a backslash (P), the
 // last output an escaped backslash (D), inside double quotes (Q).  An escape
 // that MySQL mode cannot take is an error; "\0" ends the text.
 VXJSON_API int32_t json_org_str_escape_solve_for_mysql(void *env, vx_allocator *allocator,
-                                                       const char *text, uint32_t len,
-                                                       char **out, uint32_t *out_len) {
+                                                       const char *text, uint32_t len, char **out,
+                                                       uint32_t *out_len) {
     *out = nullptr;
     *out_len = 0;
     if (len == 0) return 0;
@@ -552,9 +543,7 @@ VXJSON_API int32_t json_org_str_escape_solve_for_mysql(void *env, vx_allocator *
                 escaped_backslash = !escaped_backslash;
                 pending = false;
                 return true;
-            case '"':
-                in_quotes = in_quotes ? escaped_backslash : true;
-                return plain('"');
+            case '"': in_quotes = in_quotes ? escaped_backslash : true; return plain('"');
             case 't':
             case 'n':
             case 'r':
@@ -562,16 +551,13 @@ VXJSON_API int32_t json_org_str_escape_solve_for_mysql(void *env, vx_allocator *
                 return in_quotes ? fail() : plain(' ');
             case '_':
             case 'b':
-            case '%':
-                return pending ? fail() : plain(static_cast<char>(c));
+            case '%': return pending ? fail() : plain(static_cast<char>(c));
             case '0':
                 if (!pending) return plain('0');
                 pending = false;
                 return false; // the rest of the text is ignored
-            case '\'':
-                return pending && !in_quotes ? fail() : plain('\'');
-            default:
-                return plain(static_cast<char>(c)); // a backslash before it is dropped
+            case '\'': return pending && !in_quotes ? fail() : plain('\'');
+            default: return plain(static_cast<char>(c)); // a backslash before it is dropped
             }
         });
     if (bad || pending || in_quotes) {
@@ -585,8 +571,7 @@ VXJSON_API int32_t json_org_str_escape_solve_for_mysql(void *env, vx_allocator *
 // A column default is stored with MySQL escapes; its value has them
 // decoded.  With an assignment field other than 0 a lone trailing
 // backslash is tolerated and dropped.
-VXJSON_API int32_t json_default_value_remove_escape_for_mysql(void *env,
-                                                              vx_allocator *allocator,
+VXJSON_API int32_t json_default_value_remove_escape_for_mysql(void *env, vx_allocator *allocator,
                                                               const vx_nstr *src, vx_nstr *dst) {
     if (src->len == 0) return 0;
     char *buf = alloc_text(env, allocator, src->len, ESCAPE_ALLOC_DEFAULT);
@@ -622,12 +607,10 @@ VXJSON_API int32_t json_default_value_remove_escape_for_mysql(void *env,
         });
     int32_t rc;
     const auto n = static_cast<uint32_t>(o - buf);
-    if (pending && src->assign == 0)
-        rc = VXJSON_ERR_LONE_BACKSLASH;
+    if (pending && src->assign == 0) rc = VXJSON_ERR_LONE_BACKSLASH;
     else if (src->assign == 0)
         rc = nstr_assign_const_with_blank_no_clear(env, allocator, dst, buf, n);
-    else
-        rc = nstr_assign_const_ex2_no_clear(env, allocator, dst, buf, n, src->assign);
+    else rc = nstr_assign_const_ex2_no_clear(env, allocator, dst, buf, n, src->assign);
     vx_free(env, allocator, buf);
     return rc;
 }

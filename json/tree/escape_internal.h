@@ -36,7 +36,11 @@ constexpr char std_escape_letter(unsigned c) { return letter_of_byte(c); }
 // that a backslash before one of them stays that escape.
 constexpr char mysql_escape_letter(unsigned c) {
     switch (c) {
-    case 'b': case 't': case 'n': case 'f': case 'r': return static_cast<char>(c);
+    case 'b':
+    case 't':
+    case 'n':
+    case 'f':
+    case 'r': return static_cast<char>(c);
     default: return std_escape_letter(c);
     }
 }
@@ -136,7 +140,7 @@ struct out_buf {
     bool grow(size_t n);
     void put(char c) { *p++ = c; }
     void put(const char *b, size_t n) {
-        if (n == 0) return;  // an empty text may have no buffer at all
+        if (n == 0) return; // an empty text may have no buffer at all
         std::memcpy(p, b, n);
         p += n;
     }
@@ -164,10 +168,8 @@ inline int32_t convert_into(out_buf &o, charset_cache &cs, uint32_t flags, const
         const size_t need = (conv == JSON_CONV_JSON ? 2 * size_t(len) + ESCAPE_SLACK : len) + 2;
         if (!o.ensure(need)) return VXJSON_ERR_NOMEM;
         if (q) o.put('"');
-        if (conv == JSON_CONV_NONE)
-            o.put(text, len);
-        else
-            o.p = escape_std(reinterpret_cast<const unsigned char *>(text), len, o.p, cs);
+        if (conv == JSON_CONV_NONE) o.put(text, len);
+        else o.p = escape_std(reinterpret_cast<const unsigned char *>(text), len, o.p, cs);
         if (q) o.put('"');
         return 0;
     }

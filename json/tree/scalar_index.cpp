@@ -60,15 +60,9 @@ bool ScalarIndex::key_of(const json_node *b, Key *key) {
         *key = {mix(std::bit_cast<uint64_t>(d)), KIND_NUMBER};
         return true;
     }
-    case JSON_STRING:
-        *key = {hash_bytes(b->str, b->str_len), KIND_STRING};
-        return true;
-    case JSON_BOOLEAN:
-        *key = {mix(b->bval), KIND_BOOLEAN};
-        return true;
-    case JSON_NULL:
-        *key = {0, KIND_NULL};
-        return true;
+    case JSON_STRING: *key = {hash_bytes(b->str, b->str_len), KIND_STRING}; return true;
+    case JSON_BOOLEAN: *key = {mix(b->bval), KIND_BOOLEAN}; return true;
+    case JSON_NULL: *key = {0, KIND_NULL}; return true;
     default:
         // Dates and datetimes equal nothing: a key no element has.
         *key = {0, 0};

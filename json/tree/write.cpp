@@ -115,10 +115,8 @@ template <class U> inline void put_digits(char *end, U u) {
         end -= 2;
         std::memcpy(end, &DIGIT_PAIRS[2 * r], 2);
     }
-    if (u >= 10)
-        std::memcpy(end - 2, &DIGIT_PAIRS[2 * unsigned(u)], 2);
-    else
-        end[-1] = char('0' + unsigned(u));
+    if (u >= 10) std::memcpy(end - 2, &DIGIT_PAIRS[2 * unsigned(u)], 2);
+    else end[-1] = char('0' + unsigned(u));
 }
 
 // The text of v as "%lld" writes it; 20 bytes of room.
@@ -129,10 +127,8 @@ inline char *format_int(char *p, int64_t v) {
         u = 0 - u;
     }
     p += decimal_digits(u);
-    if (u <= UINT32_MAX)
-        put_digits(p, uint32_t(u));
-    else
-        put_digits(p, u);
+    if (u <= UINT32_MAX) put_digits(p, uint32_t(u));
+    else put_digits(p, u);
     return p;
 }
 
@@ -149,9 +145,7 @@ int32_t scalar(writer &w, const json_node *node) {
         if (node->bval) put(w, "true", 4);
         else put(w, "false", 5);
         return 0;
-    case JSON_NULL:
-        put(w, "null", 4);
-        return 0;
+    case JSON_NULL: put(w, "null", 4); return 0;
     case JSON_DATE:
     case JSON_DATETIME: {
         char text[VXTIME_TEXT_MAX];
@@ -165,8 +159,7 @@ int32_t scalar(writer &w, const json_node *node) {
         }
         return rc;
     }
-    default:
-        return VXJSON_ERR_INVALID_JSON;
+    default: return VXJSON_ERR_INVALID_JSON;
     }
 }
 
@@ -187,12 +180,9 @@ template <layout L> int32_t object(writer &w, const json_node *node, uint32_t le
         if (L != layout::compact) indent(w, level + 1);
         int32_t rc = convert_into(w.o, w.cs, w.flags, kv->name, kv->name_len, 1, conv);
         if (rc < 0) return report_json(rc, LINE_MEMBER);
-        if constexpr (L == layout::a)
-            put(w, " : ", 3);
-        else if constexpr (L == layout::b)
-            put(w, ": ", 2);
-        else
-            put(w, ':');
+        if constexpr (L == layout::a) put(w, " : ", 3);
+        else if constexpr (L == layout::b) put(w, ": ", 2);
+        else put(w, ':');
         rc = value<L>(w, kv->value, level + 1, L == layout::a && is_container(kv->value), conv);
         if (rc < 0) return report_json(rc, LINE_MEMBER_VALUE);
         if (kv->next) put(w, ',');
@@ -230,24 +220,19 @@ int32_t value(writer &w, const json_node *node, uint32_t level, uint32_t newline
     if (!node) return VXJSON_ERR_INVALID_JSON;
     if (L != layout::compact && newline_first) indent(w, level);
     switch (node->type) {
-    case JSON_ARRAY:
-        return array<L>(w, node, level);
-    case JSON_OBJECT:
-        return object<L>(w, node, level);
+    case JSON_ARRAY: return array<L>(w, node, level);
+    case JSON_OBJECT: return object<L>(w, node, level);
     case JSON_STRING: {
         // A decoded string is escaped for JSON output and left alone for
         // plain output; a string kept in source form the other way round; a
         // string that never held an escape is written as it is.
         uint8_t c = conv;
-        if (!node->str_flags)
-            c = JSON_CONV_NONE;
-        else if (!w.keep ? conv == JSON_CONV_PLAIN : conv == JSON_CONV_JSON)
-            c = JSON_CONV_NONE;
-        return convert_into(w.o, w.cs, w.flags, node->str, node->str_len,
-                            conv != JSON_CONV_PLAIN, c);
+        if (!node->str_flags) c = JSON_CONV_NONE;
+        else if (!w.keep ? conv == JSON_CONV_PLAIN : conv == JSON_CONV_JSON) c = JSON_CONV_NONE;
+        return convert_into(w.o, w.cs, w.flags, node->str, node->str_len, conv != JSON_CONV_PLAIN,
+                            c);
     }
-    default:
-        return scalar(w, node);
+    default: return scalar(w, node);
     }
 }
 
@@ -272,15 +257,11 @@ template <layout L> size_t estimate(const json_node *node, uint32_t level) {
         return n;
     }
     case JSON_STRING:
-    case JSON_DECIMAL:
-        return node->str_len + 2;
-    case JSON_INTEGER:
-        return 20;
+    case JSON_DECIMAL: return node->str_len + 2;
+    case JSON_INTEGER: return 20;
     case JSON_DATE:
-    case JSON_DATETIME:
-        return VXTIME_TEXT_MAX;
-    default:
-        return 8;
+    case JSON_DATETIME: return VXTIME_TEXT_MAX;
+    default: return 8;
     }
 }
 
@@ -315,12 +296,9 @@ int32_t finish(writer &w, int32_t rc) {
 // whatever else is set, layout B only when the whole word is 4.
 template <class F> int32_t with_layout(writer &w, F &&f) {
     int32_t rc;
-    if (w.flags & JSON_FMT_PRETTY_A)
-        rc = f(layout_t<layout::a>{});
-    else if (w.flags == JSON_FMT_PRETTY_B)
-        rc = f(layout_t<layout::b>{});
-    else
-        rc = f(layout_t<layout::compact>{});
+    if (w.flags & JSON_FMT_PRETTY_A) rc = f(layout_t<layout::a>{});
+    else if (w.flags == JSON_FMT_PRETTY_B) rc = f(layout_t<layout::b>{});
+    else rc = f(layout_t<layout::compact>{});
     return finish(w, rc);
 }
 
@@ -361,13 +339,13 @@ VXJSON_API int32_t json_array_to_string(jlpca_ctx *ctx, vx_allocator *allocator,
 }
 
 VXJSON_API int32_t json_array_items_to_string(jlpca_ctx *ctx, vx_allocator *allocator,
-                                              vxstr *string, const json_node *node,
-                                              uint32_t flags, uint32_t level,
-                                              uint32_t newline_first, uint8_t conv) {
+                                              vxstr *string, const json_node *node, uint32_t flags,
+                                              uint32_t level, uint32_t newline_first,
+                                              uint8_t conv) {
     if (string->failed) return NOMEM;
     writer w = make_writer(ctx, allocator, string, flags);
-    return with_layout(w,
-                       [&](auto l) { return items<decltype(l)::value>(w, node, level, newline_first, conv); });
+    return with_layout(
+        w, [&](auto l) { return items<decltype(l)::value>(w, node, level, newline_first, conv); });
 }
 
 // A date or datetime returns the length of its text; every other scalar 0.

@@ -23,8 +23,8 @@ struct ChangeInput {
 
 struct ChangeOutcome {
     int32_t code = 0;
-    std::string text;        // the function's text, or the tree's after a failure
-    std::string problem;     // a broken link found in the tree, if any
+    std::string text;    // the function's text, or the tree's after a failure
+    std::string problem; // a broken link found in the tree, if any
 };
 
 inline bool change_is_pg(const std::string &op) { return op == "pgset" || op == "pgremove"; }
@@ -68,8 +68,11 @@ inline int32_t compile_pg_step(VxEnv &env, const std::string &key, jpath *path) 
     int32_t rc = jpath_add_filter_low(nullptr, env.heap, path, "", 0, 0);
     int64_t pos = 0;
     const bool is_position = !key.empty() && str2int64(key.data(), uint32_t(key.size()), &pos) == 0;
-    if (!rc) rc = jpath_add_filter_low(nullptr, env.heap, path, key.data(), uint32_t(key.size()), is_position ? 4 : 3);
-    if (!rc && is_position) rc = jpath_add_index_pg(nullptr, env.heap, path->last_filter, int32_t(pos));
+    if (!rc)
+        rc = jpath_add_filter_low(nullptr, env.heap, path, key.data(), uint32_t(key.size()),
+                                  is_position ? 4 : 3);
+    if (!rc && is_position)
+        rc = jpath_add_index_pg(nullptr, env.heap, path->last_filter, int32_t(pos));
     return rc;
 }
 
@@ -79,7 +82,7 @@ struct ChangeSetup {
     jpath one{};
     jpath *paths = nullptr;
     uint32_t count = 0;
-    int32_t code = 0;  // a failure to read or compile (a test bug, or memory)
+    int32_t code = 0; // a failure to read or compile (a test bug, or memory)
 
     ChangeSetup(VxEnv &env, const ChangeInput &in) {
         jlpca_ctx *ctx = env.ctx.get();
@@ -88,9 +91,11 @@ struct ChangeSetup {
         if (in.op == "pgset") code = compile_pg_path(env, in.path, &one);
         else if (in.op == "pgremove") code = compile_pg_step(env, in.path, &one);
         else if (in.op == "remove" || in.op == "append" || in.op == "arrayinsert")
-            code = jpath_array_flex(ctx, in.path.data(), uint32_t(in.path.size()), 0, &count, &paths);
+            code =
+                jpath_array_flex(ctx, in.path.data(), uint32_t(in.path.size()), 0, &count, &paths);
         else
-            code = jpath_array_flex(ctx, in.path.data(), uint32_t(in.path.size()), 1, &count, &paths);
+            code =
+                jpath_array_flex(ctx, in.path.data(), uint32_t(in.path.size()), 1, &count, &paths);
     }
 
     // The change itself: its code, and its text in *text on success.

@@ -60,7 +60,6 @@ inline std::vector<DataRow> read_data_rows(const std::string &name) {
     return rows;
 }
 
-
 // The rows of tests/data/<name> for INSTANTIATE_TEST_SUITE_P.
 inline auto rows_of(const std::string &name) { return ::testing::ValuesIn(read_data_rows(name)); }
 
@@ -75,7 +74,8 @@ inline void expect_row_counts(std::initializer_list<std::pair<const char *, size
 // column (if any) and the id, letters, digits and '_' only.
 inline auto data_row_namer(size_t op_column = 0) {
     return [op_column](const auto &info) {
-        std::string name = op_column ? info.param.f[op_column] + "_" + info.param.id() : info.param.id();
+        std::string name =
+            op_column ? info.param.f[op_column] + "_" + info.param.id() : info.param.id();
         for (char &c : name) c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
         return name;
     };

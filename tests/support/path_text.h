@@ -11,7 +11,7 @@
 // 0, or -3102 when the text does not compile.
 inline int32_t compile_path(jlpca_ctx *ctx, const std::string &text, jpath *p) {
     (void)jpath_init_simple(p, ctx->compat == JLPCA_COMPAT_MYSQL ? JPATH_DIALECT_MYSQL_ARRAY
-                                                                  : JPATH_DIALECT_STANDARD);
+                                                                 : JPATH_DIALECT_STANDARD);
     if (int32_t rc = jlpca_reinit(ctx, text.data(), uint32_t(text.size()))) return rc;
     return jpath_flex(ctx, p);
 }

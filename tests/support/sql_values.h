@@ -26,7 +26,11 @@ inline std::string datetime_text(const vxtime &t) {
     return std::string(buf, size_t(n)) + "/" + std::to_string(t.type);
 }
 
-inline std::string sql_text(const json_number_result &r) { return r.has_value ? decimal_text(r.value) : "NULL"; }
-inline std::string sql_text(const json_datetime_result &r) { return r.has_value ? datetime_text(r.value) : "NULL"; }
+inline std::string sql_text(const json_number_result &r) {
+    return r.has_value ? decimal_text(r.value) : "NULL";
+}
+inline std::string sql_text(const json_datetime_result &r) {
+    return r.has_value ? datetime_text(r.value) : "NULL";
+}
 
 #endif

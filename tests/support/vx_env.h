@@ -29,10 +29,14 @@
 // Rows print as their id (gtest would dump their bytes, padding included)
 // and name their generated tests by it.  Files with rows in their own
 // namespace bring the printer in with `using ::operator<<;`.
-template <class Row> auto operator<<(std::ostream &os, const Row &r) -> decltype(os << r.id) { return os << r.id; }
+template <class Row> auto operator<<(std::ostream &os, const Row &r) -> decltype(os << r.id) {
+    return os << r.id;
+}
 inline constexpr auto by_id = [](const auto &info) { return std::string(info.param.id); };
 // A table of rows for INSTANTIATE_TEST_SUITE_P, one braced row a line.
-template <class Row> auto rows(std::initializer_list<Row> list) { return ::testing::ValuesIn(std::vector<Row>(list)); }
+template <class Row> auto rows(std::initializer_list<Row> list) {
+    return ::testing::ValuesIn(std::vector<Row>(list));
+}
 
 // Switches of a read; the defaults are the standard dialect, lax.
 struct ReadSwitches {
@@ -42,9 +46,17 @@ struct ReadSwitches {
 };
 inline ReadSwitches lax() { return {}; }
 inline ReadSwitches strict() { return {.strict = 1}; }
-inline ReadSwitches dialect(int32_t compat) { return {.compat = compat, .strict = 1, .scalar_top = 1}; }
-inline ReadSwitches with_scalar_top(ReadSwitches s) { s.scalar_top = 1; return s; }
-inline ReadSwitches unique(ReadSwitches s) { s.unique_keys = 1; return s; }
+inline ReadSwitches dialect(int32_t compat) {
+    return {.compat = compat, .strict = 1, .scalar_top = 1};
+}
+inline ReadSwitches with_scalar_top(ReadSwitches s) {
+    s.scalar_top = 1;
+    return s;
+}
+inline ReadSwitches unique(ReadSwitches s) {
+    s.unique_keys = 1;
+    return s;
+}
 
 // Configuration value 635 for the life of the object: 0 GB18030, 1 UTF-8,
 // 2 EUC-KR, anything else the single-byte set.
@@ -109,7 +121,9 @@ struct VxEnv {
     ~VxEnv() { vx_session_close(&session); }
     VxEnv(const VxEnv &) = delete;
 
-    int32_t reinit(const std::string &t) { return jlpca_reinit(ctx.get(), t.data(), uint32_t(t.size())); }
+    int32_t reinit(const std::string &t) {
+        return jlpca_reinit(ctx.get(), t.data(), uint32_t(t.size()));
+    }
     int32_t start(std::string t) { return reinit(text = std::move(t)); }
     // json_flex over t; the root in *root.
     int32_t read(const std::string &t, json_node **root) {
@@ -131,8 +145,8 @@ struct VxEnv {
     }
     // json_to_string into a fresh string: the code, and in *out the text
     // (so far, on failure).
-    int32_t write(const json_node *n, std::string *out, uint32_t flags = JSON_FMT_COMPACT, uint32_t level = 0,
-                  uint32_t newline_first = 0, uint8_t conv = JSON_CONV_JSON) {
+    int32_t write(const json_node *n, std::string *out, uint32_t flags = JSON_FMT_COMPACT,
+                  uint32_t level = 0, uint32_t newline_first = 0, uint8_t conv = JSON_CONV_JSON) {
         const uint64_t before = alloc_state.outstanding;
         vxstr *s = vxstr_create(nullptr, &alloc, 0);
         if (!s) return VXJSON_ERR_NOMEM;
@@ -167,11 +181,14 @@ struct VxEnv {
     }
     json_node *text_node(uint32_t type, const std::string &s, uint32_t flags = 0) {
         json_node *n = scalar(type);
-        EXPECT_EQ(json_string_set_value_low(nullptr, heap, n, s.data(), uint32_t(s.size()), 0, 0), 0);
+        EXPECT_EQ(json_string_set_value_low(nullptr, heap, n, s.data(), uint32_t(s.size()), 0, 0),
+                  0);
         n->str_flags = flags;
         return n;
     }
-    json_node *string(const std::string &s, uint32_t flags = 0) { return text_node(JSON_STRING, s, flags); }
+    json_node *string(const std::string &s, uint32_t flags = 0) {
+        return text_node(JSON_STRING, s, flags);
+    }
     json_node *decimal(const std::string &s) { return text_node(JSON_DECIMAL, s); }
     // An array filled through its element list and converted, as the reader does.
     json_node *array(const std::vector<json_node *> &elements) {
@@ -183,13 +200,18 @@ struct VxEnv {
             a->lst_last = e;
             a->lst_count++;
         }
-        EXPECT_EQ(elements.empty() ? 0 : json_lst_to_arr(ctx.get(), a, a->lst_count, a->lst_first, a->lst_last), 0);
+        EXPECT_EQ(elements.empty()
+                      ? 0
+                      : json_lst_to_arr(ctx.get(), a, a->lst_count, a->lst_first, a->lst_last),
+                  0);
         return a;
     }
     json_node *object(const std::vector<std::pair<std::string, json_node *>> &members) {
         json_node *o = scalar(JSON_OBJECT);
         for (auto &[name, value] : members)
-            EXPECT_EQ(json_object_add_one_node(ctx.get(), o, name.data(), uint32_t(name.size()), value, 0), 0);
+            EXPECT_EQ(json_object_add_one_node(ctx.get(), o, name.data(), uint32_t(name.size()),
+                                               value, 0),
+                      0);
         return o;
     }
 };
@@ -211,7 +233,9 @@ inline bool trail_has(int32_t code, const char *src, int32_t line) {
     return false;
 }
 
-inline std::string bytes(const char *p, uint32_t n) { return p ? std::string(p, n) : std::string(); }
+inline std::string bytes(const char *p, uint32_t n) {
+    return p ? std::string(p, n) : std::string();
+}
 
 inline std::string read_file(const std::string &path) {
     std::ifstream in(path, std::ios::binary);
@@ -255,7 +279,8 @@ inline void dump_to(const json_node *n, std::string &out, bool flags) {
             const unsigned char c = static_cast<unsigned char>(s[i]);
             char buf[8];
             std::snprintf(buf, sizeof buf, "\\x%02X", c);
-            out += c < 0x20 || c >= 0x7F || c == '"' || c == '\\' ? std::string(buf) : std::string(1, char(c));
+            out += c < 0x20 || c >= 0x7F || c == '"' || c == '\\' ? std::string(buf)
+                                                                  : std::string(1, char(c));
         }
         out += flags && escaped ? "\"!" : "\"";
     };
