@@ -11,6 +11,7 @@
 #include <string>
 
 #include "bench_data.h"
+#include "bench_reader.h"
 #include "vx_alloc.h"
 #include "vx_heap.h"
 #include "vxjson.h"
@@ -23,40 +24,13 @@ const std::string &twitter() {
 }
 
 // A context over its own heap and counting allocator in one dialect.
-struct Changer {
-    vx_heap *heap = mem_heap_create(1 << 20);
-    vx_alloc_state state{};
-    vx_allocator alloc{};
-    std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
-
-    explicit Changer(int32_t compat) {
-        vx_allocator_init(&alloc, &state);
-        jlpca_init(nullptr, ctx.get(), heap, &alloc, JLPCA_ESCAPE_DECODE, 1, 0, compat);
-    }
-    ~Changer() {
-        jlpca_deinit(ctx.get());
-        vx_allocator_release_all(&state);
-        mem_heap_free(heap);
-    }
-    Changer(const Changer &) = delete;
-    Changer &operator=(const Changer &) = delete;
-
-    json_node *read(const std::string &text) {
-        json_node *root = nullptr;
-        if (jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size())) ||
-            json_flex(ctx.get(), &root))
-            return nullptr;
-        return root;
-    }
+struct Changer : bench_reader {
+    explicit Changer(int32_t compat) : bench_reader(1 << 20, 1, compat) {}
     jpath *path(const char *text) {
         uint32_t n = 0;
         jpath *p = nullptr;
         return jpath_array_flex(ctx.get(), text, uint32_t(std::strlen(text)), 1, &n, &p) ? nullptr
                                                                                          : p;
-    }
-    void reset() {
-        vx_allocator_release_all(&state);
-        mem_heap_reset(heap);
     }
     void release(char *text) { vx_free(nullptr, &alloc, text); }
 };

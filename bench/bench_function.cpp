@@ -10,6 +10,7 @@
 #include <string>
 
 #include "bench_data.h"
+#include "bench_reader.h"
 #include "vx_alloc.h"
 #include "vx_heap.h"
 #include "vxjson.h"
@@ -20,36 +21,8 @@ namespace {
 // Results accumulate on the calls' heap; it is emptied this often.
 constexpr int64_t kResetEvery = 4096;
 
-struct Context {
-    vx_heap *heap = mem_heap_create(1 << 16);
-    vx_alloc_state state{};
-    vx_allocator alloc{};
-    std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
-
-    Context() {
-        vx_allocator_init(&alloc, &state);
-        (void)jlpca_init(nullptr, ctx.get(), heap, &alloc, JLPCA_ESCAPE_DECODE, 0, 0,
-                         JLPCA_COMPAT_STANDARD);
-    }
-    ~Context() {
-        jlpca_deinit(ctx.get());
-        vx_allocator_release_all(&state);
-        mem_heap_free(heap);
-    }
-    Context(const Context &) = delete;
-    Context &operator=(const Context &) = delete;
-
-    json_node *read(const std::string &text) {
-        json_node *root = nullptr;
-        if (jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size())) ||
-            json_flex(ctx.get(), &root))
-            return nullptr;
-        return root;
-    }
-    void reset() {
-        vx_allocator_release_all(&state);
-        mem_heap_reset(heap);
-    }
+struct Context : bench_reader {
+    Context() : bench_reader(1 << 16, 0, JLPCA_COMPAT_STANDARD) {}
 };
 
 // The first status of twitter.json as its own compact text.

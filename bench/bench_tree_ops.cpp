@@ -12,6 +12,7 @@
 #include <string>
 
 #include "bench_data.h"
+#include "bench_reader.h"
 #include "vx_alloc.h"
 #include "vx_heap.h"
 #include "vxjson.h"
@@ -30,35 +31,9 @@ const std::string &citm() {
 
 // A context over its own heap and counting allocator; reset() forgets
 // every tree read so far.
-struct Reader {
-    vx_heap *heap = mem_heap_create(1 << 20);
-    vx_alloc_state state{};
-    vx_allocator alloc{};
-    std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
-
-    explicit Reader(bool sorted) {
-        vx_allocator_init(&alloc, &state);
-        jlpca_init(nullptr, ctx.get(), heap, &alloc, JLPCA_ESCAPE_DECODE, 1, 0, JLPCA_COMPAT_MYSQL);
+struct Reader : bench_reader {
+    explicit Reader(bool sorted) : bench_reader(1 << 20, 1, JLPCA_COMPAT_MYSQL) {
         ctx->sorted_keys = sorted ? 1 : 0;
-    }
-    ~Reader() {
-        jlpca_deinit(ctx.get());
-        vx_allocator_release_all(&state);
-        mem_heap_free(heap);
-    }
-    Reader(const Reader &) = delete;
-    Reader &operator=(const Reader &) = delete;
-
-    json_node *read(const std::string &text) {
-        json_node *root = nullptr;
-        if (jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size())) ||
-            json_flex(ctx.get(), &root))
-            return nullptr;
-        return root;
-    }
-    void reset() {
-        vx_allocator_release_all(&state);
-        mem_heap_reset(heap);
     }
     void release(char *text) { vx_free(nullptr, &alloc, text); }
 };
