@@ -55,6 +55,24 @@ bool expected_steps(const json_node *n, std::vector<std::string> &names,
     return true;
 }
 
+// Whether every ancestor lists the node on the way up.  A value whose
+// member a later repeated name replaced keeps its parent link but is no
+// longer in the tree, and has no path.
+bool listed_by_parents(const json_node *n) {
+    for (; n->parent; n = n->parent) {
+        const json_node *p = n->parent;
+        bool found = false;
+        if (p->type == JSON_ARRAY) {
+            for (uint32_t i = 0; i < p->count && !found; i++) found = p->items[i] == n;
+        } else {
+            for (const json_keyval *kv = p->first_member; kv && !found; kv = kv->next)
+                found = kv->value == n;
+        }
+        if (!found) return false;
+    }
+    return true;
+}
+
 void check_generated_paths(FuzzEnv &env, const json_node *root) {
     jlpca_ctx *ctx = env.ctx.get();
     const int32_t saved_escape = ctx->escape_mode;
@@ -69,7 +87,10 @@ void check_generated_paths(FuzzEnv &env, const json_node *root) {
     for (const json_node *n : nodes) {
         json_node *text = nullptr;
         const uint64_t before = env.state.outstanding;
-        if (json_path_gen(n, ctx, &text) != 0 || env.state.outstanding != before) std::abort();
+        const int32_t rc = json_path_gen(n, ctx, &text);
+        if (env.state.outstanding != before) std::abort();
+        if (rc == VXJSON_ERR_PATH && !listed_by_parents(n)) continue;
+        if (rc != 0) std::abort();
         std::vector<std::string> names;
         std::vector<int64_t> pos;
         if (!expected_steps(n, names, pos)) continue;
