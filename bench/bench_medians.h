@@ -1,6 +1,6 @@
-// A console reporter that also keeps each benchmark's median rate in MB/s
-// (its only run when there are no repetitions), for the summary tables
-// printed after the runs.
+// Console reporters that also keep each benchmark's median (its only run
+// when there are no repetitions), for the summary tables printed after the
+// runs.
 #ifndef VXJSON_BENCH_MEDIANS_H
 #define VXJSON_BENCH_MEDIANS_H
 
@@ -11,13 +11,10 @@
 #include <string>
 #include <vector>
 
-class MedianRates : public benchmark::ConsoleReporter {
+// Hands keep() each benchmark's representative run: its median when it
+// has repetitions, else its only run.
+class RepresentativeRuns : public benchmark::ConsoleReporter {
 public:
-    // Median MB/s by benchmark name; 0 for a name that did not run.
-    double mbps(const std::string &name) const {
-        auto it = mbps_.find(name);
-        return it == mbps_.end() ? 0.0 : it->second;
-    }
     void ReportRuns(const std::vector<Run> &runs) override {
         for (const Run &r : runs) {
             if (r.error_occurred) continue;
@@ -26,15 +23,43 @@ public:
             const std::string name = r.run_name.str();
             if (!median && medians_.count(name)) continue;
             if (median) medians_.insert(name);
-            auto rate = r.counters.find("bytes_per_second");
-            if (rate != r.counters.end()) mbps_[name] = rate->second.value / 1e6;
+            keep(name, r);
         }
         ConsoleReporter::ReportRuns(runs);
     }
 
+protected:
+    virtual void keep(const std::string &name, const Run &run) = 0;
+
+private:
+    std::set<std::string> medians_;
+};
+
+// The value of a run's counter, if it has one.
+inline bool run_counter(const benchmark::BenchmarkReporter::Run &run, const char *counter,
+                        double &value) {
+    auto it = run.counters.find(counter);
+    if (it == run.counters.end()) return false;
+    value = it->second.value;
+    return true;
+}
+
+class MedianRates : public RepresentativeRuns {
+public:
+    // Median MB/s by benchmark name; 0 for a name that did not run.
+    double mbps(const std::string &name) const {
+        auto it = mbps_.find(name);
+        return it == mbps_.end() ? 0.0 : it->second;
+    }
+
+protected:
+    void keep(const std::string &name, const Run &run) override {
+        double rate;
+        if (run_counter(run, "bytes_per_second", rate)) mbps_[name] = rate / 1e6;
+    }
+
 private:
     std::map<std::string, double> mbps_;
-    std::set<std::string> medians_;
 };
 
 #endif

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "bench_data.h"
+#include "bench_medians.h"
 #include "vx_heap.h"
 #include "vxjson.h"
 
@@ -168,28 +169,17 @@ void read_nlohmann(benchmark::State &state, const std::string *text) {
 
 // Keeps every run's rate so the ratios can be printed after the table;
 // with --benchmark_repetitions the median stands for the runs.
-class Collect : public benchmark::ConsoleReporter {
+class Collect : public RepresentativeRuns {
 public:
     std::map<std::string, double> mbps;
     std::map<std::string, double> heap_per_byte;
-    void ReportRuns(const std::vector<Run> &runs) override {
-        for (const Run &r : runs) {
-            if (r.error_occurred) continue;
-            const bool median = r.run_type == Run::RT_Aggregate && r.aggregate_name == "median";
-            if (r.run_type != Run::RT_Iteration && !median) continue;
-            const std::string name = r.run_name.str();
-            if (!median && medians_.count(name)) continue;
-            if (median) medians_.insert(name);
-            auto rate = r.counters.find("bytes_per_second");
-            if (rate != r.counters.end()) mbps[name] = rate->second.value / 1e6;
-            auto heap = r.counters.find("heap_B_per_B");
-            if (heap != r.counters.end()) heap_per_byte[name] = heap->second.value;
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
 
-private:
-    std::set<std::string> medians_;
+protected:
+    void keep(const std::string &name, const Run &run) override {
+        double v;
+        if (run_counter(run, "bytes_per_second", v)) mbps[name] = v / 1e6;
+        if (run_counter(run, "heap_B_per_B", v)) heap_per_byte[name] = v;
+    }
 };
 
 void print_summary(const Collect &c) {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "bench_data.h"
+#include "bench_medians.h"
 
 namespace {
 
@@ -104,24 +105,14 @@ void scan(benchmark::State &state, const char *sql) {
 
 // Keeps the median CPU time of every benchmark for the ratios: on a
 // shared machine the wall clock also counts other people's work.
-class Collect : public benchmark::ConsoleReporter {
+class Collect : public RepresentativeRuns {
 public:
     std::map<std::string, double> median_ms;
-    void ReportRuns(const std::vector<Run> &runs) override {
-        for (const Run &r : runs) {
-            if (r.error_occurred) continue;
-            const bool median = r.run_type == Run::RT_Aggregate && r.aggregate_name == "median";
-            if (r.run_type != Run::RT_Iteration && !median) continue;
-            const std::string name = r.run_name.str();
-            if (!median && medians_.count(name)) continue;
-            if (median) medians_.insert(name);
-            median_ms[name] = r.GetAdjustedCPUTime();
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
 
-private:
-    std::set<std::string> medians_;
+protected:
+    void keep(const std::string &name, const Run &run) override {
+        median_ms[name] = run.GetAdjustedCPUTime();
+    }
 };
 
 void print_summary(const Collect &c, int rows) {
