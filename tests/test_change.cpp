@@ -157,18 +157,17 @@ TEST_P(SetParent, PutsNodeInPlace) {
     EXPECT_EQ(env.text_of(c), r.text);
     EXPECT_EQ(node->parent, r.code == 0 ? c : nullptr);
 }
-INSTANTIATE_TEST_SUITE_P(
-    Places, SetParent,
-    rows<SetParentRow>({
-        {"element", "[1,2]", "$[1]", 0, "[1,true]"},
-        {"first_of_duplicates", R"({"a":1,"a":2})", "$.a", 0, R"({"a":true,"a":2})"},
-        {"missing_member_changes_nothing", R"({"a":1})", "$.b", 0, R"({"a":1})"},
-        {"field_step_on_array", "[1]", "$.a", -3113, "[1]"},
-        {"subscript_on_object", R"({"a":1})", "$[0]", -3113, R"({"a":1})"},
-        {"position_out_of_range", "[1]", "$[3]", -3113, "[1]"},
-        {"scalar_container", "1", "$[0]", -3113, "1"},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Places, SetParent, rows<SetParentRow>({
+    {"element", "[1,2]", "$[1]", 0, "[1,true]"},
+    {"first_of_duplicates", R"({"a":1,"a":2})", "$.a", 0, R"({"a":true,"a":2})"},
+    {"missing_member_changes_nothing", R"({"a":1})", "$.b", 0, R"({"a":1})"},
+    {"field_step_on_array", "[1]", "$.a", -3113, "[1]"},
+    {"subscript_on_object", R"({"a":1})", "$[0]", -3113, R"({"a":1})"},
+    {"position_out_of_range", "[1]", "$[3]", -3113, "[1]"},
+    {"scalar_container", "1", "$[0]", -3113, "1"},
+}), by_id);
+// clang-format on
 
 // Reports leave a trail with the fixed sites of the changes.
 TEST(ChangeReports, FailuresReportTheirSites) {

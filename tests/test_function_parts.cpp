@@ -48,22 +48,22 @@ TEST_P(QueryCheck, CodeAndWrap) {
     EXPECT_EQ(wrap, r.wrap);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, QueryCheck,
-                         rows<WrapRow>({
-                             {"ObjectWithout", shape::object, 1, 0, UNTOUCHED},
-                             {"ObjectWith", shape::object, 2, 0, UNTOUCHED},
-                             {"ObjectConditional", shape::object, 3, 0, 1},
-                             {"ArrayWithout", shape::document_array, 1, 0, UNTOUCHED},
-                             {"ArrayWith", shape::document_array, 2, 0, UNTOUCHED},
-                             {"ArrayConditional", shape::document_array, 3, 0, 1},
-                             {"SeveralWithout", shape::virtual_array, 1, kScalar, UNTOUCHED},
-                             {"SeveralWith", shape::virtual_array, 2, 0, 1},
-                             {"SeveralConditional", shape::virtual_array, 3, 0, 1},
-                             {"ScalarWithout", shape::scalar, 1, kScalar, UNTOUCHED},
-                             {"ScalarWith", shape::scalar, 2, 0, UNTOUCHED},
-                             {"ScalarConditional", shape::scalar, 3, 0, 2},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Table, QueryCheck, rows<WrapRow>({
+    {"ObjectWithout", shape::object, 1, 0, UNTOUCHED},
+    {"ObjectWith", shape::object, 2, 0, UNTOUCHED},
+    {"ObjectConditional", shape::object, 3, 0, 1},
+    {"ArrayWithout", shape::document_array, 1, 0, UNTOUCHED},
+    {"ArrayWith", shape::document_array, 2, 0, UNTOUCHED},
+    {"ArrayConditional", shape::document_array, 3, 0, 1},
+    {"SeveralWithout", shape::virtual_array, 1, kScalar, UNTOUCHED},
+    {"SeveralWith", shape::virtual_array, 2, 0, 1},
+    {"SeveralConditional", shape::virtual_array, 3, 0, 1},
+    {"ScalarWithout", shape::scalar, 1, kScalar, UNTOUCHED},
+    {"ScalarWith", shape::scalar, 2, 0, UNTOUCHED},
+    {"ScalarConditional", shape::scalar, 3, 0, 2},
+}), by_id);
+// clang-format on
 
 struct ValueRow {
     const char *id;
@@ -77,14 +77,14 @@ TEST_P(ValueCheck, Code) {
     EXPECT_EQ(json_fun_value_check(make(env, GetParam().result)), GetParam().rc);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, ValueCheck,
-                         rows<ValueRow>({
-                             {"Object", shape::object, VXJSON_ERR_VALUE_NOT_SCALAR},
-                             {"DocumentArray", shape::document_array, VXJSON_ERR_VALUE_NOT_SCALAR},
-                             {"Several", shape::virtual_array, VXJSON_ERR_VALUE_MANY},
-                             {"Scalar", shape::scalar, 0},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Table, ValueCheck, rows<ValueRow>({
+    {"Object", shape::object, VXJSON_ERR_VALUE_NOT_SCALAR},
+    {"DocumentArray", shape::document_array, VXJSON_ERR_VALUE_NOT_SCALAR},
+    {"Several", shape::virtual_array, VXJSON_ERR_VALUE_MANY},
+    {"Scalar", shape::scalar, 0},
+}), by_id);
+// clang-format on
 
 // ---- ON ERROR ----
 
@@ -131,21 +131,20 @@ TEST_P(OnError, BothActions) {
     EXPECT_EQ(trail(), reports(r.status, r.line_text));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Actions, OnError,
-    rows<OnErrorRow>({
-        {"NotGivenIsNull", 0, -3106, 0, 0, 0, "NULL", 0, 0},
-        {"Null", 1, -3106, 0, 0, 0, "NULL", 0, 0},
-        {"Error", 2, -3106, -3106, 7, -3106, "NULL", kLineValue, kLineText},
-        {"EmptyOnlyForText", 3, -3107, 0, 0, 0, "[]", 0, 0},
-        {"Default", 4, -3111, 100, 7, 100, "NULL", 0, 0},
-        {"OutOfRangeIsNull", 7, -3111, 0, 0, 0, "NULL", 0, 0},
-        // Out of memory passes every clause.
-        {"NoMemoryUnderNull", 1, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
-        {"NoMemoryUnderEmpty", 3, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
-        {"NoMemoryUnderDefault", 4, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Actions, OnError, rows<OnErrorRow>({
+    {"NotGivenIsNull", 0, -3106, 0, 0, 0, "NULL", 0, 0},
+    {"Null", 1, -3106, 0, 0, 0, "NULL", 0, 0},
+    {"Error", 2, -3106, -3106, 7, -3106, "NULL", kLineValue, kLineText},
+    {"EmptyOnlyForText", 3, -3107, 0, 0, 0, "[]", 0, 0},
+    {"Default", 4, -3111, 100, 7, 100, "NULL", 0, 0},
+    {"OutOfRangeIsNull", 7, -3111, 0, 0, 0, "NULL", 0, 0},
+    // Out of memory passes every clause.
+    {"NoMemoryUnderNull", 1, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
+    {"NoMemoryUnderEmpty", 3, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
+    {"NoMemoryUnderDefault", 4, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
+}), by_id);
+// clang-format on
 
 TEST(OnErrorEmpty, TextOnTheHeapOrNoMemory) {
     VxEnv env;
@@ -201,19 +200,19 @@ TEST_P(EvaluationStep, HandledAndNode) {
     EXPECT_EQ(text ? std::string(text, len) : "NULL", r.text);
 }
 
-INSTANTIATE_TEST_SUITE_P(Step, EvaluationStep,
-                         rows<StepRow>({
-                             {"Match", 0, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
-                             {"NoMatchToOnError", 0, "$.b", 0, 2, 2, -3104, 1, false, "NULL"},
-                             {"NoMatchEmptyText", 0, "$.b", 0, 3, 2, 0, 1, false, "[]"},
-                             {"NoMatchEmptyNumberIsNull", 0, "$.b", 0, 3, 9, 0, 1, false, "NULL"},
-                             {"NoMatchDefault", 0, "$.b", 0, 4, 14, 100, 1, false, "NULL"},
-                             {"NullOnEmpty", 0, "$.b", 1, 2, 2, 0, 1, false, "NULL"},
-                             {"ErrorOnEmpty", 0, "$.b", 2, 4, 2, -3104, 1, false, "NULL"},
-                             {"MysqlMatch", 2, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
-                             {"MysqlNoMatchIsNull", 2, "$.b", 0, 4, 2, 0, 1, false, "NULL"},
-                             {"MysqlErrorOnEmpty", 2, "$.b", 3, 1, 9, -3104, 1, false, "NULL"},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Step, EvaluationStep, rows<StepRow>({
+    {"Match", 0, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
+    {"NoMatchToOnError", 0, "$.b", 0, 2, 2, -3104, 1, false, "NULL"},
+    {"NoMatchEmptyText", 0, "$.b", 0, 3, 2, 0, 1, false, "[]"},
+    {"NoMatchEmptyNumberIsNull", 0, "$.b", 0, 3, 9, 0, 1, false, "NULL"},
+    {"NoMatchDefault", 0, "$.b", 0, 4, 14, 100, 1, false, "NULL"},
+    {"NullOnEmpty", 0, "$.b", 1, 2, 2, 0, 1, false, "NULL"},
+    {"ErrorOnEmpty", 0, "$.b", 2, 4, 2, -3104, 1, false, "NULL"},
+    {"MysqlMatch", 2, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
+    {"MysqlNoMatchIsNull", 2, "$.b", 0, 4, 2, 0, 1, false, "NULL"},
+    {"MysqlErrorOnEmpty", 2, "$.b", 3, 1, 9, -3104, 1, false, "NULL"},
+}), by_id);
+// clang-format on
 
 } // namespace

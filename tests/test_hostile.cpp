@@ -122,13 +122,13 @@ TEST_P(CutMultibyte, TextEndsInsideACharacter) {
 // A double-byte lead before the quote makes the quote its trailing byte in
 // GB18030 and EUC-KR, so the string never closes; a malformed UTF-8
 // sequence is one byte of content and the quote closes the string.
-INSTANTIATE_TEST_SUITE_P(Sets, CutMultibyte,
-                         rows<CutRow>({
-                             {"utf8", UTF8, "\xE4\xB8", 0},
-                             {"gb18030_lead", GB, "\x81", VXJSON_ERR_INVALID_JSON},
-                             {"gb18030_four_byte", GB, "\x81\x30", VXJSON_ERR_INVALID_JSON},
-                             {"euckr", EUCKR, "\xB0", VXJSON_ERR_INVALID_JSON},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Sets, CutMultibyte, rows<CutRow>({
+    {"utf8", UTF8, "\xE4\xB8", 0},
+    {"gb18030_lead", GB, "\x81", VXJSON_ERR_INVALID_JSON},
+    {"gb18030_four_byte", GB, "\x81\x30", VXJSON_ERR_INVALID_JSON},
+    {"euckr", EUCKR, "\xB0", VXJSON_ERR_INVALID_JSON},
+}), by_id);
+// clang-format on
 
 } // namespace

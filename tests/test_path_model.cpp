@@ -33,20 +33,19 @@ TEST_P(PathFlag, DecodesFieldByField) {
 }
 
 // Bits: ret 0-2, format 3-4, wrapper 5-6, on_error 7-9, on_empty 10-11.
-INSTANTIATE_TEST_SUITE_P(Rows, PathFlag,
-                         rows<FlagRow>({
-                             {"f01_char_plain", 3, 3, 0, 0, 0, 0},
-                             {"f02_all_fields", 1 | 2 << 3 | 3 << 5 | 4 << 7 | 2 << 10, 1, 2, 3, 4,
-                              2},
-                             {"f03_ret0_invalid", 0 | 1 << 5, 0, 0, 1, 0, 0},
-                             {"f04_ret5_invalid", 5 | 3 << 3, 0, 3, 0, 0, 0},
-                             {"f05_ret7_invalid", 7 | 2 << 7, 0, 0, 0, 2, 0},
-                             {"f06_on_error5_invalid", 3 | 5 << 7 | 1 << 10, 0, 0, 0, 5, 1},
-                             {"f07_on_error7_invalid", 4 | 7 << 7, 0, 0, 0, 7, 0},
-                             {"f08_ret4_valid", 4 | 1 << 3, 4, 1, 0, 0, 0},
-                             {"f09_high_bits_ignored", 2 | 0xFFFFF000u, 2, 0, 0, 0, 0},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Rows, PathFlag, rows<FlagRow>({
+    {"f01_char_plain", 3, 3, 0, 0, 0, 0},
+    {"f02_all_fields", 1 | 2 << 3 | 3 << 5 | 4 << 7 | 2 << 10, 1, 2, 3, 4, 2},
+    {"f03_ret0_invalid", 0 | 1 << 5, 0, 0, 1, 0, 0},
+    {"f04_ret5_invalid", 5 | 3 << 3, 0, 3, 0, 0, 0},
+    {"f05_ret7_invalid", 7 | 2 << 7, 0, 0, 0, 2, 0},
+    {"f06_on_error5_invalid", 3 | 5 << 7 | 1 << 10, 0, 0, 0, 5, 1},
+    {"f07_on_error7_invalid", 4 | 7 << 7, 0, 0, 0, 7, 0},
+    {"f08_ret4_valid", 4 | 1 << 3, 4, 1, 0, 0, 0},
+    {"f09_high_bits_ignored", 2 | 0xFFFFF000u, 2, 0, 0, 0, 0},
+}), by_id);
+// clang-format on
 
 TEST(PathFlagEncode, PacksAndSpillsUnmasked) {
     EXPECT_EQ(jpath_encode_flag(1, 2, 3, 4, 2), 1u | 2 << 3 | 3 << 5 | 4 << 7 | 2 << 10);
@@ -89,16 +88,15 @@ TEST_P(PathInit, DecodesFlagThenDatatype) {
     EXPECT_EQ(p.last_filter, nullptr);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, PathInit,
-                         rows<InitRow>({
-                             {"i01_number_precision_scale", 1, 0x0A02, 1, 10, 2, 1},
-                             {"i02_char_length", 3, 100, 3, 100, 0, 1},
-                             {"i03_wrapper_3_kept", 3 | 3 << 5, 5, 3, 5, 0, 3},
-                             {"i04_number_high_bits_dropped", 1 | 2 << 5, 0x12345, 1, 0x23, 0x45,
-                              2},
-                             {"i05_invalid_type_keeps_whole", 6, 0x0A02, 0, 0x0A02, 0, 1},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Rows, PathInit, rows<InitRow>({
+    {"i01_number_precision_scale", 1, 0x0A02, 1, 10, 2, 1},
+    {"i02_char_length", 3, 100, 3, 100, 0, 1},
+    {"i03_wrapper_3_kept", 3 | 3 << 5, 5, 3, 5, 0, 3},
+    {"i04_number_high_bits_dropped", 1 | 2 << 5, 0x12345, 1, 0x23, 0x45, 2},
+    {"i05_invalid_type_keeps_whole", 6, 0x0A02, 0, 0x0A02, 0, 1},
+}), by_id);
+// clang-format on
 
 TEST(PathInitSimple, CharacterResultErrorOnError) {
     jpath p;
@@ -226,46 +224,35 @@ TEST_P(PathIndex, EntriesAndMarks) {
     EXPECT_EQ(f->multi, r.multi);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, PathIndex,
-    rows<IndexRow>({
-        {"x01_single", {{'i', 2, 0}}, 0, "{2,0}", 2, 2, 0},
-        {"x02_ascending", {{'i', 1, 0}, {'i', 4, 0}}, 0, "{1,0} {4,0}", 1, 4, 1},
-        {"x03_repeat_absorbed", {{'i', 3, 0}, {'i', 3, 0}}, 0, "{3,0}", 3, 3, 1},
-        {"x04_zero_twice", {{'i', 0, 0}, {'i', 0, 0}}, 0, "{0,0}", 0, 0, 1},
-        {"x05_descending", {{'i', 5, 0}, {'i', 2, 0}}, -3102, "{5,0}", 5, 5, 1},
-        {"x06_two_then_one", {{'i', 2, 0}, {'i', 1, 0}}, -3102, "{2,0}", 2, 2, 1},
-        {"x07_index_then_range", {{'i', 1, 0}, {'r', 3, 5}}, 0, "{1,0} {3,5}", 1, 5, 1},
-        {"x08_range_alone_not_multi", {{'r', 1, 3}}, 0, "{1,3}", 1, 3, 0},
-        {"x09_ranges_touching_trimmed", {{'r', 2, 4}, {'r', 4, 6}}, 0, "{2,4} {5,6}", 2, 6, 1},
-        {"x10_range_reversed", {{'r', 4, 2}}, -3102, "", 4, -1, 0},
-        {"x11_range_overlap", {{'r', 2, 5}, {'r', 3, 7}}, -3102, "{2,5}", 2, 5, 1},
-        {"x12_range_below", {{'i', 6, 0}, {'r', 1, 2}}, -3102, "{6,0}", 6, 6, 1},
-        // A first range of one position goes through the subscript adder,
-        // which counts it as a second item: multi 1.
-        {"x13_range_zero_zero", {{'r', 0, 0}}, 0, "{0,0}", 0, 0, 1},
-        {"x14_range_point_repeat", {{'i', 3, 0}, {'r', 3, 3}}, 0, "{3,0}", 3, 3, 1},
-        {"x15_range_point_after", {{'i', 1, 0}, {'r', 3, 3}}, 0, "{1,0} {3,0}", 1, 3, 1},
-        {"x16_trim_to_single", {{'i', 4, 0}, {'r', 4, 5}}, 0, "{4,0} {5,0}", 4, 5, 1},
-        {"x17_range_then_index_inside", {{'r', 2, 6}, {'i', 4, 0}}, -3102, "{2,6}", 2, 6, 1},
-        {"x18_range_then_index_end", {{'r', 2, 6}, {'i', 6, 0}}, 0, "{2,6}", 2, 6, 1},
-        {"x20_int_max",
-         {{'i', 2147483646, 0}, {'r', 2147483646, 2147483647}},
-         0,
-         "{2147483646,0} {2147483647,0}",
-         2147483646,
-         2147483647,
-         1},
-        {"x21_pg_any_order",
-         {{'p', 5, 0}, {'p', -1, 0}, {'p', 5, 0}},
-         0,
-         "{5,0} {-1,0} {5,0}",
-         5,
-         5,
-         0},
-        {"x22_pg_latest_marks", {{'p', 3, 0}, {'p', -2, 0}}, 0, "{3,0} {-2,0}", -2, -2, 0},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Rows, PathIndex, rows<IndexRow>({
+    {"x01_single", {{'i', 2, 0}}, 0, "{2,0}", 2, 2, 0},
+    {"x02_ascending", {{'i', 1, 0}, {'i', 4, 0}}, 0, "{1,0} {4,0}", 1, 4, 1},
+    {"x03_repeat_absorbed", {{'i', 3, 0}, {'i', 3, 0}}, 0, "{3,0}", 3, 3, 1},
+    {"x04_zero_twice", {{'i', 0, 0}, {'i', 0, 0}}, 0, "{0,0}", 0, 0, 1},
+    {"x05_descending", {{'i', 5, 0}, {'i', 2, 0}}, -3102, "{5,0}", 5, 5, 1},
+    {"x06_two_then_one", {{'i', 2, 0}, {'i', 1, 0}}, -3102, "{2,0}", 2, 2, 1},
+    {"x07_index_then_range", {{'i', 1, 0}, {'r', 3, 5}}, 0, "{1,0} {3,5}", 1, 5, 1},
+    {"x08_range_alone_not_multi", {{'r', 1, 3}}, 0, "{1,3}", 1, 3, 0},
+    {"x09_ranges_touching_trimmed", {{'r', 2, 4}, {'r', 4, 6}}, 0, "{2,4} {5,6}", 2, 6, 1},
+    {"x10_range_reversed", {{'r', 4, 2}}, -3102, "", 4, -1, 0},
+    {"x11_range_overlap", {{'r', 2, 5}, {'r', 3, 7}}, -3102, "{2,5}", 2, 5, 1},
+    {"x12_range_below", {{'i', 6, 0}, {'r', 1, 2}}, -3102, "{6,0}", 6, 6, 1},
+    // A first range of one position goes through the subscript adder,
+    // which counts it as a second item: multi 1.
+    {"x13_range_zero_zero", {{'r', 0, 0}}, 0, "{0,0}", 0, 0, 1},
+    {"x14_range_point_repeat", {{'i', 3, 0}, {'r', 3, 3}}, 0, "{3,0}", 3, 3, 1},
+    {"x15_range_point_after", {{'i', 1, 0}, {'r', 3, 3}}, 0, "{1,0} {3,0}", 1, 3, 1},
+    {"x16_trim_to_single", {{'i', 4, 0}, {'r', 4, 5}}, 0, "{4,0} {5,0}", 4, 5, 1},
+    {"x17_range_then_index_inside", {{'r', 2, 6}, {'i', 4, 0}}, -3102, "{2,6}", 2, 6, 1},
+    {"x18_range_then_index_end", {{'r', 2, 6}, {'i', 6, 0}}, 0, "{2,6}", 2, 6, 1},
+    {"x20_int_max", {{'i', 2147483646, 0}, {'r', 2147483646, 2147483647}}, 0,
+        "{2147483646,0} {2147483647,0}", 2147483646, 2147483647, 1},
+    {"x21_pg_any_order", {{'p', 5, 0}, {'p', -1, 0}, {'p', 5, 0}}, 0, "{5,0} {-1,0} {5,0}", 5, 5,
+        0},
+    {"x22_pg_latest_marks", {{'p', 3, 0}, {'p', -2, 0}}, 0, "{3,0} {-2,0}", -2, -2, 0},
+}), by_id);
+// clang-format on
 
 // Entry allocation failure: -503 rather than a crash, the step as it was.
 TEST(PathIndexMemory, FailedEntryIsNoMemory) {

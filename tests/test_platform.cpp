@@ -249,24 +249,24 @@ TEST_P(Str2Int64, Reads) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Edges, Str2Int64,
-                         rows<Int64Row>({
-                             {"zero", "0", 0, 0},
-                             {"minus_zero", "-0", 0, 0},
-                             {"plus", "+17", 0, 17},
-                             {"max", "9223372036854775807", 0, INT64_MAX},
-                             {"min", "-9223372036854775808", 0, INT64_MIN},
-                             {"above_max", "9223372036854775808", -2},
-                             {"below_min", "-9223372036854775809", -2},
-                             {"empty", "", -1},
-                             {"minus_alone", "-", -1},
-                             {"plus_alone", "+", -1},
-                             {"fraction", "1.5", -1},
-                             {"trailing_letter", "12a", -1},
-                             {"leading_blank", " 1", -1},
-                             {"two_signs", "+-1", -1},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Edges, Str2Int64, rows<Int64Row>({
+    {"zero", "0", 0, 0},
+    {"minus_zero", "-0", 0, 0},
+    {"plus", "+17", 0, 17},
+    {"max", "9223372036854775807", 0, INT64_MAX},
+    {"min", "-9223372036854775808", 0, INT64_MIN},
+    {"above_max", "9223372036854775808", -2},
+    {"below_min", "-9223372036854775809", -2},
+    {"empty", "", -1},
+    {"minus_alone", "-", -1},
+    {"plus_alone", "+", -1},
+    {"fraction", "1.5", -1},
+    {"trailing_letter", "12a", -1},
+    {"leading_blank", " 1", -1},
+    {"two_signs", "+-1", -1},
+}), by_id);
+// clang-format on
 
 TEST(Number, DoubleOverflowIsInfinity) {
     EXPECT_EQ(ntype_is_double_overflow(1e308 * 10), 1);
