@@ -155,30 +155,4 @@ TEST(xdec, ZeroCopyAndNullText) {
     EXPECT_EQ(xdec_from_char(&z, nullptr, 0), XDEC_NOT_NUMBER);
 }
 
-// Seconds and a fraction: the steps that turn a number into Unix time.
-TEST(xdec, SplitsSecondsAndNanoseconds) {
-    struct {
-        const char *value;
-        int64_t secs, nanos;
-    } rows[] = {{"12.5", 12, 500000000},
-                {"-1.5", -1, -500000000},
-                {"1.25", 1, 250000000},
-                {"0.0000004", 0, 0},
-                {"-0.0000005", 0, -1000}};
-    for (const auto &row : rows) {
-        xdec d = parsed(row.value), t, f, billion, n;
-        ASSERT_EQ(xdec_copy(&t, &d), 0);
-        ASSERT_EQ(xdec_trunc_scale(&t, 0), 0);
-        int64_t secs = 0, nanos = 0;
-        ASSERT_EQ(xdec_get_int64(&t, &secs), 0);
-        ASSERT_EQ(xdec_sub(&f, &d, &t), 0);
-        ASSERT_EQ(xdec_format(&f, 6, 6), 0);
-        ASSERT_EQ(xdec_from_int64(&billion, 1000000000), 0);
-        ASSERT_EQ(xdec_mul(&n, &f, &billion), 0);
-        ASSERT_EQ(xdec_get_int64(&n, &nanos), 0);
-        EXPECT_EQ(secs, row.secs) << row.value;
-        EXPECT_EQ(nanos, row.nanos) << row.value;
-    }
-}
-
 } // namespace
