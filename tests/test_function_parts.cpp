@@ -29,60 +29,37 @@ json_node *make(VxEnv &env, shape s) {
     return nullptr;
 }
 
-struct WrapRow {
+// A result's shape through JSON_QUERY's wrapping rule under each wrapper
+// clause (1 without, 2 with, 3 conditional) and JSON_VALUE's scalar rule.
+struct ShapeRow {
     const char *id;
     shape result;
-    uint32_t wrapper; // the path's clause: 1 without, 2 with, 3 conditional
-    int32_t rc;
-    uint32_t wrap; // the caller's wrap afterwards, UNTOUCHED when left alone
+    int32_t value_rc;                      // json_fun_value_check
+    std::pair<int32_t, uint32_t> query[3]; // per clause: code, the caller's wrap afterwards
 };
 
-class QueryCheck : public ::testing::TestWithParam<WrapRow> {};
-TEST_P(QueryCheck, CodeAndWrap) {
-    const WrapRow &r = GetParam();
+class ShapeCheck : public ::testing::TestWithParam<ShapeRow> {};
+TEST_P(ShapeCheck, QueryWrapAndValueCode) {
+    const ShapeRow &r = GetParam();
     VxEnv env;
-    jpath path{};
-    path.wrapper = r.wrapper;
-    uint32_t wrap = UNTOUCHED;
-    EXPECT_EQ(json_fun_query_check(&path, make(env, r.result), &wrap), r.rc);
-    EXPECT_EQ(wrap, r.wrap);
+    for (uint32_t wrapper : {1u, 2u, 3u}) {
+        jpath path{};
+        path.wrapper = wrapper;
+        uint32_t wrap = UNTOUCHED;
+        EXPECT_EQ(json_fun_query_check(&path, make(env, r.result), &wrap), r.query[wrapper - 1].first)
+            << wrapper;
+        EXPECT_EQ(wrap, r.query[wrapper - 1].second) << wrapper;
+    }
+    EXPECT_EQ(json_fun_value_check(make(env, r.result)), r.value_rc);
 }
 
+constexpr uint32_t U = UNTOUCHED;
 // clang-format off
-INSTANTIATE_TEST_SUITE_P(Table, QueryCheck, rows<WrapRow>({
-    {"ObjectWithout", shape::object, 1, 0, UNTOUCHED},
-    {"ObjectWith", shape::object, 2, 0, UNTOUCHED},
-    {"ObjectConditional", shape::object, 3, 0, 1},
-    {"ArrayWithout", shape::document_array, 1, 0, UNTOUCHED},
-    {"ArrayWith", shape::document_array, 2, 0, UNTOUCHED},
-    {"ArrayConditional", shape::document_array, 3, 0, 1},
-    {"SeveralWithout", shape::virtual_array, 1, kScalar, UNTOUCHED},
-    {"SeveralWith", shape::virtual_array, 2, 0, 1},
-    {"SeveralConditional", shape::virtual_array, 3, 0, 1},
-    {"ScalarWithout", shape::scalar, 1, kScalar, UNTOUCHED},
-    {"ScalarWith", shape::scalar, 2, 0, UNTOUCHED},
-    {"ScalarConditional", shape::scalar, 3, 0, 2},
-}), by_id);
-// clang-format on
-
-struct ValueRow {
-    const char *id;
-    shape result;
-    int32_t rc;
-};
-
-class ValueCheck : public ::testing::TestWithParam<ValueRow> {};
-TEST_P(ValueCheck, Code) {
-    VxEnv env;
-    EXPECT_EQ(json_fun_value_check(make(env, GetParam().result)), GetParam().rc);
-}
-
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(Table, ValueCheck, rows<ValueRow>({
-    {"Object", shape::object, VXJSON_ERR_VALUE_NOT_SCALAR},
-    {"DocumentArray", shape::document_array, VXJSON_ERR_VALUE_NOT_SCALAR},
-    {"Several", shape::virtual_array, VXJSON_ERR_VALUE_MANY},
-    {"Scalar", shape::scalar, 0},
+INSTANTIATE_TEST_SUITE_P(Table, ShapeCheck, rows<ShapeRow>({
+    {"Object", shape::object, VXJSON_ERR_VALUE_NOT_SCALAR, {{0, U}, {0, U}, {0, 1}}},
+    {"DocumentArray", shape::document_array, VXJSON_ERR_VALUE_NOT_SCALAR, {{0, U}, {0, U}, {0, 1}}},
+    {"Several", shape::virtual_array, VXJSON_ERR_VALUE_MANY, {{kScalar, U}, {0, 1}, {0, 1}}},
+    {"Scalar", shape::scalar, 0, {{kScalar, U}, {0, U}, {0, 2}}},
 }), by_id);
 // clang-format on
 

@@ -1,7 +1,8 @@
 // Path evaluation: one table of (document, path, dialects) -> (code,
 // matches), grouped by step kind, run through json_query in the standard
 // and PostgreSQL-compatible modes and through jpath_filter_mysql with and
-// without several matches allowed.  Matches are written as their compact
+// without several matches allowed, and mysql rows again through
+// JSON_CONTAINS_PATH.  Matches are written as their compact
 // text joined by " | "; "" is no match.  Every match must be a node of the
 // document itself, and several matches a virtual array of at least two.
 #include <gtest/gtest.h>
@@ -95,6 +96,13 @@ TEST_P(Query, Matches) {
     const Outcome got = evaluate(env, root, c.row.path, c.dialect);
     EXPECT_EQ(got.rc, c.expect.rc);
     EXPECT_EQ(got.matches, c.expect.matches);
+    // JSON_CONTAINS_PATH finds a value wherever mysql evaluation matches one.
+    jpath path{};
+    if (c.dialect == MY && compile_path(env.ctx.get(), c.row.path, &path) == 0) {
+        int32_t found = -1;
+        EXPECT_EQ(jpath_json_contains_path(root, &path, env.ctx.get(), &found), c.expect.rc);
+        EXPECT_EQ(found, c.expect.rc == 0 && *c.expect.matches);
+    }
 }
 
 auto expand(std::initializer_list<QueryRow> rows) {
@@ -116,11 +124,13 @@ const char *const STATUSES =
 INSTANTIATE_TEST_SUITE_P(Root, Query, expand({
     {"object", R"({"a":1})", "$", {{ALL|MY1, 0, R"({"a":1})"}}},
     {"scalar", "5", "$", {{ALL|MY1, 0, "5"}}},
+    {"empty_array", "[]", "$", {{ALL|MY1, 0, "[]"}}},
 }), by_case_id);
 
 INSTANTIATE_TEST_SUITE_P(Field, Query, expand({
     {"simple", R"({"a":1,"b":2})", "$.b", {{ALL|MY1, 0, "2"}}},
     {"nested", R"({"a":{"b":{"c":true}}})", "$.a.b.c", {{ALL, 0, "true"}}},
+    {"null_value_is_a_value", R"({"a":null})", "$.a", {{ALL, 0, "null"}}},
     {"missing", R"({"a":1})", "$.b", {{STD|PG, NO_MATCH, ""}, {MY|MY1, 0, ""}}},
     {"on_scalar", "5", "$.a", {{STD|PG, NO_MATCH, ""}, {MY, 0, ""}}},
     {"case_matters", R"({"A":1})", "$.a", {{STD|PG, NO_MATCH, ""}}},
@@ -309,6 +319,9 @@ TEST(QueryVirtual, VirtualInsideVirtual) {
         d.root->items[0]->is_virtual = 1;
         EXPECT_EQ(compat ? d.mysql() : d.query(), BAD_PATH) << compat;
         EXPECT_EQ(d.out, nullptr);
+        int32_t found = -1; // JSON_CONTAINS_PATH fails alike, and finds nothing
+        EXPECT_EQ(jpath_json_contains_path(d.root, &d.path, d.ctx(), &found), BAD_PATH);
+        EXPECT_EQ(found, 0);
     }
     Doc d("[[1,2],[3]]", "$[*][0]", 2);
     d.root->items[0]->is_virtual = 1;

@@ -1,6 +1,6 @@
 // Path evaluation below json_query: the member-name test across function
-// kinds, the subscript walks over entries no compiler makes, the PostgreSQL
-// subscript rules, and JSON_CONTAINS_PATH.
+// kinds, the subscript walks over entries no compiler makes, and the
+// PostgreSQL subscript rules.
 #include <gtest/gtest.h>
 
 #include "path_text.h"
@@ -175,52 +175,6 @@ TEST(SubscriptStep, PgLastPositionAppliesToANonArray) {
         EXPECT_EQ(jpath_filter_array_item(env.ctx.get(), root, &step, &out), compat ? 0 : NO_MATCH);
         EXPECT_EQ(out, compat ? root : nullptr);
     }
-}
-
-struct ContainsRow {
-    const char *id;
-    const char *doc;
-    const char *path;
-    int32_t found;
-};
-
-class ContainsPath : public ::testing::TestWithParam<ContainsRow> {};
-TEST_P(ContainsPath, FindsAtLeastOneValue) {
-    const ContainsRow &r = GetParam();
-    VxEnv env(dialect(JLPCA_COMPAT_MYSQL));
-    json_node *root = env.tree(r.doc);
-    jpath path{};
-    ASSERT_EQ(compile_path(env.ctx.get(), r.path, &path), 0);
-    int32_t found = -1;
-    EXPECT_EQ(jpath_json_contains_path(root, &path, env.ctx.get(), &found), 0);
-    EXPECT_EQ(found, r.found);
-}
-
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(Paths, ContainsPath, rows<ContainsRow>({
-    {"member", R"({"a":1})", "$.a", 1},
-    {"missing_member", R"({"a":1})", "$.b", 0},
-    {"null_value_is_a_value", R"({"a":null})", "$.a", 1},
-    {"wildcard_allowed", R"({"a":1})", "$.*", 1},
-    {"wildcard_on_empty", "{}", "$.*", 0},
-    {"range_allowed", "[1,2,3]", "$[1 to 5]", 1},
-    {"past_the_end", "[1,2,3]", "$[3]", 0},
-    {"scalar_position_zero", "7", "$[0]", 1},
-    {"member_of_document_array", R"([{"a":1}])", "$.a", 0},
-    {"member_of_every_element", R"([{"a":1}])", "$[*].a", 1},
-    {"root", "[]", "$", 1},
-}), by_id);
-// clang-format on
-
-TEST(ContainsPath, AFailureLeavesFoundZero) {
-    VxEnv env(dialect(JLPCA_COMPAT_MYSQL));
-    json_node *root = env.tree("[[1],[2]]");
-    root->items[1]->is_virtual = 1;
-    jpath path{};
-    ASSERT_EQ(compile_path(env.ctx.get(), "$[*][*]", &path), 0);
-    int32_t found = -1;
-    EXPECT_EQ(jpath_json_contains_path(root, &path, env.ctx.get(), &found), VXJSON_ERR_PATH);
-    EXPECT_EQ(found, 0);
 }
 
 } // namespace
