@@ -150,6 +150,7 @@ INSTANTIATE_TEST_SUITE_P(Ops, Tool, rows_of("tool/ops.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Query, Tool, rows_of("tool/query.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Value, Tool, rows_of("tool/value.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Change, Tool, rows_of("tool/change.tsv"), data_row_namer());
+INSTANTIATE_TEST_SUITE_P(Rfc8259, Tool, rows_of("tool/rfc8259.tsv"), data_row_namer());
 
 TEST(ToolCases, EveryFileHasItsRows) {
     expect_row_counts({{"tool/general.tsv", 41},
@@ -158,7 +159,8 @@ TEST(ToolCases, EveryFileHasItsRows) {
                        {"tool/ops.tsv", 45},
                        {"tool/query.tsv", 45},
                        {"tool/value.tsv", 44},
-                       {"tool/change.tsv", 32}});
+                       {"tool/change.tsv", 32},
+                       {"tool/rfc8259.tsv", 47}});
 }
 
 // A JSON Lines stream much larger than the tool's buffers is read in

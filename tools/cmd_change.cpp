@@ -74,6 +74,7 @@ public:
     // code.
     int32_t apply(json_node *doc, change_result *r) {
         r->tree = nullptr;
+        value_error_.clear();
         if (rq_.pg)
             return rq_.info->kind == change_kind::remove ? pg_remove(doc, r)
                                                          : pg_set(doc, &r->text);
@@ -96,7 +97,9 @@ private:
 
     int32_t read_value(const std::string &value, json_node **node) {
         read_failure why;
-        return s_.read(value, node, why);
+        const int32_t rc = s_.read(value, node, why);
+        if (rc != 0) value_error_ = "value '" + value + "': " + why.message;
+        return rc;
     }
 
     // Paths from a JSON array of path strings: one contiguous block.
@@ -251,9 +254,15 @@ private:
         return 0;
     }
 
+public:
+    // Why the last apply failed when a value did not read, else empty.
+    const std::string &value_error() const { return value_error_; }
+
+private:
     const change_request &rq_;
     session &s_;
     jlpca_ctx *ctx_;
+    std::string value_error_;
 };
 
 // The result in the user's layout: the library's compact text as it is,
@@ -323,7 +332,11 @@ int run_change(change_kind kind, command_line &cl) {
             const bool oom = rc == VXJSON_ERR_NOMEM;
             if (!cl.quiet || oom)
                 report_failure(name, line,
-                               {rc, 1, std::string(info.name) + ": " + code_message(rc), oom});
+                               {rc, 1,
+                                std::string(info.name) + ": " +
+                                    (runner.value_error().empty() ? code_message(rc)
+                                                                  : runner.value_error()),
+                                oom});
             return oom ? doc_result::fatal : doc_result::bad;
         }
         rc = print_result(s, cl, result);

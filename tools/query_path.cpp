@@ -20,6 +20,8 @@ void compiled_path::start(const std::string &text, const read_options &opts) {
     (void)jlpca_init_simple(nullptr, ctx_.get(), heap_, nullptr,
                             opts.keep_escapes ? JLPCA_ESCAPE_KEEP : JLPCA_ESCAPE_DECODE,
                             opts.compat);
+    // Quoted names read as the documents' strings do.
+    if (opts.rfc8259) use_std_strings(ctx_.get());
 }
 
 bool compiled_path::compile_prepared(const std::string &text, std::string &error) {
