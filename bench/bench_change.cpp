@@ -29,7 +29,7 @@ struct Changer : bench_reader {
     jpath *path(const char *text) {
         uint32_t n = 0;
         jpath *p = nullptr;
-        return jpath_array_flex(ctx.get(), text, uint32_t(std::strlen(text)), 1, &n, &p) ? nullptr
+        return jpath_array_flex(ctx, text, uint32_t(std::strlen(text)), 1, &n, &p) ? nullptr
                                                                                          : p;
     }
     void release(char *text) { vx_free(nullptr, &alloc, text); }
@@ -45,7 +45,7 @@ void BM_Replace_Twitter(benchmark::State &state) {
     for (auto _ : state) {
         char *out = nullptr;
         uint32_t len = 0;
-        if (jsonb_set_with_path(doc, value, path, c.ctx.get(), &out, &len))
+        if (jsonb_set_with_path(doc, value, path, c.ctx, &out, &len))
             return state.SkipWithError("change failed");
         benchmark::DoNotOptimize(len);
         c.release(out);
@@ -68,7 +68,7 @@ void BM_PgSet_Twitter(benchmark::State &state) {
     for (auto _ : state) {
         char *out = nullptr;
         uint32_t len = 0;
-        if (jsonb_set_with_path(doc, value, &path, c.ctx.get(), &out, &len))
+        if (jsonb_set_with_path(doc, value, &path, c.ctx, &out, &len))
             return state.SkipWithError("change failed");
         benchmark::DoNotOptimize(len);
         c.release(out);
@@ -90,9 +90,9 @@ template <bool Append> void BM_Change_FreshTwitter(benchmark::State &state) {
         char *out = nullptr;
         uint32_t len = 0;
         const int32_t rc =
-            Append ? json_array_add_element_mysql_path_array(doc, 1, path, value, c.ctx.get(),
+            Append ? json_array_add_element_mysql_path_array(doc, 1, path, value, c.ctx,
                                                              JSON_ARRAY_ADD_SINGLE, &out, &len)
-                   : json_remove_mysql_path_array(doc, 1, path, c.ctx.get(), &out, &len);
+                   : json_remove_mysql_path_array(doc, 1, path, c.ctx, &out, &len);
         if (rc) return state.SkipWithError("change failed");
         benchmark::DoNotOptimize(len);
         c.release(out);

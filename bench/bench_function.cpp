@@ -35,7 +35,7 @@ const std::string &status_text() {
         if (!kv || kv->value->type != JSON_ARRAY || kv->value->count == 0) return std::string();
         vxstr *s = vxstr_create(nullptr, &c.alloc, 0);
         std::string out;
-        if (s && json_to_string(c.ctx.get(), &c.alloc, s, kv->value->items[0], JSON_FMT_COMPACT, 0,
+        if (s && json_to_string(c.ctx, &c.alloc, s, kv->value->items[0], JSON_FMT_COMPACT, 0,
                                 0, JSON_CONV_JSON) == 0)
             out.assign(s->buf, s->len);
         if (s) vxstr_free(nullptr, &c.alloc, s);
@@ -53,8 +53,8 @@ struct Path {
         jpath_init(&path,
                    jpath_encode_flag(ret_type, 0, JPATH_WRAPPER_WITHOUT, JPATH_ON_ERROR_ERROR, 0),
                    datatype, 0, 0);
-        ok = jlpca_reinit(c.ctx.get(), text, uint32_t(std::strlen(text))) == 0 &&
-             jpath_flex(c.ctx.get(), &path) == 0;
+        ok = jlpca_reinit(c.ctx, text, uint32_t(std::strlen(text))) == 0 &&
+             jpath_flex(c.ctx, &path) == 0;
     }
 };
 
@@ -65,14 +65,14 @@ constexpr uint32_t NUMBER_12_2 = 12 << 8 | 2;
 int32_t value_text(Context &c, json_node *doc, const jpath *path) {
     char *out = nullptr;
     uint32_t len = 0;
-    const int32_t rc = json_fun_varchar(c.ctx.get(), doc, path, &out, &len, 0);
+    const int32_t rc = json_fun_varchar(c.ctx, doc, path, &out, &len, 0);
     benchmark::DoNotOptimize(out);
     return rc;
 }
 
 int32_t value_number(Context &c, json_node *doc, const jpath *path) {
     json_number_result out{};
-    const int32_t rc = json_value_number(c.ctx.get(), doc, path, &out, 0);
+    const int32_t rc = json_value_number(c.ctx, doc, path, &out, 0);
     benchmark::DoNotOptimize(out);
     return rc;
 }

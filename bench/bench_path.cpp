@@ -4,14 +4,11 @@
 // for every node of a reference document.
 #include <benchmark/benchmark.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "bench_data.h"
-#include "vx_alloc.h"
-#include "vx_heap.h"
-#include "vxjson.h"
+#include "bench_reader.h"
 
 namespace {
 
@@ -19,29 +16,13 @@ namespace {
 // by one, so the heap is emptied now and then with the timer paused.
 constexpr uint64_t kHeapResetBytes = 64u << 20;
 
-struct Compiler {
-    vx_heap *heap = mem_heap_create(1 << 20);
-    vx_alloc_state state{};
-    vx_allocator alloc{};
-    std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
-
-    explicit Compiler(int32_t compat = JLPCA_COMPAT_STANDARD) {
-        vx_allocator_init(&alloc, &state);
-        jlpca_init(nullptr, ctx.get(), heap, &alloc, JLPCA_ESCAPE_DECODE, 0, 0, compat);
-    }
-    ~Compiler() {
-        jlpca_deinit(ctx.get());
-        vx_allocator_release_all(&state);
-        mem_heap_free(heap);
-    }
-    Compiler(const Compiler &) = delete;
-    Compiler &operator=(const Compiler &) = delete;
+struct Compiler : bench_reader {
+    explicit Compiler(int32_t compat = JLPCA_COMPAT_STANDARD) : bench_reader(1 << 20, 0, compat) {}
 
     void reset_if_full(benchmark::State &st) {
         if (mem_heap_bytes_used(heap) < kHeapResetBytes) return;
         st.PauseTiming();
-        vx_allocator_release_all(&state);
-        mem_heap_reset(heap);
+        reset();
         st.ResumeTiming();
     }
 };
@@ -53,8 +34,8 @@ void compile_each(benchmark::State &st, const std::vector<std::string> &texts, i
         for (const std::string &t : texts) {
             jpath p;
             jpath_init(&p, 3, 4000, 0, JPATH_DIALECT_STANDARD);
-            if (jlpca_reinit(c.ctx.get(), t.data(), uint32_t(t.size())) ||
-                jpath_flex(c.ctx.get(), &p)) {
+            if (jlpca_reinit(c.ctx, t.data(), uint32_t(t.size())) ||
+                jpath_flex(c.ctx, &p)) {
                 st.SkipWithError("path did not compile");
                 return;
             }
@@ -105,7 +86,7 @@ void BM_ArrayFlex(benchmark::State &st) {
     for (auto _ : st) {
         uint32_t count = 0;
         jpath *paths = nullptr;
-        if (jpath_array_flex(c.ctx.get(), text.data(), uint32_t(text.size()), 0, &count, &paths)) {
+        if (jpath_array_flex(c.ctx, text.data(), uint32_t(text.size()), 0, &count, &paths)) {
             st.SkipWithError("path array did not compile");
             return;
         }
@@ -138,8 +119,8 @@ void BM_PathGen_Twitter(benchmark::State &st) {
     Compiler c(JLPCA_COMPAT_MYSQL);
     const std::string text = load_bench_data("twitter");
     json_node *root = nullptr;
-    if (text.empty() || jlpca_reinit(c.ctx.get(), text.data(), uint32_t(text.size())) ||
-        json_flex(c.ctx.get(), &root)) {
+    if (text.empty() || jlpca_reinit(c.ctx, text.data(), uint32_t(text.size())) ||
+        json_flex(c.ctx, &root)) {
         st.SkipWithError("twitter.json not read");
         return;
     }
@@ -148,7 +129,7 @@ void BM_PathGen_Twitter(benchmark::State &st) {
     for (auto _ : st) {
         for (const json_node *n : nodes) {
             json_node *out = nullptr;
-            if (json_path_gen(n, c.ctx.get(), &out)) {
+            if (json_path_gen(n, c.ctx, &out)) {
                 st.SkipWithError("no path made");
                 return;
             }

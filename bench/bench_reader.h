@@ -4,41 +4,36 @@
 #ifndef VXJSON_BENCH_READER_H
 #define VXJSON_BENCH_READER_H
 
-#include <memory>
+#include <cstdlib>
 #include <string>
 
-#include "vx_alloc.h"
-#include "vx_heap.h"
-#include "vxjson.h"
+#include "vx_session.h"
 
 struct bench_reader {
-    vx_heap *heap;
-    vx_alloc_state state{};
+    vx_session session{};
+    jlpca_ctx *ctx = nullptr;
+    vx_heap *heap = nullptr;
     vx_allocator alloc{};
-    std::unique_ptr<jlpca_ctx> ctx = std::make_unique<jlpca_ctx>();
 
-    bench_reader(size_t first_block, int32_t strict, int32_t compat)
-        : heap(mem_heap_create(first_block)) {
-        vx_allocator_init(&alloc, &state);
-        (void)jlpca_init(nullptr, ctx.get(), heap, &alloc, JLPCA_ESCAPE_DECODE, strict, 0, compat);
+    bench_reader(size_t first_block, int32_t strict, int32_t compat) {
+        const vx_session_options o{first_block, 0, JLPCA_ESCAPE_DECODE, strict, 0, compat};
+        if (vx_session_open(&session, &o) != 0) std::abort(); // a benchmark cannot go on
+        ctx = session.ctx;
+        heap = session.heap;
+        alloc = session.alloc;
     }
-    ~bench_reader() {
-        jlpca_deinit(ctx.get());
-        vx_allocator_release_all(&state);
-        mem_heap_free(heap);
-    }
+    ~bench_reader() { vx_session_close(&session); }
     bench_reader(const bench_reader &) = delete;
     bench_reader &operator=(const bench_reader &) = delete;
 
     json_node *read(const std::string &text) {
         json_node *root = nullptr;
-        if (jlpca_reinit(ctx.get(), text.data(), uint32_t(text.size())) ||
-            json_flex(ctx.get(), &root))
+        if (jlpca_reinit(ctx, text.data(), uint32_t(text.size())) || json_flex(ctx, &root))
             return nullptr;
         return root;
     }
     void reset() {
-        vx_allocator_release_all(&state);
+        vx_allocator_release_all(&session.alloc_state);
         mem_heap_reset(heap);
     }
 };

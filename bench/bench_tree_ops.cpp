@@ -46,7 +46,7 @@ json_node *member(const json_node *object, const char *name) {
 // An array whose element list holds just `element` (its own sibling links
 // are ignored past the count), as the predicates read arrays.
 json_node *list_of_one(Reader &r, json_node *element) {
-    json_node *a = json_mem_create(r.ctx.get(), JSON_ARRAY);
+    json_node *a = json_mem_create(r.ctx, JSON_ARRAY);
     a->lst_count = 1;
     a->lst_first = a->lst_last = element;
     return a;
@@ -64,8 +64,8 @@ struct TwitterPair {
         if (!doc || !copy) return;
         json_node *statuses = member(copy, "statuses");
         status_list = list_of_one(r, statuses->items[statuses->count - 1]);
-        candidate = json_mem_create(r.ctx.get(), JSON_OBJECT);
-        if (json_object_add_one_node(r.ctx.get(), candidate, "statuses", 8, status_list, 0))
+        candidate = json_mem_create(r.ctx, JSON_OBJECT);
+        if (json_object_add_one_node(r.ctx, candidate, "statuses", 8, status_list, 0))
             candidate = nullptr;
     }
 };
@@ -190,7 +190,7 @@ void run_merge(benchmark::State &state, const std::string &text, int32_t patch) 
             return a && b;
         },
         [&](char **out, uint32_t *len) {
-            return json_merge_mysql(a, b, patch, r.ctx.get(), out, len);
+            return json_merge_mysql(a, b, patch, r.ctx, out, len);
         });
 }
 
@@ -208,7 +208,7 @@ void BM_Concat_TwitterStatuses(benchmark::State &state) {
     run_text_op(
         state, r, [&] { return statuses != nullptr; },
         [&](char **out, uint32_t *len) {
-            return jsonb_concat(statuses, statuses, r.ctx.get(), out, len);
+            return jsonb_concat(statuses, statuses, r.ctx, out, len);
         });
 }
 

@@ -17,24 +17,24 @@
 namespace {
 
 // Marks blocks made here, so foreign blocks are never released as ours.
-constexpr uint64_t kMagic = 0x7678616c6c6f6321ull;
+constexpr uint64_t MAGIC = 0x7678616c6c6f6321ull;
 
-struct Header {
+struct block_header {
     uint64_t size;
     uint64_t magic;
-    Header *prev; // links in the state's list of outstanding blocks
-    Header *next;
+    block_header *prev; // links in the state's list of outstanding blocks
+    block_header *next;
 };
-static_assert(sizeof(Header) % 16 == 0, "user blocks stay 16-byte aligned");
+static_assert(sizeof(block_header) % 16 == 0, "user blocks stay 16-byte aligned");
 
 void *counted_alloc(void *, void *handle, size_t size, const char *, int) {
     auto *st = static_cast<vx_alloc_state *>(handle);
     if (st->calls >= st->call_limit) return nullptr;
-    if (size > SIZE_MAX - sizeof(Header)) return nullptr;
-    auto *h = static_cast<Header *>(std::malloc(sizeof(Header) + size));
+    if (size > SIZE_MAX - sizeof(block_header)) return nullptr;
+    auto *h = static_cast<block_header *>(std::malloc(sizeof(block_header) + size));
     if (!h) return nullptr;
-    auto *head = static_cast<Header *>(st->blocks);
-    *h = Header{size, kMagic, nullptr, head};
+    auto *head = static_cast<block_header *>(st->blocks);
+    *h = block_header{size, MAGIC, nullptr, head};
     if (head) head->prev = h;
     st->blocks = h;
     st->calls++;
@@ -43,7 +43,7 @@ void *counted_alloc(void *, void *handle, size_t size, const char *, int) {
     return h + 1;
 }
 
-void unlink_and_free(vx_alloc_state *st, Header *h) {
+void unlink_and_free(vx_alloc_state *st, block_header *h) {
     if (h->prev) h->prev->next = h->next;
     else st->blocks = h->next;
     if (h->next) h->next->prev = h->prev;
@@ -55,8 +55,8 @@ void unlink_and_free(vx_alloc_state *st, Header *h) {
 
 void counted_free(void *, void *handle, void *block) {
     if (!block) return;
-    auto *h = static_cast<Header *>(block) - 1;
-    if (h->magic != kMagic) return;
+    auto *h = static_cast<block_header *>(block) - 1;
+    if (h->magic != MAGIC) return;
     unlink_and_free(static_cast<vx_alloc_state *>(handle), h);
 }
 
@@ -78,7 +78,7 @@ extern "C" void vx_allocator_set_call_limit(vx_alloc_state *state, uint64_t call
 }
 
 extern "C" void vx_allocator_release_all(vx_alloc_state *state) {
-    while (state->blocks) unlink_and_free(state, static_cast<Header *>(state->blocks));
+    while (state->blocks) unlink_and_free(state, static_cast<block_header *>(state->blocks));
 }
 
 extern "C" void vx_allocator_init_heap(vx_allocator *a, void *heap) {

@@ -62,10 +62,10 @@ const char *iconv_name(int32_t charset) {
 }
 
 // Per-thread converters, closed when the thread ends.
-struct Converters {
+struct converters {
     iconv_t to_utf16[2] = {iconv_t(-1), iconv_t(-1)};
     iconv_t from_utf16[2] = {iconv_t(-1), iconv_t(-1)};
-    ~Converters() {
+    ~converters() {
         for (iconv_t cd : to_utf16)
             if (cd != iconv_t(-1)) iconv_close(cd);
         for (iconv_t cd : from_utf16)
@@ -73,7 +73,7 @@ struct Converters {
     }
 };
 
-thread_local Converters converters;
+thread_local converters converters;
 
 iconv_t converter(int32_t charset, bool to_utf16) {
     int slot = charset == VX_CHARSET_GB18030 ? 0 : 1;

@@ -4,12 +4,12 @@
 
 namespace {
 
-struct Trail {
+struct error_trail {
     vx_elog_entry entries[VX_ELOG_TRAIL_MAX];
     uint32_t count;
 };
 
-thread_local Trail trail;
+thread_local error_trail trail;
 
 } // namespace
 

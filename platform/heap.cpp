@@ -13,17 +13,17 @@ using namespace vxheap;
 
 namespace {
 
-constexpr size_t kDefaultFirstBlock = 8 * 1024;
-constexpr size_t kMaxGrowBlock =
+constexpr size_t DEFAULT_FIRST_BLOCK = 8 * 1024;
+constexpr size_t MAX_GROW_BLOCK =
     64u * 1024 * 1024; // caps doubling; big requests get their own block
 
 } // namespace
 
 struct vx_heap {
-    Block *current;      // block being carved
+    heap_block *current; // block being carved
     char *next;          // first free byte in current
     char *end;           // end of current
-    Block *first;        // the block kept across resets
+    heap_block *first;   // the block kept across resets
     size_t next_size;    // size of the next block to make
     uint64_t calls;      // successful allocations
     uint64_t bytes;      // bytes handed out
@@ -34,8 +34,8 @@ struct vx_heap {
 extern "C" vx_heap *mem_heap_create(size_t first_block) {
     auto *h = static_cast<vx_heap *>(std::calloc(1, sizeof(vx_heap)));
     if (!h) return nullptr;
-    size_t size = first_block ? align_up(first_block) : kDefaultFirstBlock;
-    Block *b = block_take(size);
+    size_t size = first_block ? align_up(first_block) : DEFAULT_FIRST_BLOCK;
+    heap_block *b = block_take(size);
     if (!b) {
         std::free(h);
         return nullptr;
@@ -50,10 +50,10 @@ extern "C" vx_heap *mem_heap_create(size_t first_block) {
 }
 
 // Free every block reachable from the current one except `keep`.
-static void release_blocks_except(vx_heap *h, Block *keep) {
-    Block *b = h->current;
+static void release_blocks_except(vx_heap *h, heap_block *keep) {
+    heap_block *b = h->current;
     while (b) {
-        Block *prev = b->prev;
+        heap_block *prev = b->prev;
         if (b != keep) block_give(b);
         b = prev;
     }
@@ -77,9 +77,9 @@ extern "C" void mem_heap_reset(vx_heap *heap) {
 
 [[gnu::noinline]] static void *alloc_in_new_block(vx_heap *h, size_t size) {
     const bool own = size > h->next_size / 4; // a large request gets a block of its own size
-    Block *b = block_take(own ? size : h->next_size);
+    heap_block *b = block_take(own ? size : h->next_size);
     if (!b) return nullptr;
-    if (!own && h->next_size < kMaxGrowBlock) h->next_size *= 2;
+    if (!own && h->next_size < MAX_GROW_BLOCK) h->next_size *= 2;
     if (own && h->next < h->end) {
         // Keep carving the current block: put the dedicated block behind it.
         b->prev = h->current->prev;

@@ -18,15 +18,15 @@ namespace {
 
 // Enough for the blocks of a few large statements; a block larger than
 // the whole allowance is never kept.
-constexpr size_t kMaxBlocks = 32;
-constexpr size_t kMaxBytes = size_t(96) << 20;
+constexpr size_t MAX_BLOCKS = 32;
+constexpr size_t MAX_BYTES = size_t(96) << 20;
 
-struct Cache {
-    Block *head = nullptr; // singly linked through prev
+struct block_cache {
+    heap_block *head = nullptr; // singly linked through prev
     size_t blocks = 0;
     size_t bytes = 0;
-    ~Cache() {
-        while (Block *b = head) {
+    ~block_cache() {
+        while (heap_block *b = head) {
             head = b->prev;
             VX_UNPOISON(block_data(b), b->size);
             std::free(b);
@@ -34,20 +34,20 @@ struct Cache {
     }
 };
 
-thread_local Cache cache;
+thread_local block_cache cache;
 
 } // namespace
 
-Block *block_take(size_t size) {
+heap_block *block_take(size_t size) {
     // Best fit among the cached blocks that are at least `size` and at most
     // twice as big, so a small heap does not pin a large block.
-    Block **best = nullptr;
-    for (Block **link = &cache.head; *link; link = &(*link)->prev) {
+    heap_block **best = nullptr;
+    for (heap_block **link = &cache.head; *link; link = &(*link)->prev) {
         const size_t have = (*link)->size;
         if (have >= size && have / 2 <= size && (!best || have < (*best)->size)) best = link;
     }
     if (best) {
-        Block *b = *best;
+        heap_block *b = *best;
         *best = b->prev;
         cache.blocks--;
         cache.bytes -= b->size;
@@ -55,16 +55,16 @@ Block *block_take(size_t size) {
         b->prev = nullptr;
         return b;
     }
-    if (size > SIZE_MAX - align_up(sizeof(Block))) return nullptr;
-    auto *b = static_cast<Block *>(std::malloc(align_up(sizeof(Block)) + size));
+    if (size > SIZE_MAX - align_up(sizeof(heap_block))) return nullptr;
+    auto *b = static_cast<heap_block *>(std::malloc(align_up(sizeof(heap_block)) + size));
     if (!b) return nullptr;
     b->prev = nullptr;
     b->size = size;
     return b;
 }
 
-void block_give(Block *b) {
-    if (cache.blocks == kMaxBlocks || b->size > kMaxBytes - cache.bytes) {
+void block_give(heap_block *b) {
+    if (cache.blocks == MAX_BLOCKS || b->size > MAX_BYTES - cache.bytes) {
         std::free(b); // the cache is full: the system takes it back
         return;
     }

@@ -15,21 +15,23 @@
 
 namespace vxheap {
 
-struct Block {
-    Block *prev; // older block of the same heap, or the next cached block
-    size_t size; // usable bytes after the header
+struct heap_block {
+    heap_block *prev; // older block of the same heap, or the next cached block
+    size_t size;      // usable bytes after the header
 };
 
-inline constexpr size_t kAlign = 8;
-inline size_t align_up(size_t n) { return (n + (kAlign - 1)) & ~(kAlign - 1); }
-inline char *block_data(Block *b) { return reinterpret_cast<char *>(b) + align_up(sizeof(Block)); }
+inline constexpr size_t ALIGN = 8;
+inline size_t align_up(size_t n) { return (n + (ALIGN - 1)) & ~(ALIGN - 1); }
+inline char *block_data(heap_block *b) {
+    return reinterpret_cast<char *>(b) + align_up(sizeof(heap_block));
+}
 
 // A block of at least `size` usable bytes (its `size` says how many), from
 // the cache when one there fits without wasting more than it holds, else
 // from the system; NULL when the system has none.
-Block *block_take(size_t size);
+heap_block *block_take(size_t size);
 // Hand a block back: kept for reuse while the cache has room, else freed.
-void block_give(Block *b);
+void block_give(heap_block *b);
 
 } // namespace vxheap
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr char kSrc[] = "vxstr";
+constexpr char SRC[] = "vxstr";
 
 // Make room for `extra` more bytes plus the terminator.
 [[gnu::noinline]] int32_t grow(void *env, vx_allocator *a, vxstr *s, uint32_t extra) {
@@ -21,7 +21,7 @@ constexpr char kSrc[] = "vxstr";
     uint64_t cap = s->cap ? s->cap : VXSTR_INITIAL_SIZE;
     while (cap < need) cap *= 2;
     if (cap > UINT32_MAX - 1) cap = UINT32_MAX - 1;
-    auto *buf = static_cast<char *>(vx_alloc(env, a, cap + 1, kSrc, __LINE__));
+    auto *buf = static_cast<char *>(vx_alloc(env, a, cap + 1, SRC, __LINE__));
     if (!buf) {
         s->failed = 1;
         return VXSTR_NOMEM;
@@ -44,10 +44,10 @@ inline int32_t ensure(void *env, vx_allocator *a, vxstr *s, uint32_t extra) {
 } // namespace
 
 extern "C" vxstr *vxstr_create(void *env, vx_allocator *a, uint32_t initial) {
-    auto *s = static_cast<vxstr *>(vx_alloc(env, a, sizeof(vxstr), kSrc, __LINE__));
+    auto *s = static_cast<vxstr *>(vx_alloc(env, a, sizeof(vxstr), SRC, __LINE__));
     if (!s) return nullptr;
     uint32_t cap = initial ? initial : VXSTR_INITIAL_SIZE;
-    s->buf = static_cast<char *>(vx_alloc(env, a, size_t(cap) + 1, kSrc, __LINE__));
+    s->buf = static_cast<char *>(vx_alloc(env, a, size_t(cap) + 1, SRC, __LINE__));
     if (!s->buf) {
         vx_free(env, a, s);
         return nullptr;

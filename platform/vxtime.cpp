@@ -17,25 +17,25 @@ using std::chrono::sys_days;
 using std::chrono::year;
 using std::chrono::year_month_day;
 
-constexpr int64_t kSecPerDay = 86400;
-constexpr int32_t kNsecPerSec = 1000000000;
-constexpr int kFractionDigits = 9;
-constexpr int64_t kMinSec = /* 0001-01-01T00:00:00 */
-    sys_days{year{1} / 1 / 1}.time_since_epoch().count() * kSecPerDay;
-constexpr int64_t kMaxSec = /* 9999-12-31T23:59:59 */
-    (sys_days{year{9999} / 12 / 31}.time_since_epoch().count() + 1) * kSecPerDay - 1;
+constexpr int64_t SEC_PER_DAY = 86400;
+constexpr int32_t NSEC_PER_SEC = 1000000000;
+constexpr int FRACTION_DIGITS = 9;
+constexpr int64_t MIN_SEC = /* 0001-01-01T00:00:00 */
+    sys_days{year{1} / 1 / 1}.time_since_epoch().count() * SEC_PER_DAY;
+constexpr int64_t MAX_SEC = /* 9999-12-31T23:59:59 */
+    (sys_days{year{9999} / 12 / 31}.time_since_epoch().count() + 1) * SEC_PER_DAY - 1;
 
 int64_t floor_div(int64_t a, int64_t b) {
     int64_t q = a / b;
     return (a % b != 0 && (a < 0) != (b < 0)) ? q - 1 : q;
 }
 
-bool sec_in_range(int64_t sec) { return sec >= kMinSec && sec <= kMaxSec; }
+bool sec_in_range(int64_t sec) { return sec >= MIN_SEC && sec <= MAX_SEC; }
 
 bool type_known(int32_t type) { return type == VXTIME_TYPE_DATE || type == VXTIME_TYPE_DATETIME; }
 
 bool is_valid(const vxtime *t) {
-    return sec_in_range(t->sec) && t->nsec >= 0 && t->nsec < kNsecPerSec;
+    return sec_in_range(t->sec) && t->nsec >= 0 && t->nsec < NSEC_PER_SEC;
 }
 
 bool is_blank(char c) {
@@ -74,11 +74,11 @@ struct cursor {
         int n = 0;
         int32_t v = 0;
         for (; p + n < end && p[n] >= '0' && p[n] <= '9'; n++) {
-            if (n == kFractionDigits) return false;
+            if (n == FRACTION_DIGITS) return false;
             v = v * 10 + (p[n] - '0');
         }
         if (n == 0) return false;
-        for (int i = n; i < kFractionDigits; i++) v *= 10;
+        for (int i = n; i < FRACTION_DIGITS; i++) v *= 10;
         p += n;
         *nsec = v;
         return true;
@@ -131,9 +131,9 @@ char *put_number(char *p, int v, int width) {
 
 /* ".f" with at most `prec` digits and no trailing zeros, or nothing. */
 char *put_fraction(char *p, int32_t nsec, int32_t prec) {
-    int digits = prec < kFractionDigits ? prec : kFractionDigits;
+    int digits = prec < FRACTION_DIGITS ? prec : FRACTION_DIGITS;
     if (digits <= 0) return p;
-    for (int i = digits; i < kFractionDigits; i++) nsec /= 10;
+    for (int i = digits; i < FRACTION_DIGITS; i++) nsec /= 10;
     while (digits > 0 && nsec % 10 == 0) {
         nsec /= 10;
         digits--;
@@ -160,7 +160,7 @@ int32_t vxtime_from_char_ex2(const char *text, uint32_t len, int32_t type, vxtim
             !read_zone(c, &offset) || !c.at_end())
             return VXTIME_NOT_DATETIME;
     }
-    int64_t sec = day_number * kSecPerDay + time_secs - offset;
+    int64_t sec = day_number * SEC_PER_DAY + time_secs - offset;
     if (!sec_in_range(sec)) return VXTIME_NOT_DATETIME;
     vxtime t{sec, nsec, VXTIME_TYPE_DATETIME};
     int32_t rc = vxtime_reset(&t, type);
@@ -171,8 +171,8 @@ int32_t vxtime_from_char_ex2(const char *text, uint32_t len, int32_t type, vxtim
 int32_t vxtime_to_char(const vxtime *t, int32_t prec, int32_t fmt, char *buf) {
     if ((fmt != VXTIME_FMT_ISO && fmt != VXTIME_FMT_DATE) || buf == nullptr) return VXTIME_ERR_ARG;
     if (!is_valid(t)) return VXTIME_ERR_RANGE;
-    int64_t day_number = floor_div(t->sec, kSecPerDay);
-    int secs = static_cast<int>(t->sec - day_number * kSecPerDay);
+    int64_t day_number = floor_div(t->sec, SEC_PER_DAY);
+    int secs = static_cast<int>(t->sec - day_number * SEC_PER_DAY);
     year_month_day ymd{sys_days{days{day_number}}};
     char *p = buf;
     p = put_number(p, static_cast<int>(ymd.year()), 4);
@@ -211,11 +211,11 @@ int32_t vxtime_get_msec(const vxtime *t) { return t->nsec; }
 
 int32_t vxtime_set_msec(vxtime *t, int32_t nsec) {
     if (!type_known(t->type) || (t->type == VXTIME_TYPE_DATE && nsec != 0)) return VXTIME_ERR_ARG;
-    int64_t carry = floor_div(nsec, kNsecPerSec);
+    int64_t carry = floor_div(nsec, NSEC_PER_SEC);
     int64_t sec = t->sec + carry;
     if (!sec_in_range(sec)) return VXTIME_ERR_RANGE;
     t->sec = sec;
-    t->nsec = static_cast<int32_t>(nsec - carry * kNsecPerSec);
+    t->nsec = static_cast<int32_t>(nsec - carry * NSEC_PER_SEC);
     return 0;
 }
 
@@ -223,7 +223,7 @@ int32_t vxtime_reset(vxtime *t, int32_t type) {
     if (!type_known(type)) return VXTIME_ERR_ARG;
     if (!is_valid(t)) return VXTIME_ERR_RANGE;
     if (type == VXTIME_TYPE_DATE) {
-        t->sec = floor_div(t->sec, kSecPerDay) * kSecPerDay;
+        t->sec = floor_div(t->sec, SEC_PER_DAY) * SEC_PER_DAY;
         t->nsec = 0;
     }
     t->type = static_cast<uint8_t>(type);

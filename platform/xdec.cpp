@@ -32,8 +32,8 @@ struct digit_reader {
             exp -= in_fraction; /* a leading zero only places the point */
             return;
         }
-        if (kept <= kPrec) {
-            if (kept < kPrec) coef = coef * 10 + static_cast<unsigned>(d);
+        if (kept <= PREC) {
+            if (kept < PREC) coef = coef * 10 + static_cast<unsigned>(d);
             else round_digit = d;
             kept++;
             exp -= in_fraction;
@@ -44,7 +44,7 @@ struct digit_reader {
 
     wide coefficient() const {
         wide w = wide_from_u128(coef);
-        if (kept > kPrec) {
+        if (kept > PREC) {
             wide_mul_pow10(w, 1);
             wide_add(w, wide_from_u128(static_cast<unsigned>(round_digit)));
         }
@@ -66,10 +66,10 @@ const char *read_exponent(const char *p, const char *end, int64_t *out) {
 
 /* The digits of a coefficient, most significant first; returns the count. */
 int coef_digits(u128 v, char *buf) {
-    constexpr uint64_t kTen19 = 10000000000000000000ull;
+    constexpr uint64_t TEN19 = 10000000000000000000ull;
     char *p = buf;
-    uint64_t high = static_cast<uint64_t>(v / kTen19);
-    uint64_t low = static_cast<uint64_t>(v % kTen19);
+    uint64_t high = static_cast<uint64_t>(v / TEN19);
+    uint64_t low = static_cast<uint64_t>(v % TEN19);
     if (high != 0) {
         p = std::to_chars(p, buf + 20, high).ptr;
         char tmp[20];
@@ -95,7 +95,7 @@ bool scale_in_range(int32_t scale) { return scale >= XDEC_MIN_SCALE && scale <= 
 /* coef / 10^drop, rounded half away from zero; drop >= 1. */
 u128 round_off(u128 coef, int64_t drop) {
     if (drop > digits_u128(coef)) return 0;
-    u128 q = coef / kPow10.v[drop - 1];
+    u128 q = coef / POW10.v[drop - 1];
     return q / 10 + (q % 10 >= 5 ? 1 : 0);
 }
 
@@ -133,8 +133,8 @@ int32_t xdec_from_double(xdec *out, double d) {
     if (rc != 0) return rc;
     /* 1500.0 reads back as 1500, not as 1.5E+3. */
     unpacked u = unpack(&tmp);
-    if (u.exp > 0 && digits_u128(u.coef) + u.exp <= kPrec)
-        pack(u.coef * kPow10.v[u.exp], 0, u.neg, &tmp);
+    if (u.exp > 0 && digits_u128(u.coef) + u.exp <= PREC)
+        pack(u.coef * POW10.v[u.exp], 0, u.neg, &tmp);
     *out = tmp;
     return 0;
 }
@@ -160,24 +160,24 @@ int32_t xdec_trunc_scale(xdec *d, int32_t scale) {
     if (d->scale <= scale) return 0;
     unpacked u = unpack(d);
     int drop = d->scale - scale;
-    u128 coef = drop > kPrec ? 0 : u.coef / kPow10.v[drop];
+    u128 coef = drop > PREC ? 0 : u.coef / POW10.v[drop];
     pack(coef, -scale, u.neg, d);
     return 0;
 }
 
 int32_t xdec_format(xdec *d, int32_t prec, int32_t scale) {
-    if (prec < 1 || prec > kPrec || !scale_in_range(scale)) return XDEC_ERR_ARG;
+    if (prec < 1 || prec > PREC || !scale_in_range(scale)) return XDEC_ERR_ARG;
     unpacked u = unpack(d);
     int target_exp = -scale;
     u128 coef = 0;
     if (u.exp >= target_exp) {
         int pad = u.exp - target_exp;
         if (u.coef != 0 && digits_u128(u.coef) + pad > prec) return XDEC_ERR_PRECISION;
-        coef = u.coef == 0 ? 0 : u.coef * kPow10.v[pad];
+        coef = u.coef == 0 ? 0 : u.coef * POW10.v[pad];
     } else {
         coef = round_off(u.coef, target_exp - u.exp);
     }
-    if (coef >= kPow10.v[prec]) return XDEC_ERR_PRECISION;
+    if (coef >= POW10.v[prec]) return XDEC_ERR_PRECISION;
     pack(coef, target_exp, u.neg, d);
     return 0;
 }
@@ -187,12 +187,12 @@ int32_t xdec_get_int64(const xdec *d, int64_t *out) {
     u128 mag = 0;
     if (u.exp >= 0) {
         if (u.coef != 0 && digits_u128(u.coef) + u.exp > 19) return XDEC_ERR_OVERFLOW;
-        mag = u.coef == 0 ? 0 : u.coef * kPow10.v[u.exp];
-    } else if (-u.exp <= kPrec) {
-        mag = u.coef / kPow10.v[-u.exp];
+        mag = u.coef == 0 ? 0 : u.coef * POW10.v[u.exp];
+    } else if (-u.exp <= PREC) {
+        mag = u.coef / POW10.v[-u.exp];
     }
-    constexpr u128 kMaxPos = static_cast<u128>(INT64_MAX);
-    if (mag > kMaxPos + (u.neg ? 1 : 0)) return XDEC_ERR_OVERFLOW;
+    constexpr u128 MAX_POS = static_cast<u128>(INT64_MAX);
+    if (mag > MAX_POS + (u.neg ? 1 : 0)) return XDEC_ERR_OVERFLOW;
     uint64_t m = static_cast<uint64_t>(mag);
     *out = u.neg ? static_cast<int64_t>(0 - m) : static_cast<int64_t>(m);
     return 0;

@@ -26,7 +26,7 @@ void align(operand &a, operand &b) {
     operand &big = a.exp < b.exp ? b : a;
     operand &small = a.exp < b.exp ? a : b;
     int big_len = wide_digits(big.coef);
-    int64_t floor_exp = big.exp + (big_len - kPrec - 2 < -1 ? big_len - kPrec - 2 : -1);
+    int64_t floor_exp = big.exp + (big_len - PREC - 2 < -1 ? big_len - PREC - 2 : -1);
     if (wide_digits(small.coef) + small.exp - 1 < floor_exp) {
         small.coef = wide_from_u128(1);
         small.exp = floor_exp;
@@ -42,7 +42,7 @@ int32_t add_signed(xdec *out, unpacked a, unpacked b) {
         /* x + 0 takes the finer exponent, but no more than 39 places finer
          * than x's own: enough to keep all of x's digits. */
         const unpacked &x = a.coef == 0 ? b : a;
-        if (exp < x.exp - kPrec - 1) exp = x.exp - kPrec - 1;
+        if (exp < x.exp - PREC - 1) exp = x.exp - PREC - 1;
         wide coef = wide_from_u128(x.coef);
         wide_mul_pow10(coef, static_cast<int>(x.exp - exp));
         return finish(x.neg, coef, exp, out);
@@ -87,7 +87,7 @@ int32_t xdec_div(xdec *out, const xdec *a, const xdec *b) {
     if (x.coef == 0) return finish(false, wide{}, ideal_exp, out);
     /* Widen the dividend so the quotient has 39 or 40 digits: one more
      * than is kept, which is all half-away-from-zero rounding looks at. */
-    int shift = digits_u128(y.coef) - digits_u128(x.coef) + kPrec + 1;
+    int shift = digits_u128(y.coef) - digits_u128(x.coef) + PREC + 1;
     wide num = wide_from_u128(x.coef);
     wide_mul_pow10(num, shift);
     wide quot;

@@ -19,28 +19,28 @@ namespace xdec_impl {
 
 using u128 = unsigned __int128;
 
-constexpr int kPrec = XDEC_MAX_PREC;
-constexpr int kMaxExp = XDEC_MAX_EXP;             /* highest leading digit */
-constexpr int kMinExp = -XDEC_MAX_SCALE;          /* finest digit */
-constexpr int kTopExp = XDEC_MAX_EXP - kPrec + 1; /* exponent of a full 38-digit maximum */
-constexpr int kWideLimbs = 6;                     /* 384 bits: 115 digits */
+constexpr int PREC = XDEC_MAX_PREC;
+constexpr int MAX_EXP = XDEC_MAX_EXP;            /* highest leading digit */
+constexpr int MIN_EXP = -XDEC_MAX_SCALE;         /* finest digit */
+constexpr int TOP_EXP = XDEC_MAX_EXP - PREC + 1; /* exponent of a full 38-digit maximum */
+constexpr int WIDE_LIMBS = 6;                    /* 384 bits: 115 digits */
 
 /* 10^0 .. 10^38, all of which fit 128 bits. */
 struct pow10_table {
-    u128 v[kPrec + 1];
+    u128 v[PREC + 1];
 };
 constexpr pow10_table make_pow10() {
     pow10_table t{};
     t.v[0] = 1;
-    for (int i = 1; i <= kPrec; i++) t.v[i] = t.v[i - 1] * 10;
+    for (int i = 1; i <= PREC; i++) t.v[i] = t.v[i - 1] * 10;
     return t;
 }
-inline constexpr pow10_table kPow10 = make_pow10();
+inline constexpr pow10_table POW10 = make_pow10();
 
 /* Decimal digits of `v` (1 for zero). */
 inline int digits_u128(u128 v) {
     int n = 1;
-    while (n <= kPrec && v >= kPow10.v[n]) n++;
+    while (n <= PREC && v >= POW10.v[n]) n++;
     return n;
 }
 
@@ -57,7 +57,7 @@ inline unpacked unpack(const xdec *d) {
 
 /* Unsigned scratch integer, little-endian 64-bit limbs. */
 struct wide {
-    uint64_t limb[kWideLimbs];
+    uint64_t limb[WIDE_LIMBS];
 };
 
 wide wide_from_u128(u128 v);

@@ -9,7 +9,7 @@ namespace xdec_impl {
 
 namespace {
 
-constexpr uint64_t kTen19 = 10000000000000000000ull; /* largest power of ten in 64 bits */
+constexpr uint64_t TEN19 = 10000000000000000000ull; /* largest power of ten in 64 bits */
 
 /* w *= m; the caller guarantees the product fits. */
 void wide_mul_small(wide &w, uint64_t m) {
@@ -23,12 +23,12 @@ void wide_mul_small(wide &w, uint64_t m) {
 
 /* w /= 10^k, the remainder discarded. */
 void wide_div_pow10(wide &w, int k) {
-    for (; k >= 19; k -= 19) wide_div_small(w, kTen19);
-    if (k > 0) wide_div_small(w, static_cast<uint64_t>(kPow10.v[k]));
+    for (; k >= 19; k -= 19) wide_div_small(w, TEN19);
+    if (k > 0) wide_div_small(w, static_cast<uint64_t>(POW10.v[k]));
 }
 
 int wide_top_bit(const wide &w) {
-    for (int i = kWideLimbs - 1; i >= 0; i--)
+    for (int i = WIDE_LIMBS - 1; i >= 0; i--)
         if (w.limb[i] != 0) return i * 64 + 63 - __builtin_clzll(w.limb[i]);
     return -1;
 }
@@ -49,7 +49,7 @@ bool wide_is_zero(const wide &w) {
 }
 
 bool wide_fits_u128(const wide &w) {
-    for (int i = 2; i < kWideLimbs; i++)
+    for (int i = 2; i < WIDE_LIMBS; i++)
         if (w.limb[i] != 0) return false;
     return true;
 }
@@ -57,14 +57,14 @@ bool wide_fits_u128(const wide &w) {
 u128 wide_low_u128(const wide &w) { return (static_cast<u128>(w.limb[1]) << 64) | w.limb[0]; }
 
 int wide_cmp(const wide &a, const wide &b) {
-    for (int i = kWideLimbs - 1; i >= 0; i--)
+    for (int i = WIDE_LIMBS - 1; i >= 0; i--)
         if (a.limb[i] != b.limb[i]) return a.limb[i] < b.limb[i] ? -1 : 1;
     return 0;
 }
 
 void wide_add(wide &a, const wide &b) {
     unsigned carry = 0;
-    for (int i = 0; i < kWideLimbs; i++) {
+    for (int i = 0; i < WIDE_LIMBS; i++) {
         u128 s = static_cast<u128>(a.limb[i]) + b.limb[i] + carry;
         a.limb[i] = static_cast<uint64_t>(s);
         carry = static_cast<unsigned>(s >> 64);
@@ -73,7 +73,7 @@ void wide_add(wide &a, const wide &b) {
 
 void wide_sub(wide &a, const wide &b) {
     uint64_t borrow = 0;
-    for (int i = 0; i < kWideLimbs; i++) {
+    for (int i = 0; i < WIDE_LIMBS; i++) {
         uint64_t x = a.limb[i], y = b.limb[i];
         uint64_t d = x - y - borrow;
         borrow = (x < y || (x == y && borrow)) ? 1 : 0;
@@ -82,13 +82,13 @@ void wide_sub(wide &a, const wide &b) {
 }
 
 void wide_mul_pow10(wide &w, int k) {
-    for (; k >= 19; k -= 19) wide_mul_small(w, kTen19);
-    if (k > 0) wide_mul_small(w, static_cast<uint64_t>(kPow10.v[k]));
+    for (; k >= 19; k -= 19) wide_mul_small(w, TEN19);
+    if (k > 0) wide_mul_small(w, static_cast<uint64_t>(POW10.v[k]));
 }
 
 uint64_t wide_div_small(wide &w, uint64_t d) {
     uint64_t rem = 0;
-    for (int i = kWideLimbs - 1; i >= 0; i--) {
+    for (int i = WIDE_LIMBS - 1; i >= 0; i--) {
         u128 cur = (static_cast<u128>(rem) << 64) | w.limb[i];
         w.limb[i] = static_cast<uint64_t>(cur / d);
         rem = static_cast<uint64_t>(cur % d);
@@ -135,7 +135,7 @@ int wide_digits(const wide &w) {
     wide t = w;
     int extra = 0;
     while (!wide_fits_u128(t)) {
-        wide_div_small(t, kTen19);
+        wide_div_small(t, TEN19);
         extra += 19;
     }
     return extra + digits_u128(wide_low_u128(t));
@@ -152,15 +152,15 @@ void pack(u128 coef, int exp, bool neg, xdec *out) {
 int32_t finish(bool neg, wide coef, int64_t exp, xdec *out) {
     if (wide_is_zero(coef)) {
         /* Zero keeps its exponent, pulled into range. */
-        int64_t e = exp < kMinExp ? kMinExp : exp > kMaxExp ? kMaxExp : exp;
+        int64_t e = exp < MIN_EXP ? MIN_EXP : exp > MAX_EXP ? MAX_EXP : exp;
         pack(0, static_cast<int>(e), false, out);
         return 0;
     }
     int n = wide_digits(coef);
-    int64_t exp_min = n + exp - kPrec; /* exponent that leaves 38 digits */
-    if (exp_min > kTopExp) [[unlikely]]
+    int64_t exp_min = n + exp - PREC; /* exponent that leaves 38 digits */
+    if (exp_min > TOP_EXP) [[unlikely]]
         return XDEC_ERR_OVERFLOW;
-    if (exp_min < kMinExp) exp_min = kMinExp;
+    if (exp_min < MIN_EXP) exp_min = MIN_EXP;
     if (exp >= exp_min) {
         pack(wide_low_u128(coef), static_cast<int>(exp), neg, out);
         return 0;
@@ -173,9 +173,9 @@ int32_t finish(bool neg, wide coef, int64_t exp, xdec *out) {
         uint64_t first_dropped = wide_div_small(coef, 10);
         q = wide_low_u128(coef) + (first_dropped >= 5 ? 1 : 0);
     }
-    if (q == kPow10.v[kPrec]) {
-        q = kPow10.v[kPrec - 1];
-        if (++exp_min > kTopExp) [[unlikely]]
+    if (q == POW10.v[PREC]) {
+        q = POW10.v[PREC - 1];
+        if (++exp_min > TOP_EXP) [[unlikely]]
             return XDEC_ERR_OVERFLOW;
     }
     pack(q, static_cast<int>(exp_min), neg, out);

@@ -17,6 +17,6 @@ target_compile_options(vxjson_header_c_check PRIVATE -std=c11 -pedantic-errors -
 
 # Only the interface's names leave the shared library.
 add_test(NAME exported_symbols
-  COMMAND ${CMAKE_COMMAND} -DLIB=$<TARGET_FILE:vxjson> -DHEADER=${PROJECT_SOURCE_DIR}/include/vxjson.h
+  COMMAND ${CMAKE_COMMAND} -DLIB=$<TARGET_FILE:vxjson> -DINCLUDE_DIR=${PROJECT_SOURCE_DIR}/include
           -P ${CMAKE_CURRENT_SOURCE_DIR}/scripts/exported_symbols.cmake)
 set_tests_properties(exported_symbols PROPERTIES LABELS "unit")

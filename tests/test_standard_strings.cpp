@@ -21,7 +21,7 @@ struct StdRow {
     const char *id;
     std::string text;
     bool std_strings;
-    int32_t code; // 0: accepted; else the code jlpca_error_position gives
+    int32_t code;         // 0: accepted; else the code jlpca_error_position gives
     std::string expected; // accepted: the tree as dump() shows it; else the message
     uint32_t offset = 0, line = 1;
     int32_t charset = UTF8;
@@ -97,8 +97,8 @@ INSTANTIATE_TEST_SUITE_P(
         {"pair_as_name", R"({"\ud83d\ude00":1})", ON, 0, "{\"" + GRIN_DUMP + "\":1}"},
         {"pair_strict", R"(["\ud83d\ude00"])", ON, 0, "[\"" + GRIN_DUMP + "\"]", 0, 1, UTF8,
          STRICT},
-        {"pair_keep_escapes", R"(["\ud83d\ude00\n"])", ON, 0, "[\"" + GRIN_DUMP + "\\x5Cn\"]", 0,
-         1, UTF8, KEEP},
+        {"pair_keep_escapes", R"(["\ud83d\ude00\n"])", ON, 0, "[\"" + GRIN_DUMP + "\\x5Cn\"]", 0, 1,
+         UTF8, KEEP},
         {"bmp_escape", R"(["\u00e9\u20ac"])", ON, 0, R"(["\xC3\xA9\xE2\x82\xAC"])"},
         {"pair_gb18030", R"(["\ud83d\ude00"])", ON, 0, R"(["\x949\xFC6"])", 0, 1, GB},
         {"pair_single_byte_set", R"(["\ud83d\ude00"])", ON, VXJSON_ERR_LEX, "escape error", 2, 1,
@@ -147,7 +147,10 @@ INSTANTIATE_TEST_SUITE_P(
         {"byte_ff", "[\"ok\xFF\"]", ON, UTF, NEVER, 4},
         {"stray_continuation", "[\"\x80\"]", ON, UTF, STRAY, 2},
         {"extra_continuation", "[\"\xC3\xA9\xA9\"]", ON, UTF, STRAY, 4},
-        {"missing_continuation", "[\"\xC3" "A\"]", ON, UTF, CUT, 2},
+        {"missing_continuation",
+         "[\"\xC3"
+         "A\"]",
+         ON, UTF, CUT, 2},
         {"cut_by_closing_quote", "[\"\xE2\x82\"]", ON, UTF, CUT, 2},
         {"cut_by_end_of_input", "[\"\xE2\x82", ON, UTF, CUT, 2},
         {"cut_by_escape", "[\"\xE2\x82\\n\"]", ON, UTF, CUT, 2},
@@ -160,8 +163,7 @@ INSTANTIATE_TEST_SUITE_P(
         {"keep_escapes", "[\"\\t\xC0\xAF\"]", ON, UTF, OVERLONG, 4, 1, UTF8, KEEP},
         {"long_ascii_then_bad", "[\"" + std::string(40, 'x') + "\xFF\"]", ON, UTF, NEVER, 42},
         {"kept_by_default", "[\"\xC0\xAF\xFF\"]", OFF, 0, R"(["\xC0\xAF\xFF"])"},
-        {"not_checked_in_gb18030", "[\"\x81\x30\x81\x30\"]", ON, 0, R"(["\x810\x810"])", 0, 1,
-         GB},
+        {"not_checked_in_gb18030", "[\"\x81\x30\x81\x30\"]", ON, 0, R"(["\x810\x810"])", 0, 1, GB},
     }),
     by_id);
 
@@ -216,7 +218,9 @@ TEST(StandardStringsSwitch, PathNames) {
     VxEnv env;
     ASSERT_EQ(jlpca_set_std_strings(env.ctx.get(), 1), 0);
     json_node *doc = env.tree(R"({"\ud83d\ude00":7})");
-    for (const char *text : {R"($."\ud83d\ude00")", "$.\"" "\xF0\x9F\x98\x80" "\""}) {
+    for (const char *text : {R"($."\ud83d\ude00")", "$.\""
+                                                    "\xF0\x9F\x98\x80"
+                                                    "\""}) {
         jpath path{};
         (void)jpath_init_simple(&path, 0);
         ASSERT_EQ(env.start(text), 0);
@@ -239,10 +243,10 @@ TEST(StandardStringsSwitch, PathNames) {
 
 struct WriteRow {
     const char *id;
-    std::string text;      // read with standard strings on
-    bool std_strings;      // the switch while writing
-    uint32_t flags;        // JSON_FMT_*
-    std::string expected;  // the written text
+    std::string text;     // read with standard strings on
+    bool std_strings;     // the switch while writing
+    uint32_t flags;       // JSON_FMT_*
+    std::string expected; // the written text
 };
 
 class StandardStringsWrite : public ::testing::TestWithParam<WriteRow> {};

@@ -168,7 +168,8 @@ TEST(ToolCases, EveryFileHasItsRows) {
 // the stream's size.
 TEST(ToolStream, LinesInBoundedMemory) {
 #if defined(__SANITIZE_ADDRESS__)
-    GTEST_SKIP() << "AddressSanitizer holds freed memory in quarantine; the bound is the plain build's";
+    GTEST_SKIP()
+        << "AddressSanitizer holds freed memory in quarantine; the bound is the plain build's";
 #endif
     std::string line = "{\"id\":0,\"tags\":[";
     for (int i = 0; i < 100; ++i) line += "\"tag" + std::to_string(i) + "\",";

@@ -331,12 +331,12 @@ int run_change(change_kind kind, command_line &cl) {
         if (rc != 0) {
             const bool oom = rc == VXJSON_ERR_NOMEM;
             if (!cl.quiet || oom)
-                report_failure(name, line,
-                               {rc, 1,
-                                std::string(info.name) + ": " +
-                                    (runner.value_error().empty() ? code_message(rc)
-                                                                  : runner.value_error()),
-                                oom});
+                report_failure(
+                    name, line,
+                    {rc, 1,
+                     std::string(info.name) + ": " +
+                         (runner.value_error().empty() ? code_message(rc) : runner.value_error()),
+                     oom});
             return oom ? doc_result::fatal : doc_result::bad;
         }
         rc = print_result(s, cl, result);

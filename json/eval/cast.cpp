@@ -19,9 +19,9 @@ using namespace vxjson;
 
 namespace {
 
-constexpr int32_t kNanosPerSecond = 1000000000;
+constexpr int32_t NANOS_PER_SECOND = 1000000000;
 // The fraction of a second enters a number with six places: microseconds.
-constexpr int32_t kFractionDigits = 6;
+constexpr int32_t FRACTION_DIGITS = 6;
 
 int32_t fail(int32_t code, int32_t line) { return report(code, SRC_JPATH, line); }
 
@@ -56,9 +56,9 @@ int32_t number_from_decimal(const json_node *node, xdec *out, int32_t line) {
 int32_t fraction_of_second(int32_t nanos, xdec *out) {
     xdec num, den, f;
     (void)xdec_from_int64(&num, nanos);
-    (void)xdec_from_int64(&den, kNanosPerSecond);
+    (void)xdec_from_int64(&den, NANOS_PER_SECOND);
     int32_t rc = xdec_div(&f, &num, &den);
-    if (rc == 0) rc = xdec_format(&f, kFractionDigits, kFractionDigits);
+    if (rc == 0) rc = xdec_format(&f, FRACTION_DIGITS, FRACTION_DIGITS);
     if (rc < 0) return fail(rc, site::CAST_EPOCH_FRACTION);
     *out = f;
     return 0;
@@ -74,8 +74,8 @@ int32_t split_seconds(const json_node *node, int64_t *secs, int64_t *nanos) {
     int32_t rc = xdec_trunc_scale(&whole, 0);
     if (rc == 0) rc = xdec_get_int64(&whole, secs);
     if (rc == 0) rc = xdec_sub(&frac, &d, &whole);
-    if (rc == 0) rc = xdec_format(&frac, kFractionDigits, kFractionDigits);
-    if (rc == 0) rc = xdec_from_int64(&billion, kNanosPerSecond);
+    if (rc == 0) rc = xdec_format(&frac, FRACTION_DIGITS, FRACTION_DIGITS);
+    if (rc == 0) rc = xdec_from_int64(&billion, NANOS_PER_SECOND);
     if (rc == 0) rc = xdec_mul(&n, &frac, &billion);
     if (rc == 0) rc = xdec_get_int64(&n, nanos);
     return rc < 0 ? fail(rc, site::CAST_FROM_EPOCH_SPLIT) : 0;

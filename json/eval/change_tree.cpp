@@ -14,7 +14,7 @@ namespace {
 
 // Growth of a full array: as many spare slots as the caller asked for with
 // array_spare, at least a few, since a path change often adds again.
-constexpr uint32_t kMinGrowth = 4;
+constexpr uint32_t MIN_GROWTH = 4;
 
 json_node **heap_items(jlpca_ctx *ctx, uint32_t n) {
     return static_cast<json_node **>(mem_heap_alloc_low(ctx->env, ctx->heap,
@@ -37,7 +37,7 @@ int32_t array_insert_at(jlpca_ctx *ctx, json_node *array, json_node *element, ui
         return rc;
     }
     if (count >= array->capacity || !array->items) {
-        const uint32_t spare = ctx->array_spare > kMinGrowth ? ctx->array_spare : kMinGrowth;
+        const uint32_t spare = ctx->array_spare > MIN_GROWTH ? ctx->array_spare : MIN_GROWTH;
         if (count > UINT32_MAX - spare) return VXJSON_ERR_NOMEM;
         json_node **grown = heap_items(ctx, count + spare);
         if (!grown) return VXJSON_ERR_NOMEM;

@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "links.h"
 #include "report.h"
 #include "report_sites.h"
 #include "vxjson.h"
@@ -29,12 +30,8 @@ inline constexpr uint32_t STEP_FIELD = JPATH_STEP_MEMBER;              // .name
 inline constexpr uint32_t STEP_SUBSCRIPT = JPATH_STEP_SUBSCRIPTS;      // [1, 3 to 5]
 
 inline void list_append(jpath_result_list *list, json_node *node) {
-    node->prev_sibling = list->last;
-    node->next_sibling = nullptr;
-    if (list->last) list->last->next_sibling = node;
-    else list->first = node;
-    list->last = node;
-    list->count++;
+    append_linked<&json_node::prev_sibling, &json_node::next_sibling>(list->first, list->last,
+                                                                      list->count, node);
 }
 
 inline bool is_object(const json_node *n) { return n->type == JSON_OBJECT; }

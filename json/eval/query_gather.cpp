@@ -34,11 +34,14 @@ void gather_values(json_node *object, jpath_result_list *list, Stop stop_after) 
     }
 }
 
+// Predicates passed as function objects, named as functions.
+// NOLINTBEGIN(readability-identifier-naming)
 constexpr auto never = [](const json_node *) { return false; };
 constexpr auto object_value = [](const json_node *v) { return v->type == JSON_OBJECT; };
 constexpr auto container_value = [](const json_node *v) {
     return v->type == JSON_OBJECT || v->type == JSON_ARRAY;
 };
+// NOLINTEND(readability-identifier-naming)
 
 // The standard subscript walk over an array of `count` items.  Positions
 // are taken as unsigned 32-bit numbers, so a negative one ends the walk.

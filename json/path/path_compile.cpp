@@ -13,12 +13,12 @@
 using namespace vxjson;
 
 namespace vxjson::path {
-int32_t parse(PathScanner &s, jlpca_ctx *ctx, bool copy);
+int32_t parse(path_scanner &s, jlpca_ctx *ctx, bool copy);
 }
 
 namespace {
 
-constexpr const char *kMsgNotPathArray = "path argument is not a JSON array of strings";
+constexpr const char *MSG_NOT_PATH_ARRAY = "path argument is not a JSON array of strings";
 
 // Steps are small and their count follows the text; a block of path records
 // is the one allocation whose size the caller's array decides.
@@ -28,7 +28,7 @@ jpath *new_paths(jlpca_ctx *ctx, uint32_t count) {
 }
 
 int32_t not_path_array(jlpca_ctx *ctx) {
-    set_error(ctx, VXJSON_ERR_PATH, kMsgNotPathArray);
+    set_error(ctx, VXJSON_ERR_PATH, MSG_NOT_PATH_ARRAY);
     return report(VXJSON_ERR_PATH, SRC_JPATH, site::PATH_ARRAY_SHAPE);
 }
 
@@ -40,7 +40,7 @@ VXJSON_API int32_t jpath_flex(jlpca_ctx *ctx, jpath *path) {
     ctx->cur_path = path;
     ctx->cur_filter = nullptr;
     path->fun_kind = uint32_t(ctx->escape_mode);
-    path::PathScanner s;
+    path::path_scanner s;
     path::scanner_start(s, ctx);
     const int32_t rc = path::parse(s, ctx, false);
     path::scanner_stop(s);

@@ -56,55 +56,55 @@ using namespace vxjson::path;
 
 namespace {
 
-enum Sym : uint8_t {
-    kPath,
-    kRootMark,
-    kRest,
-    kMembers,
-    kQuotedMark,
-    kQuotedMember,
-    kNameMark,
-    kNameMember,
-    kWildMark,
-    kWildMember,
-    kMember,
-    kOptSubs,
-    kSubs,
-    kSubBody,
-    kArrayMark,
-    kSubscript,
-    kIndexList,
-    kIndexItem,
-    kPosition,
-    kToWord,
+enum symbol : uint8_t {
+    PATH,
+    ROOT_MARK,
+    REST,
+    MEMBERS,
+    QUOTED_MARK,
+    QUOTED_MEMBER,
+    NAME_MARK,
+    NAME_MEMBER,
+    WILD_MARK,
+    WILD_MEMBER,
+    MEMBER,
+    OPT_SUBS,
+    SUBS,
+    SUB_BODY,
+    ARRAY_MARK,
+    SUBSCRIPT,
+    INDEX_LIST,
+    INDEX_ITEM,
+    POSITION,
+    TO_WORD,
 };
 
-struct Production {
-    Sym lhs;
+struct production {
+    symbol lhs;
     uint8_t len;
 };
 
 // Indexed by production number; 0 and 1 are never reduced.
-constexpr Production kProd[] = {
-    {kPath, 0},       {kPath, 2},         {kRootMark, 0},  {kPath, 3},       {kRest, 0},
-    {kRest, 2},       {kRest, 1},         {kRest, 3},      {kMembers, 1},    {kMembers, 3},
-    {kQuotedMark, 0}, {kQuotedMember, 3}, {kNameMark, 0},  {kNameMember, 3}, {kWildMark, 0},
-    {kWildMember, 3}, {kMember, 1},       {kMember, 1},    {kMember, 1},     {kOptSubs, 0},
-    {kOptSubs, 1},    {kSubs, 1},         {kSubs, 2},      {kSubBody, 1},    {kSubBody, 1},
-    {kArrayMark, 0},  {kSubscript, 4},    {kIndexList, 1}, {kIndexList, 3},  {kIndexItem, 1},
-    {kIndexItem, 3},  {kPosition, 1},     {kToWord, 1},
+constexpr production PROD[] = {
+    {PATH, 0},        {PATH, 2},          {ROOT_MARK, 0},  {PATH, 3},        {REST, 0},
+    {REST, 2},        {REST, 1},          {REST, 3},       {MEMBERS, 1},     {MEMBERS, 3},
+    {QUOTED_MARK, 0}, {QUOTED_MEMBER, 3}, {NAME_MARK, 0},  {NAME_MEMBER, 3}, {WILD_MARK, 0},
+    {WILD_MEMBER, 3}, {MEMBER, 1},        {MEMBER, 1},     {MEMBER, 1},      {OPT_SUBS, 0},
+    {OPT_SUBS, 1},    {SUBS, 1},          {SUBS, 2},       {SUB_BODY, 1},    {SUB_BODY, 1},
+    {ARRAY_MARK, 0},  {SUBSCRIPT, 4},     {INDEX_LIST, 1}, {INDEX_LIST, 3},  {INDEX_ITEM, 1},
+    {INDEX_ITEM, 3},  {POSITION, 1},      {TO_WORD, 1},
 };
 
 // Per state: the reduction it makes without a matching shift (0 none),
 // and whether that is its only action (then no token is read for it).
-struct StateInfo {
+struct state_info {
     uint8_t reduce;
     bool only;
 };
 
-constexpr uint8_t kStates = 42;
-constexpr uint8_t kAccept = 2; // path . END
-constexpr StateInfo kInfo[kStates] = {
+constexpr uint8_t STATES = 42;
+constexpr uint8_t ACCEPT = 2; // path . END
+constexpr state_info INFO[STATES] = {
     /* 0 */ {0, false},  {2, true},   {0, false}, {4, false},  {0, false},
     /* 5 */ {25, true},  {3, true},   {6, false}, {21, true},  {0, false},
     /*10 */ {22, true},  {10, true},  {12, true}, {14, true},  {5, false},
@@ -142,28 +142,28 @@ int shift_of(uint8_t state, int32_t t) {
 }
 
 // The state reached on `sym` from `state` (the automaton's goto table).
-uint8_t goto_of(uint8_t state, Sym sym) {
+uint8_t goto_of(uint8_t state, symbol sym) {
     switch (sym) {
-    case kPath: return 2;
-    case kRootMark: return 3;
-    case kRest: return 6;
-    case kSubs: return state == 3 ? 7 : 23;
-    case kSubscript: return state == 7 || state == 23 ? 10 : 8;
-    case kMembers: return state == 4 ? 14 : 28;
-    case kMember: return state == 19 ? 20 : 15;
-    case kQuotedMember: return 16;
-    case kNameMember: return 17;
-    case kWildMember: return 18;
-    case kQuotedMark: return 21;
-    case kNameMark: return 24;
-    case kWildMark: return 26;
-    case kOptSubs: return state == 21 ? 22 : state == 24 ? 25 : 27;
-    case kArrayMark: return 29;
-    case kSubBody: return 32;
-    case kIndexList: return state == 29 ? 33 : 38;
-    case kIndexItem: return 34;
-    case kPosition: return state == 40 ? 41 : 35;
-    case kToWord: return 40;
+    case PATH: return 2;
+    case ROOT_MARK: return 3;
+    case REST: return 6;
+    case SUBS: return state == 3 ? 7 : 23;
+    case SUBSCRIPT: return state == 7 || state == 23 ? 10 : 8;
+    case MEMBERS: return state == 4 ? 14 : 28;
+    case MEMBER: return state == 19 ? 20 : 15;
+    case QUOTED_MEMBER: return 16;
+    case NAME_MEMBER: return 17;
+    case WILD_MEMBER: return 18;
+    case QUOTED_MARK: return 21;
+    case NAME_MARK: return 24;
+    case WILD_MARK: return 26;
+    case OPT_SUBS: return state == 21 ? 22 : state == 24 ? 25 : 27;
+    case ARRAY_MARK: return 29;
+    case SUB_BODY: return 32;
+    case INDEX_LIST: return state == 29 ? 33 : 38;
+    case INDEX_ITEM: return 34;
+    case POSITION: return state == 40 ? 41 : 35;
+    case TO_WORD: return 40;
     }
     return 0;
 }
@@ -214,7 +214,7 @@ namespace vxjson::path {
 
 // The grammar over a started scanner: 0 accepted, 1 syntax error, 2 stack
 // exhausted, or the negative code of a failed action.
-int32_t parse(PathScanner &s, jlpca_ctx *ctx, bool copy) {
+int32_t parse(path_scanner &s, jlpca_ctx *ctx, bool copy) {
     parse::state_stack stack;
     uintptr_t *e = stack.entries();
     uint32_t n = 1; // entries in use; entry 0 is the start state
@@ -224,27 +224,27 @@ int32_t parse(PathScanner &s, jlpca_ctx *ctx, bool copy) {
     for (;;) {
         const uint8_t state = state_of(e[n - 1]);
         int next = -1;
-        if (!kInfo[state].only) {
+        if (!INFO[state].only) {
             if (!have) {
                 t = next_token(s, copy);
                 have = true;
             }
-            if (state == kAccept && t == 0) return 0;
+            if (state == ACCEPT && t == 0) return 0;
             next = shift_of(state, t);
         }
         int32_t value = 0;
         if (next >= 0) {
             have = false;
         } else {
-            const int p = kInfo[state].reduce;
+            const int p = INFO[state].reduce;
             if (p == 0) {
                 jpath_error(ctx, "syntax error");
                 return 1;
             }
-            if (int32_t rc = act(ctx, p, e + n - kProd[p].len, &value))
+            if (int32_t rc = act(ctx, p, e + n - PROD[p].len, &value))
                 return jpath_error_ex(ctx, rc);
-            n -= kProd[p].len;
-            next = goto_of(state_of(e[n - 1]), kProd[p].lhs);
+            n -= PROD[p].len;
+            next = goto_of(state_of(e[n - 1]), PROD[p].lhs);
         }
         ++n;
         if (!stack.fits(n)) [[unlikely]] {
@@ -262,7 +262,7 @@ int32_t parse(PathScanner &s, jlpca_ctx *ctx, bool copy) {
 extern "C" {
 
 VXJSON_API int32_t jpath_parse(void *scanner, jlpca_ctx *ctx) {
-    return path::parse(*static_cast<PathScanner *>(scanner), ctx, false);
+    return path::parse(*static_cast<path_scanner *>(scanner), ctx, false);
 }
 
 VXJSON_API int32_t jpath_error(jlpca_ctx *, const char *) { return -1; }

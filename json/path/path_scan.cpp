@@ -34,72 +34,72 @@ namespace {
 
 using uchar = unsigned char;
 
-constexpr const char *kMsgNeedEscape = "charactor need escape";
-constexpr const char *kMsgUnterminated = "Unterminated quoted identifier";
-constexpr const char *kMsgEscape = "escape error";
-constexpr const char *kMsgNoMemory = "out of memory";
+constexpr const char *MSG_NEED_ESCAPE = "charactor need escape";
+constexpr const char *MSG_UNTERMINATED = "Unterminated quoted identifier";
+constexpr const char *MSG_ESCAPE = "escape error";
+constexpr const char *MSG_NO_MEMORY = "out of memory";
 
 enum : uint8_t {
-    kBlank = 1 << 0,    // skipped between tokens
-    kShortEsc = 1 << 1, // backspace, tab, line feed, form feed, carriage return
-    kStop = 1 << 2,     // ends a run of quoted content: short escapes, '"', '/', '\'
-    kDigit = 1 << 3,
-    kNameStart = 1 << 4,
-    kName = 1 << 5,
+    BLANK = 1 << 0,     // skipped between tokens
+    SHORT_ESC = 1 << 1, // backspace, tab, line feed, form feed, carriage return
+    STOP = 1 << 2,      // ends a run of quoted content: short escapes, '"', '/', '\'
+    DIGIT = 1 << 3,
+    NAME_START = 1 << 4,
+    NAME = 1 << 5,
 };
 
 constexpr uint8_t byte_class(unsigned c) {
     uint8_t f = 0;
     const bool esc = c == 8 || c == 9 || c == 10 || c == 12 || c == 13;
-    if (c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r') f |= kBlank;
-    if (esc) f |= kShortEsc;
-    if (esc || c == '"' || c == '/' || c == '\\') f |= kStop;
+    if (c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r') f |= BLANK;
+    if (esc) f |= SHORT_ESC;
+    if (esc || c == '"' || c == '/' || c == '\\') f |= STOP;
     const bool digit = c >= '0' && c <= '9';
     const bool start = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
-    if (digit) f |= kDigit;
-    if (start) f |= kNameStart;
-    if (start || digit) f |= kName;
+    if (digit) f |= DIGIT;
+    if (start) f |= NAME_START;
+    if (start || digit) f |= NAME;
     return f;
 }
 
-struct ByteClasses {
+struct byte_classes {
     uint8_t v[256];
-    constexpr ByteClasses() : v{} {
+    constexpr byte_classes() : v{} {
         for (unsigned c = 0; c < 256; c++) v[c] = byte_class(c);
     }
 };
-constexpr ByteClasses kClass{};
+constexpr byte_classes PATH_CLASS{};
 
-inline bool is_blank(uchar c) { return kClass.v[c] & kBlank; }
-inline bool is_short_esc(uchar c) { return kClass.v[c] & kShortEsc; }
-inline bool is_stop(uchar c) { return kClass.v[c] & kStop; }
-inline bool is_digit(uchar c) { return kClass.v[c] & kDigit; }
-inline bool is_name_start(uchar c) { return kClass.v[c] & kNameStart; }
-inline bool is_name(uchar c) { return kClass.v[c] & kName; }
+inline bool is_blank(uchar c) { return PATH_CLASS.v[c] & BLANK; }
+inline bool is_short_esc(uchar c) { return PATH_CLASS.v[c] & SHORT_ESC; }
+inline bool is_stop(uchar c) { return PATH_CLASS.v[c] & STOP; }
+inline bool is_digit(uchar c) { return PATH_CLASS.v[c] & DIGIT; }
+inline bool is_name_start(uchar c) { return PATH_CLASS.v[c] & NAME_START; }
+inline bool is_name(uchar c) { return PATH_CLASS.v[c] & NAME; }
 
 // Raise a lexical error at the current line: tok 0, the scanner reads no
 // further, and the grammar sees the end of input.
-[[gnu::cold]] int32_t lex_error(PathScanner &s, int32_t code, const char *msg) {
+[[gnu::cold]] int32_t lex_error(path_scanner &s, int32_t code, const char *msg) {
     set_error(s.ctx, code, msg);
     s.ctx->err_line = s.line;
     s.pos = s.end;
     return 0;
 }
 
-int32_t append_failed(PathScanner &s, int32_t rc) {
-    return rc == VXJSON_ERR_NOMEM ? lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory)
-                                  : lex_error(s, VXJSON_ERR_LEX, kMsgEscape);
+int32_t append_failed(path_scanner &s, int32_t rc) {
+    return rc == VXJSON_ERR_NOMEM ? lex_error(s, VXJSON_ERR_NOMEM, MSG_NO_MEMORY)
+                                  : lex_error(s, VXJSON_ERR_LEX, MSG_ESCAPE);
 }
 
 // The token value: a heap copy when the caller may keep it, else the
 // bytes themselves (the grammar copies them before the next token).
-int32_t set_value(PathScanner &s, const char *text, uint32_t len, int32_t kind, bool copy) {
+int32_t set_value(path_scanner &s, const char *text, uint32_t len, int32_t kind, bool copy) {
     jlpca_ctx *ctx = s.ctx;
     if (copy) {
         auto *p = static_cast<char *>(mem_heap_alloc_low(ctx->env, ctx->heap, size_t(len) + 1, 0,
                                                          SRC_JPATH, site::PATH_HEAP_TOKEN));
         if (!p) [[unlikely]]
-            return lex_error(s, VXJSON_ERR_NOMEM, kMsgNoMemory);
+            return lex_error(s, VXJSON_ERR_NOMEM, MSG_NO_MEMORY);
         std::memcpy(p, text, len);
         p[len] = '\0';
         text = p;
@@ -111,20 +111,20 @@ int32_t set_value(PathScanner &s, const char *text, uint32_t len, int32_t kind, 
 }
 
 // One piece of quoted content, measured for multibyte characters.
-inline int32_t add_piece(PathScanner &s, const uchar *p, size_t n) {
+inline int32_t add_piece(path_scanner &s, const uchar *p, size_t n) {
     return jlpca_addlit(reinterpret_cast<const char *>(p), int32_t(n), s.ctx);
 }
 
 // Inside quotes, up to the closing quote or an error.
-int32_t quoted(PathScanner &s, bool copy) {
+int32_t quoted(path_scanner &s, bool copy) {
     jlpca_ctx *ctx = s.ctx;
     while (s.pos < s.end) {
         const uchar *p = s.pos;
         const uchar c = *p;
-        if (s.cond == Cond::escape) {
+        if (s.cond == scan_condition::escape) {
             if (is_short_esc(c)) {
                 s.line += c == '\n';
-                return lex_error(s, VXJSON_ERR_LEX, kMsgNeedEscape);
+                return lex_error(s, VXJSON_ERR_LEX, MSG_NEED_ESCAPE);
             }
             if (c == 'u' && ctx->std_strings == 1) {
                 // Standard strings: a name may hold a character beyond
@@ -144,7 +144,7 @@ int32_t quoted(PathScanner &s, bool copy) {
             if (!is_stop(c))
                 while (q < s.end && !is_stop(*q)) ++q;
             s.pos = q;
-            s.cond = Cond::quoted;
+            s.cond = scan_condition::quoted;
             if (int32_t rc =
                     jlpca_addlit_escape(reinterpret_cast<const char *>(p), int32_t(q - p), ctx);
                 rc < 0)
@@ -166,24 +166,24 @@ int32_t quoted(PathScanner &s, bool copy) {
             continue;
         }
         if (c == '\\') {
-            s.cond = Cond::escape;
+            s.cond = scan_condition::escape;
         } else if (c == '"') {
             ctx->mb_track = 0;
-            s.cond = Cond::initial;
+            s.cond = scan_condition::initial;
             return set_value(s, ctx->lit_buf, uint32_t(std::strlen(ctx->lit_buf)), JT_DQSTRING,
                              copy);
         } else {
-            return lex_error(s, VXJSON_ERR_LEX, kMsgNeedEscape);
+            return lex_error(s, VXJSON_ERR_LEX, MSG_NEED_ESCAPE);
         }
     }
-    return lex_error(s, VXJSON_ERR_LEX, kMsgUnterminated);
+    return lex_error(s, VXJSON_ERR_LEX, MSG_UNTERMINATED);
 }
 
 } // namespace
 
 namespace vxjson::path {
 
-void scanner_start(PathScanner &s, jlpca_ctx *ctx) {
+void scanner_start(path_scanner &s, jlpca_ctx *ctx) {
     s.ctx = ctx;
     ctx->scanner = &s;
     ctx->scan_handle = &s;
@@ -195,17 +195,17 @@ void scanner_start(PathScanner &s, jlpca_ctx *ctx) {
     s.end = s.pos + (ctx->text ? ctx->text_len : 0);
     s.line = 1;
     s.column = 0;
-    s.cond = Cond::initial;
+    s.cond = scan_condition::initial;
 }
 
-void scanner_stop(PathScanner &s) {
+void scanner_stop(path_scanner &s) {
     jlpca_ctx *ctx = s.ctx;
     if (ctx->scanner == &s) ctx->scanner = nullptr;
     if (ctx->scan_handle == &s) ctx->scan_handle = nullptr;
 }
 
-int32_t next_token(PathScanner &s, bool copy) {
-    if (s.cond != Cond::initial) return quoted(s, copy);
+int32_t next_token(path_scanner &s, bool copy) {
+    if (s.cond != scan_condition::initial) return quoted(s, copy);
     const uchar *p = s.pos;
     while (p < s.end && is_blank(*p)) s.line += *p++ == '\n';
     if (p == s.end) {
@@ -219,7 +219,7 @@ int32_t next_token(PathScanner &s, bool copy) {
         s.pos = q;
         jlpca_startlit(s.ctx);
         s.ctx->mb_track = 1;
-        s.cond = Cond::quoted;
+        s.cond = scan_condition::quoted;
         return quoted(s, copy);
     }
     if (is_digit(c)) {
@@ -250,8 +250,8 @@ int32_t next_token(PathScanner &s, bool copy) {
 extern "C" {
 
 VXJSON_API int32_t jpath_flex_scanner_init(jlpca_ctx *ctx, void **scanner) {
-    auto *s = static_cast<PathScanner *>(mem_heap_alloc_low(
-        ctx->env, ctx->heap, sizeof(PathScanner), 0, SRC_JPATH, site::PATH_HEAP_SCANNER));
+    auto *s = static_cast<path_scanner *>(mem_heap_alloc_low(
+        ctx->env, ctx->heap, sizeof(path_scanner), 0, SRC_JPATH, site::PATH_HEAP_SCANNER));
     *scanner = s;
     if (!s) return VXJSON_ERR_NOMEM;
     scanner_start(*s, ctx);
@@ -260,11 +260,11 @@ VXJSON_API int32_t jpath_flex_scanner_init(jlpca_ctx *ctx, void **scanner) {
 
 VXJSON_API void jpath_flex_scanner_deinit(jlpca_ctx *, void *scanner) {
     // The instance lives in the context's heap and goes with it.
-    if (scanner) scanner_stop(*static_cast<PathScanner *>(scanner));
+    if (scanner) scanner_stop(*static_cast<path_scanner *>(scanner));
 }
 
 VXJSON_API int32_t jpath_lex(void *, void *scanner) {
-    return next_token(*static_cast<PathScanner *>(scanner), true);
+    return next_token(*static_cast<path_scanner *>(scanner), true);
 }
 
 } // extern "C"

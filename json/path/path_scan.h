@@ -13,27 +13,27 @@ namespace vxjson::path {
 
 // Start conditions: outside quotes, inside a quoted name, after a
 // backslash inside it.
-enum class Cond : uint8_t { initial, quoted, escape };
+enum class scan_condition : uint8_t { initial, quoted, escape };
 
-struct PathScanner {
+struct path_scanner {
     jlpca_ctx *ctx;           // the context every action writes into
     const unsigned char *pos; // next byte to read
     const unsigned char *end; // end of the text
     uint32_t line;            // current line, from 1
     uint32_t column;          // current column, from 0
-    Cond cond;                // start condition
+    scan_condition cond;      // start condition
 };
 
 // Set up s over the context's current text: INITIAL, line 1, column 0,
 // no multibyte character pending, a fresh literal.
-void scanner_start(PathScanner &s, jlpca_ctx *ctx);
-void scanner_stop(PathScanner &s);
+void scanner_start(path_scanner &s, jlpca_ctx *ctx);
+void scanner_stop(path_scanner &s);
 
 // The next token kind (0 at the end of input and after any error).  With
 // `copy` false the value of a name or quoted name may point into the text
 // or the literal buffer, valid until the next token: the grammar takes its
 // own copy at once.
-int32_t next_token(PathScanner &s, bool copy);
+int32_t next_token(path_scanner &s, bool copy);
 
 } // namespace vxjson::path
 

@@ -25,7 +25,7 @@ using namespace vxjson;
 namespace {
 
 // Room for "$" and a few steps; the string grows as needed.
-constexpr uint32_t kPathTextInitial = 100;
+constexpr uint32_t PATH_TEXT_INITIAL = 100;
 
 bool is_letter(unsigned char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 bool is_digit(unsigned char c) { return c >= '0' && c <= '9'; }
@@ -90,7 +90,7 @@ VXJSON_API int32_t jpath_get_from_lst(jlpca_ctx *ctx, vx_allocator *allocator, c
                                       uint32_t *len, const jpath_segment *first) {
     *text = nullptr;
     *len = 0;
-    vxstr *s = vxstr_create(ctx->env, allocator, kPathTextInitial);
+    vxstr *s = vxstr_create(ctx->env, allocator, PATH_TEXT_INITIAL);
     if (!s) return VXJSON_ERR_NOMEM;
     int32_t rc = vxstr_append_with_length(ctx->env, allocator, s, "$", 1);
     for (const jpath_segment *seg = first; seg && rc == 0; seg = seg->next)

@@ -19,23 +19,23 @@ using namespace vxjson;
 
 namespace {
 
-enum State : int32_t {
-    kBeforeBrace = 0,
-    kAfterBrace = 1,
-    kUnquoted = 2,
-    kQuoted = 3,
-    kAfterQuote = 4,
-    kAfterComma = 5,
+enum array_state : int32_t {
+    BEFORE_BRACE = 0,
+    AFTER_BRACE = 1,
+    UNQUOTED = 2,
+    QUOTED = 3,
+    AFTER_QUOTE = 4,
+    AFTER_COMMA = 5,
 };
 
 // The initial room of the element string: most elements are short.
-constexpr uint32_t kElementInitial = 1024;
+constexpr uint32_t ELEMENT_INITIAL = 1024;
 
 bool is_null_word(const char *p, size_t len) {
-    static constexpr char kNull[] = "null";
+    static constexpr char NULL_WORD[] = "null";
     if (len != 4) return false;
     for (size_t i = 0; i < 4; i++)
-        if ((p[i] | 0x20) != kNull[i]) return false;
+        if ((p[i] | 0x20) != NULL_WORD[i]) return false;
     return true;
 }
 
@@ -63,11 +63,11 @@ VXJSON_API int32_t jpath_array_element(void *env, vx_allocator *allocator, vxstr
         const char c = *r;
         if (c == '\\') {
             if (r[1] == '\0' ||
-                !(st == kAfterBrace || st == kUnquoted || st == kQuoted || st == kAfterComma))
+                !(st == AFTER_BRACE || st == UNQUOTED || st == QUOTED || st == AFTER_COMMA))
                 return VXJSON_ERR_PATH;
             *w++ = r[1];
             r += 2;
-            if (st != kQuoted) st = kUnquoted;
+            if (st != QUOTED) st = UNQUOTED;
             end = w;
             was_quoted = true;
             leading = false;
@@ -76,11 +76,11 @@ VXJSON_API int32_t jpath_array_element(void *env, vx_allocator *allocator, vxstr
         if (c == '\0') return VXJSON_ERR_PATH; // the literal ended without "}"
         ++r;
         if (c == '"') {
-            if (st == kQuoted) {
-                st = kAfterQuote;
+            if (st == QUOTED) {
+                st = AFTER_QUOTE;
                 end = w;
-            } else if (st == kAfterBrace || st == kAfterComma) {
-                st = kQuoted;
+            } else if (st == AFTER_BRACE || st == AFTER_COMMA) {
+                st = QUOTED;
                 was_quoted = true;
                 leading = false;
             } else {
@@ -88,27 +88,27 @@ VXJSON_API int32_t jpath_array_element(void *env, vx_allocator *allocator, vxstr
             }
             continue;
         }
-        if (st == kQuoted) {
+        if (st == QUOTED) {
             *w++ = c;
             continue;
         }
         if (c == '{') {
-            if (st != kBeforeBrace) return VXJSON_ERR_PATH;
-            st = kAfterBrace;
+            if (st != BEFORE_BRACE) return VXJSON_ERR_PATH;
+            st = AFTER_BRACE;
         } else if (c == '}') {
-            if (st != kAfterBrace && st != kUnquoted && st != kAfterQuote) return VXJSON_ERR_PATH;
+            if (st != AFTER_BRACE && st != UNQUOTED && st != AFTER_QUOTE) return VXJSON_ERR_PATH;
             done = true;
             break;
         } else if (c == ',') {
-            if (st != kUnquoted && st != kAfterQuote) return VXJSON_ERR_PATH;
-            st = kAfterComma;
+            if (st != UNQUOTED && st != AFTER_QUOTE) return VXJSON_ERR_PATH;
+            st = AFTER_COMMA;
             break;
         } else if (jpath_array_isspace(static_cast<unsigned char>(c))) {
             if (!leading) *w++ = c;
         } else {
-            if (st != kAfterBrace && st != kUnquoted && st != kAfterComma) return VXJSON_ERR_PATH;
+            if (st != AFTER_BRACE && st != UNQUOTED && st != AFTER_COMMA) return VXJSON_ERR_PATH;
             *w++ = c;
-            st = kUnquoted;
+            st = UNQUOTED;
             end = w;
             leading = false;
         }
@@ -130,9 +130,9 @@ VXJSON_API int32_t jpath_parse_pg_array(void *env, void *heap, vx_allocator *all
     char *p = text;
     while (jpath_array_isspace(static_cast<unsigned char>(*p))) ++p;
     if (*p != '{') return VXJSON_ERR_PATH;
-    vxstr *element = vxstr_create(env, allocator, kElementInitial);
+    vxstr *element = vxstr_create(env, allocator, ELEMENT_INITIAL);
     if (!element) return report_pg(VXJSON_ERR_NOMEM, site::PATH_PG_STRING);
-    int32_t state = kBeforeBrace, finished = 0, quoted = 0;
+    int32_t state = BEFORE_BRACE, finished = 0, quoted = 0;
     int32_t rc = 0;
     while (!finished) {
         rc = jpath_array_element(env, allocator, element, &p, &state, &finished, &quoted);

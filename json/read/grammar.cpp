@@ -38,11 +38,11 @@ inline void copy_text(char *dst, const char *src, size_t len) {
         std::memcpy(dst, &a, sizeof a);
         std::memcpy(dst + len - sizeof b, &b, sizeof b);
     };
-    struct Wide {
+    struct two_words {
         uint64_t lo, hi;
     };
     if (len >= 32) std::memcpy(dst, src, len);
-    else if (len >= 16) two(Wide{});
+    else if (len >= 16) two(two_words{});
     else if (len >= 8) two(uint64_t{});
     else if (len >= 4) two(uint32_t{});
     else

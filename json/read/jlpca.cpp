@@ -365,25 +365,21 @@ VXJSON_API int32_t jlpca_ret_integer(const char *text, int32_t n, jlpca_ctx *ctx
     const char *t;
     int32_t len;
     if (!jlpca_number_prefix(text, n, ctx, &t, &len)) return 0;
-    if (len > MAX_INTEGER_CHARS) return ret_decimal_low(ctx, t, len, true);
-    int64_t v = parse_int_digits(t, len);
-    ctx->tok_val = v;
-    ctx->tok = uint32_t(integer_token_kind(v));
-    return int32_t(ctx->tok);
+    return classify_number(ctx, INTEGER, t, len, true);
 }
 
 VXJSON_API int32_t jlpca_ret_decimal(const char *text, int32_t n, jlpca_ctx *ctx) {
     const char *t;
     int32_t len;
     if (!jlpca_number_prefix(text, n, ctx, &t, &len)) return 0;
-    return ret_decimal_low(ctx, t, len, true);
+    return classify_number(ctx, DECIMAL, t, len, true);
 }
 
 VXJSON_API int32_t jlpca_ret_real(const char *text, int32_t n, jlpca_ctx *ctx) {
     const char *t;
     int32_t len;
     if (!jlpca_number_prefix(text, n, ctx, &t, &len)) return 0;
-    return ret_real_low(ctx, t, len, true);
+    return classify_number(ctx, REAL, t, len, true);
 }
 
 VXJSON_API int32_t jkeyword_lookup(const char *word, jlpca_ctx *ctx) {
@@ -394,12 +390,14 @@ VXJSON_API int32_t jkeyword_lookup(const char *word, jlpca_ctx *ctx) {
 
 namespace vxjson {
 
-int32_t ret_decimal_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
+static int32_t set_decimal(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
+
+static int32_t ret_decimal_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
     if (jlpca_check_decimal_overflow(t, len, ctx, nullptr) == 0 && ctx->err_code < 0) return 0;
     return set_decimal(ctx, t, len, copy);
 }
 
-int32_t ret_real_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
+static int32_t ret_real_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
     double d = 0;
     int32_t fits = jlpca_check_decimal_overflow(t, len, ctx, &d);
     if (!fits && ctx->err_code < 0) return 0;
@@ -418,7 +416,7 @@ int32_t ret_real_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
     return set_decimal(ctx, t, len, copy);
 }
 
-int32_t set_decimal(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
+static int32_t set_decimal(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
     if (copy) {
         char *c = heap_copy(ctx, t, size_t(len), JLPCA_NUMBER_COPY);
         if (!c) return number_nomem(ctx);
@@ -427,6 +425,42 @@ int32_t set_decimal(jlpca_ctx *ctx, const char *t, int32_t len, bool copy) {
     ctx->tok_str = const_cast<char *>(t);
     ctx->tok_val = len;
     return int32_t(ctx->tok = JT_DECIMAL);
+}
+
+// Largest decimal exponent a number text may reach without any chance of
+// overflowing a double (DBL_MAX is about 1.8e308).
+constexpr int32_t SAFE_DECIMAL_EXPONENT = 300;
+
+// True when the number text cannot exceed a double whatever its digits:
+// fewer integer digits plus exponent than the double range allows.
+static bool cannot_overflow(const char *t, int32_t len) {
+    int32_t i = 0, whole = 0;
+    if (i < len && (t[i] == '+' || t[i] == '-')) i++;
+    for (; i < len && t[i] >= '0' && t[i] <= '9'; i++) whole++;
+    if (i < len && t[i] == '.')
+        for (i++; i < len && t[i] >= '0' && t[i] <= '9';) i++;
+    int32_t exp = 0;
+    if (i < len && (t[i] == 'e' || t[i] == 'E')) {
+        bool neg = ++i < len && t[i] == '-';
+        if (i < len && (t[i] == '+' || t[i] == '-')) i++;
+        for (; i < len && t[i] >= '0' && t[i] <= '9'; i++)
+            if (exp < 100000) exp = exp * 10 + (t[i] - '0');
+        if (neg) exp = -exp;
+    }
+    return whole + exp <= SAFE_DECIMAL_EXPONENT;
+}
+
+int32_t classify_number(jlpca_ctx *ctx, number_kind kind, const char *t, int32_t len, bool copy) {
+    if (kind == INTEGER && len <= MAX_INTEGER_CHARS) {
+        const int64_t v = parse_int_digits(t, len);
+        ctx->tok_val = v;
+        ctx->tok = uint32_t(integer_token_kind(v));
+        return int32_t(ctx->tok);
+    }
+    if (kind == REAL && ctx->number_mode == 2) return ret_real_low(ctx, t, len, copy);
+    // Most texts are far from the double range: no conversion needed.
+    if (cannot_overflow(t, len)) return set_decimal(ctx, t, len, copy);
+    return kind == REAL ? ret_real_low(ctx, t, len, copy) : ret_decimal_low(ctx, t, len, copy);
 }
 
 int32_t keyword_lookup(const char *w, size_t len, bool strict) {

@@ -95,11 +95,17 @@ inline int64_t parse_int_digits(const char *t, int32_t len) {
     return neg ? -v : v;
 }
 
-// Classification steps after normalisation; `copy` makes tok_str a heap
-// copy, otherwise it points at `t` (which must outlive the token's use).
-int32_t ret_decimal_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
-int32_t ret_real_low(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
-int32_t set_decimal(jlpca_ctx *ctx, const char *t, int32_t len, bool copy);
+// How a number token is written: digits only, with a '.', or with an
+// exponent or a d/f suffix.
+enum number_kind { INTEGER, DECIMAL, REAL };
+
+// The one classifier of a normalised number text (no '+', no dropped
+// zeros): an integer of up to 18 characters gets its value and the
+// narrowest integer kind; anything else is checked for overflow and kept
+// as text.  `copy` makes tok_str a heap copy, otherwise it points at `t`
+// (which must outlive the token's use).  The token kind, or 0 with the
+// error set.
+int32_t classify_number(jlpca_ctx *ctx, number_kind kind, const char *t, int32_t len, bool copy);
 
 // JT_TRUE, JT_FALSE, JT_NULL, or -1 (lax) / -2 (strict).
 int32_t keyword_lookup(const char *w, size_t len, bool strict);

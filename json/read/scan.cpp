@@ -25,10 +25,6 @@ namespace vxjson::scan {
 
 namespace {
 
-// Largest decimal exponent a number text may reach without any chance of
-// overflowing a double (DBL_MAX is about 1.8e308).
-constexpr int32_t SAFE_DECIMAL_EXPONENT = 300;
-
 // A NUL-terminated heap copy of `len` bytes for a token value.
 char *token_copy(jlpca_ctx *ctx, const char *text, size_t len) {
     auto *p = static_cast<char *>(
@@ -64,25 +60,6 @@ int32_t unterminated(scan_state &s, uchar quote) {
 int32_t escape_failed(scan_state &s, int32_t rc, const uchar *backslash) {
     return rc == VXJSON_ERR_NOMEM ? lex_error(s, msg::NO_MEMORY)
                                   : lex_error(s, msg::ESCAPE, backslash);
-}
-
-// True when the number text cannot exceed a double whatever its digits:
-// fewer integer digits plus exponent than the double range allows.
-bool cannot_overflow(const char *t, int32_t len) {
-    int32_t i = 0, whole = 0;
-    if (i < len && (t[i] == '+' || t[i] == '-')) i++;
-    for (; i < len && t[i] >= '0' && t[i] <= '9'; i++) whole++;
-    if (i < len && t[i] == '.')
-        for (i++; i < len && t[i] >= '0' && t[i] <= '9';) i++;
-    int32_t exp = 0;
-    if (i < len && (t[i] == 'e' || t[i] == 'E')) {
-        bool neg = ++i < len && t[i] == '-';
-        if (i < len && (t[i] == '+' || t[i] == '-')) i++;
-        for (; i < len && t[i] >= '0' && t[i] <= '9'; i++)
-            if (exp < 100000) exp = exp * 10 + (t[i] - '0');
-        if (neg) exp = -exp;
-    }
-    return whole + exp <= SAFE_DECIMAL_EXPONENT;
 }
 
 } // namespace
@@ -195,7 +172,8 @@ int32_t string_raw_plain(scan_state &s, const uchar *q, const uchar *r, int32_t 
 namespace {
 
 // The token of a number by the general rules, or 0 with the error set.
-template <scan_mode M> int32_t number_token(jlpca_ctx *ctx, int kind, const char *t, int32_t n) {
+template <scan_mode M>
+int32_t number_token(jlpca_ctx *ctx, number_kind kind, const char *t, int32_t n) {
     if constexpr (M == scan_mode::raw) {
         switch (kind) {
         case INTEGER: return jlpca_ret_integer(t, n, ctx);
@@ -222,22 +200,14 @@ template <scan_mode M> int32_t number_token(jlpca_ctx *ctx, int kind, const char
             norm = sp.negative && !sp.dropped ? sp.digits - 1 : sp.digits;
             len = int32_t(sp.digits + sp.len - norm);
         }
-        if (kind == INTEGER && len <= MAX_INTEGER_CHARS) {
-            int64_t v = parse_int_digits(norm, len);
-            ctx->tok_val = v;
-            ctx->tok = uint32_t(integer_token_kind(v));
-            return int32_t(ctx->tok);
-        }
-        if (kind == REAL && ctx->number_mode == 2) return ret_real_low(ctx, norm, len, false);
-        if (cannot_overflow(norm, len)) return set_decimal(ctx, norm, len, false);
-        return kind == REAL ? ret_real_low(ctx, norm, len, false)
-                            : ret_decimal_low(ctx, norm, len, false);
+        return classify_number(ctx, kind, norm, len, false);
     }
 }
 
 } // namespace
 
-template <scan_mode M> int32_t number_slow(scan_state &s, int kind, const char *t, int32_t n) {
+template <scan_mode M>
+int32_t number_slow(scan_state &s, number_kind kind, const char *t, int32_t n) {
     const int32_t tok = number_token<M>(s.ctx, kind, t, n);
     if (tok == 0) place::record_lexical(s.ctx, t); // refused: invalid, overflow, out of memory
     return tok;
@@ -265,7 +235,7 @@ template <scan_mode M> int32_t word_slow(scan_state &s, const char *w, int32_t n
 #define VXJSON_SCAN_INSTANTIATE(M)                                                                 \
     template int32_t string_slow<M, '"'>(scan_state &, const uchar *, const uchar *);              \
     template int32_t string_slow<M, '\''>(scan_state &, const uchar *, const uchar *);             \
-    template int32_t number_slow<M>(scan_state &, int, const char *, int32_t);                     \
+    template int32_t number_slow<M>(scan_state &, number_kind, const char *, int32_t);             \
     template int32_t word_slow<M>(scan_state &, const char *, int32_t);
 VXJSON_SCAN_INSTANTIATE(scan_mode::raw)
 VXJSON_SCAN_INSTANTIATE(scan_mode::tree)

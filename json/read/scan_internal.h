@@ -132,7 +132,7 @@ template <scan_mode M, uchar Q>
 // Numbers that need more than the plain path: leading zeros after a '-',
 // overflow checks, number_mode 2, strictness errors.
 template <scan_mode M>
-[[gnu::noinline]] int32_t number_slow(scan_state &s, int kind, const char *t, int32_t n);
+[[gnu::noinline]] int32_t number_slow(scan_state &s, number_kind kind, const char *t, int32_t n);
 // Words in raw mode, and words that are no keyword in every mode.
 template <scan_mode M> [[gnu::noinline]] int32_t word_slow(scan_state &s, const char *w, int32_t n);
 // A string closed on its first run in raw mode: literal and heap copy.
@@ -143,8 +143,6 @@ int32_t string_raw_plain(scan_state &s, const uchar *q, const uchar *r, int32_t 
 // The look at a run that check_run cannot skip: the UTF-8 check of
 // standard strings, then multibyte measuring.  False after an error.
 [[gnu::noinline]] bool check_run_slow(scan_state &s, const uchar *q, const uchar *r);
-
-enum number_kind { INTEGER, DECIMAL, REAL };
 
 // ------------------------------------------------------------------
 // Runs
@@ -360,7 +358,7 @@ template <scan_mode M> inline int32_t scan_number(scan_state &s, const uchar *p)
     const uchar *digits = p;
     p = skip_digits(p, end);
     const bool whole = p != digits;
-    int kind = INTEGER;
+    number_kind kind = INTEGER;
     bool dot_last = false; // strict reading rejects a '.' that ends the number
     if (p < end && *p == '.' && (whole || (p + 1 < end && is_digit(p[1])))) {
         kind = DECIMAL;

@@ -45,13 +45,13 @@ bool is_container(const json_node *n) { return n->type == JSON_OBJECT || n->type
 // nested arrays, which the index does not hold; then a scalar is matched
 // by the walk.
 template <class Pred>
-bool some_element_matches(const ScalarIndex *index, const json_node *a, const json_node *eb,
+bool some_element_matches(const scalar_index *index, const json_node *a, const json_node *eb,
                           Pred &pred, bool deep) {
     auto against = [&](const json_node *ea) { return pred(ea, eb) != 0; };
     if (!index) return any_listed_element(a, against);
     if (is_container(eb)) return index->any_container(against);
-    ScalarIndex::Key key;
-    if ((deep && index->has_arrays()) || !ScalarIndex::key_of(eb, &key))
+    scalar_index::index_key key;
+    if ((deep && index->has_arrays()) || !scalar_index::key_of(eb, &key))
         return any_listed_element(a, against);
     return index->any_with_key(key, against);
 }
@@ -59,8 +59,8 @@ bool some_element_matches(const ScalarIndex *index, const json_node *a, const js
 // Runs walk(index or null) with an index of a's scalars when a and b have
 // enough pairs of elements to pay for it and the index can be built.
 template <class Walk> bool with_index(const json_node *a, const json_node *b, Walk &&walk) {
-    if (uint64_t(a->lst_count) * b->lst_count >= ScalarIndex::kMinPairs) {
-        ScalarIndex index;
+    if (uint64_t(a->lst_count) * b->lst_count >= scalar_index::MIN_PAIRS) {
+        scalar_index index;
         if (index.build(a)) return walk(&index);
     }
     return walk(nullptr);
@@ -70,7 +70,7 @@ template <class Walk> bool with_index(const json_node *a, const json_node *b, Wa
 // element of b); order and repetition do not matter.
 template <class Pred>
 bool every_element_matched(const json_node *a, const json_node *b, Pred &&pred, bool deep) {
-    return with_index(a, b, [&](const ScalarIndex *index) {
+    return with_index(a, b, [&](const scalar_index *index) {
         return all_listed_elements(
             b, [&](const json_node *eb) { return some_element_matches(index, a, eb, pred, deep); });
     });
@@ -139,7 +139,7 @@ VXJSON_API int32_t json_overlaps_mysql_object(const json_node *a, const json_nod
 }
 
 VXJSON_API int32_t json_overlaps_mysql_array(const json_node *a, const json_node *b) {
-    return with_index(a, b, [&](const ScalarIndex *index) {
+    return with_index(a, b, [&](const scalar_index *index) {
         return any_listed_element(b, [&](const json_node *eb) {
             return some_element_matches(index, a, eb, equal_by_cmp, false);
         });

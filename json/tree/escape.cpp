@@ -488,8 +488,8 @@ VXJSON_API int32_t json_string_convert_ascii(void *env, vx_allocator *allocator,
             const int32_t written = (flags & JSON_FMT_ASCII_PAIRS) && count == 2 ? 2 : 1;
             for (int32_t i = 0; i < written; ++i) {
                 const unsigned u = units[i];
-                const char esc[6] = {'\\',         'u', HEX[u >> 12], HEX[(u >> 8) & 15],
-                                     HEX[(u >> 4) & 15], HEX[u & 15]};
+                const char esc[6] = {
+                    '\\', 'u', HEX[u >> 12], HEX[(u >> 8) & 15], HEX[(u >> 4) & 15], HEX[u & 15]};
                 o = copy_bytes(o, reinterpret_cast<const unsigned char *>(esc), 6);
             }
             return true;

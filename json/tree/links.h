@@ -14,6 +14,19 @@
 
 namespace vxjson {
 
+// Put `item` at the end of a doubly linked list kept as first, last and
+// count, linking it through its Prev and Next members: the one append of
+// the tree's element and member lists and of evaluation's result lists.
+template <auto Prev, auto Next, class T, class Count>
+inline void append_linked(T *&first, T *&last, Count &count, T *item) {
+    item->*Prev = last;
+    item->*Next = nullptr;
+    if (last) last->*Next = item;
+    else first = item;
+    last = item;
+    count++;
+}
+
 // True when pred holds for some element of the array's element list.
 template <class Pred> bool any_listed_element(const json_node *array, Pred &&pred) {
     const json_node *e = array->lst_first;
@@ -39,12 +52,8 @@ inline void member_unlink(json_node *object, json_keyval *kv) {
 
 // Put a member at the end of an object's list.
 inline void member_append(json_node *object, json_keyval *kv) {
-    kv->prev = object->last_member;
-    kv->next = nullptr;
-    if (object->last_member) object->last_member->next = kv;
-    else object->first_member = kv;
-    object->last_member = kv;
-    object->count++;
+    append_linked<&json_keyval::prev, &json_keyval::next>(object->first_member,
+                                                          object->last_member, object->count, kv);
 }
 
 // Put a member just before `at`, which is in the object's list.

@@ -50,7 +50,7 @@ bool number_value(const json_node *n, double *out) {
 
 } // namespace
 
-bool ScalarIndex::key_of(const json_node *b, Key *key) {
+bool scalar_index::key_of(const json_node *b, index_key *key) {
     switch (b->type) {
     case JSON_INTEGER:
     case JSON_DECIMAL: {
@@ -70,10 +70,10 @@ bool ScalarIndex::key_of(const json_node *b, Key *key) {
     }
 }
 
-bool ScalarIndex::build(const json_node *array) {
+bool scalar_index::build(const json_node *array) {
     const uint32_t n = array->lst_count;
     uint64_t buckets = std::bit_ceil(uint64_t(n) * 2 + 1);
-    entries_.reset(new (std::nothrow) Entry[n]);
+    entries_.reset(new (std::nothrow) index_entry[n]);
     heads_.reset(new (std::nothrow) uint32_t[buckets]);
     containers_.reset(new (std::nothrow) const json_node *[n]);
     if (!entries_ || !heads_ || !containers_) return false;
@@ -89,12 +89,12 @@ bool ScalarIndex::build(const json_node *array) {
             containers_[containers_count_++] = e;
             return false;
         }
-        Key k;
+        index_key k;
         if (!key_of(e, &k)) return true; // a number text without a value
         if (k.kind == 0) return false;   // equals nothing
-        entries_[used] = {e, k.hash, k.kind, kNone};
+        entries_[used] = {e, k.hash, k.kind, NONE};
         const uint64_t slot = k.hash & mask_;
-        if (heads_[slot] == kNone) heads_[slot] = used;
+        if (heads_[slot] == NONE) heads_[slot] = used;
         else entries_[tails[slot]].next = used;
         tails[slot] = used;
         used++;

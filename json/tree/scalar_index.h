@@ -20,11 +20,11 @@
 
 namespace vxjson {
 
-class ScalarIndex {
+class scalar_index {
 public:
     // Arrays whose pairs are fewer than this are compared pairwise: below it
     // the index costs more than it saves.
-    static constexpr uint64_t kMinPairs = 64;
+    static constexpr uint64_t MIN_PAIRS = 64;
 
     // Indexes the listed elements of `array`.  False (use the pairwise walk)
     // when memory is short or a number text has no finite value: comparing
@@ -34,16 +34,16 @@ public:
 
     // The key of scalar `b`; false when it has none that the index can use
     // (a number text without a finite value): then walk the array instead.
-    struct Key {
+    struct index_key {
         uint64_t hash;
         uint32_t kind;
     };
-    static bool key_of(const json_node *b, Key *key);
+    static bool key_of(const json_node *b, index_key *key);
 
     // pred(e) for each indexed element e with b's key, in element order,
     // until one holds.
-    template <class Pred> bool any_with_key(const Key &key, Pred &&pred) const {
-        for (uint32_t i = heads_[key.hash & mask_]; i != kNone; i = entries_[i].next)
+    template <class Pred> bool any_with_key(const index_key &key, Pred &&pred) const {
+        for (uint32_t i = heads_[key.hash & mask_]; i != NONE; i = entries_[i].next)
             if (entries_[i].hash == key.hash && entries_[i].kind == key.kind &&
                 pred(entries_[i].node))
                 return true;
@@ -60,14 +60,14 @@ public:
     bool has_arrays() const { return has_arrays_; }
 
 private:
-    static constexpr uint32_t kNone = UINT32_MAX;
-    struct Entry {
+    static constexpr uint32_t NONE = UINT32_MAX;
+    struct index_entry {
         const json_node *node;
         uint64_t hash;
         uint32_t kind;
         uint32_t next; // next entry in the same bucket, in element order
     };
-    std::unique_ptr<Entry[]> entries_;
+    std::unique_ptr<index_entry[]> entries_;
     std::unique_ptr<uint32_t[]> heads_;
     std::unique_ptr<const json_node *[]> containers_;
     size_t containers_count_ = 0;

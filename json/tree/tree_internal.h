@@ -14,6 +14,7 @@
 #include <emmintrin.h>
 #endif
 
+#include "links.h"
 #include "report.h"
 #include "report_sites.h"
 #include "vx_alloc.h"
@@ -72,12 +73,8 @@ inline void link_created(jlpca_ctx *ctx, json_node *node) {
 
 // Put an element at the end of an array's element list.
 inline void list_append(json_node *array, json_node *element) {
-    element->prev_sibling = array->lst_last;
-    element->next_sibling = nullptr;
-    if (array->lst_last) array->lst_last->next_sibling = element;
-    else array->lst_first = element;
-    array->lst_last = element;
-    array->lst_count++;
+    append_linked<&json_node::prev_sibling, &json_node::next_sibling>(
+        array->lst_first, array->lst_last, array->lst_count, element);
 }
 
 // The pointer array of an array with `count` elements, from the caller's

@@ -1,11 +1,16 @@
 cmake_minimum_required(VERSION 3.25)
-# Script mode: every function the header declares is exported as a plain C
+# Script mode: every function the headers declare is exported as a plain C
 # symbol, and no other name of the library's own leaves it.
 execute_process(COMMAND nm -D --defined-only ${LIB} OUTPUT_VARIABLE syms RESULT_VARIABLE rc)
 if(rc)
   message(FATAL_ERROR "nm failed")
 endif()
-file(READ ${HEADER} header)
+file(GLOB headers ${INCLUDE_DIR}/vxjson.h ${INCLUDE_DIR}/vxjson/*.h)
+set(header "")
+foreach(h IN LISTS headers)
+  file(READ ${h} text)
+  string(APPEND header "${text}")
+endforeach()
 string(REGEX MATCHALL "\nVXJSON_API[^;(]*[ *\n][a-z_0-9]+\\(" decls "${header}")
 set(declared "")
 set(missing "")
