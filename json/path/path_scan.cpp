@@ -134,7 +134,7 @@ int32_t quoted(path_scanner &s, bool copy) {
                     return lex_error(s, msg::code(u.why), msg::text(u.why));
                 if (u.kind == std_strings::u_escape::PAIR) {
                     s.pos = p + std_strings::PAIR_TAIL;
-                    s.cond = Cond::quoted;
+                    s.cond = scan_condition::quoted;
                     if (int32_t rc = std_strings::addlit_surrogate_pair(ctx, u.high, u.low); rc < 0)
                         return append_failed(s, rc);
                     continue;
