@@ -12,6 +12,22 @@
 
 #include "fuzz_setup.h"
 
+// jcheck_flex's answer (`check`, with lexical cause `err`) against the
+// check grammar run alone over the same text.
+static bool grammar_agrees(FuzzEnv &env, const char *text, size_t size, int32_t check,
+                           int32_t err) {
+    if (jlpca_reinit(env.ctx.get(), text, uint32_t(size)) != 0) return true;
+    void *scanner = nullptr;
+    if (json_flex_scanner_init(env.ctx.get(), &scanner) != 0) return true;
+    const bool grammar_ok = jcheck_parse(scanner, env.ctx.get()) == 0 && env.ctx->err_code >= 0;
+    json_flex_scanner_deinit(env.ctx.get(), scanner);
+    if (grammar_ok == (check == 0) && env.ctx->err_code == err) return true;
+    std::fprintf(stderr, "jcheck_flex %s (%d) but the check grammar %s (%d)\n",
+                 check == 0 ? "accepts" : "rejects", err, grammar_ok ? "accepts" : "rejects",
+                 env.ctx->err_code);
+    return false;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     FuzzModes modes = take_modes(data, size);
     modes.unique_keys = 0;
@@ -27,6 +43,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         std::fprintf(stderr, "jcheck_flex returned %d\n", check);
         std::abort();
     }
+    // jcheck_flex may decide a plain text in one wide pass; the check
+    // grammar alone must agree, cause included (an empty text is decided
+    // before either).
+    const int32_t check_err = env.ctx->err_code;
+    if (size != 0 && !grammar_agrees(env, text, size, check, check_err)) std::abort();
     if (read_ok != (check == 0)) {
         std::fprintf(stderr, "json_flex %s but jcheck_flex %s\n", read_ok ? "accepts" : "rejects",
                      check == 0 ? "accepts" : "rejects");
@@ -42,6 +63,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const bool padded_ok = json_flex(env.ctx.get(), &padded_root) == 0;
     if (padded_ok && padded_root && !write_tree(env, padded_root, JSON_FMT_COMPACT, padded_written))
         return 0;
+    if (jlpca_reinit(env.ctx.get(), padded.data(), uint32_t(padded.size())) != 0) return 0;
+    if ((jcheck_flex(env.ctx.get()) == 0) != read_ok) {
+        std::fprintf(stderr, "jcheck_flex with blanks behind disagrees\n");
+        std::abort();
+    }
     if (padded_ok != read_ok || padded_written != written) {
         std::fprintf(stderr, "with blanks behind: %s, %s\nwithout: %s, %s\n",
                      padded_ok ? "accepted" : "rejected", padded_written.c_str(),

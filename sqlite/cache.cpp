@@ -18,6 +18,25 @@ void destroy_compiled_path(void *p) {
     mem_heap_free(static_cast<compiled_path *>(p)->heap);
 }
 
+// A text array literal, read from a NUL-terminated copy since the
+// compiler writes the elements over its input.
+int32_t compile_pg_array(jlpca_ctx *ctx, std::string_view text, jpath **path, uint32_t *count) {
+    *path = static_cast<jpath *>(
+        mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(jpath), 0, "sqlite/cache", __LINE__));
+    auto *copy = static_cast<char *>(
+        mem_heap_alloc_low(ctx->env, ctx->heap, text.size() + 1, 0, "sqlite/cache", __LINE__));
+    if (!*path || !copy) return VXJSON_ERR_NOMEM;
+    std::memcpy(copy, text.data(), text.size());
+    copy[text.size()] = '\0';
+    *count = 1;
+    jpath_init(*path, 0, 0, 0, JPATH_DIALECT_PG_ARRAY);
+    // Names are compared as the documents hold them: decoded.
+    (*path)->fun_kind = static_cast<uint32_t>(ctx->escape_mode);
+    // The compiler leaves no message; an old one must not show.
+    (void)jlpca_lex_error_reinit(ctx);
+    return jpath_parse_pg_array(ctx->env, ctx->heap, ctx->allocator, *path, copy);
+}
+
 // Compile text in the language on the context's heap: 0 with the path
 // (and the count of a MySQL block), or a negative code.
 int32_t compile_on_heap(jlpca_ctx *ctx, std::string_view text, path_language lang, jpath **path,
@@ -35,6 +54,7 @@ int32_t compile_on_heap(jlpca_ctx *ctx, std::string_view text, path_language lan
         if (rc == 0) rc = jpath_flex(ctx, *path);
         break;
     case path_language::mysql: rc = jpath_array_flex(ctx, text.data(), len, 1, count, path); break;
+    case path_language::pg_array: rc = compile_pg_array(ctx, text, path, count); break;
     }
     return rc < 0 ? rc : rc == 0 ? 0 : VXJSON_ERR_PATH;
 }

@@ -24,6 +24,7 @@ namespace vxsql {
 enum class path_language : uint8_t {
     standard, // $.a[1 to 3].b: jpath_flex under the context's switches
     mysql,    // one MySQL path: jpath_array_flex, single
+    pg_array, // a PostgreSQL text array such as {a,0,"b c"}: jpath_parse_pg_array
 };
 
 // A compiled path with the heap it lives in.

@@ -2,6 +2,7 @@
 // anything.  It keeps the tree grammar's stack accounting, open states
 // included, so that a text it calls well-formed is one json_flex reads,
 // at any nesting depth (see parse_driver.h).
+#include "check_fast.h"
 #include "parse_driver.h"
 
 using namespace vxjson;
@@ -45,7 +46,15 @@ VXJSON_API int32_t jcheck_flex(jlpca_ctx *ctx) {
     // Duplicate names only show while members are added: build the tree
     // (it stays unconverted in the heap and is not handed out).
     check_grammar g;
-    int32_t r = ctx->unique_keys ? parse_tree(s, ctx) : parse::run(s, ctx, g);
+    int32_t r;
+    if (ctx->unique_keys) {
+        r = parse_tree(s, ctx);
+    } else if (scan::check_fast(ctx)) {
+        ctx->tok = 0; // as after the grammar's last token, the end
+        r = 0;
+    } else {
+        r = parse::run(s, ctx, g);
+    }
     scan::json_lex_destroy(&s);
     ctx->scan_handle = nullptr;
     return r != 0 || ctx->err_code < 0 ? VXJSON_ERR_INVALID_JSON : VXJSON_OK;

@@ -39,5 +39,9 @@ select 'set', count(*) from t where json_extract(mysql_json_set(j, '$.w', i), '$
 select 'remove', count(*) from t where json_type(mysql_json_remove(j, '$.tags'), '$.tags') is null;
 select 'path-query', count(*) from t where jsonb_path_query(j, '$.id') = cast(i as text);
 select 'delete', count(*) from t where json_type(jsonb_delete(j, 'id'), '$.id') is null;
+select 'pg-set', count(*) from t
+  where json_extract(jsonb_set(j, '{tags,0}', i), '$.tags[0]') = i
+    and json_extract(jsonb_insert(j, '{tags,0}', '1', 1), '$.tags[1]') = 1
+    and json_type(jsonb_delete_path(j, '{tags,0}'), '$.tags[0]') is null;
 -- an error in any row stops the statement
 select 'bad-row', count(*) from bad where jsonb_contains(j, '{}');

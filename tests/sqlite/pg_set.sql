@@ -1,0 +1,81 @@
+-- PostgreSQL-compatible changes at a text-array path.  Each row: an id,
+-- then what the call gives.
+-- jsonb_set(doc, path, value [, create_missing])
+select 'set-member', jsonb_set('{"a":1,"b":2}', '{a}', '10');
+select 'set-nested', jsonb_set('[{"f1":1,"f2":null},2,null,3]', '{0,f1}', '[2,3,4]', 0);
+select 'set-add-member', jsonb_set('[{"f1":1,"f2":null},2]', '{0,f3}', '[2,3,4]');
+select 'set-add-member-no-create', jsonb_set('{"a":1}', '{b}', '2', 0);
+select 'set-element', jsonb_set('[1,2,3]', '{1}', '"x"');
+select 'set-negative', jsonb_set('[1,2,3]', '{-1}', '"x"');
+select 'set-past-end', jsonb_set('[1,2,3]', '{7}', '"x"');
+select 'set-before-start', jsonb_set('[1,2,3]', '{-7}', '"x"');
+select 'set-past-end-no-create', jsonb_set('[1,2,3]', '{7}', '"x"', 0);
+select 'set-before-start-no-create', jsonb_set('[1,2,3]', '{-7}', '"x"', 0);
+select 'set-into-empty-array', jsonb_set('{"a":[]}', '{a,-3}', '1');
+select 'set-missing-middle', jsonb_set('{"a":1}', '{b,c}', '2');
+select 'set-out-of-range-middle', jsonb_set('{"a":[1]}', '{a,5,b}', '2');
+select 'set-through-scalar', jsonb_set('{"a":1}', '{a,b}', '2');
+select 'set-key-on-array', jsonb_set('[1,2]', '{x}', '3');
+select 'set-key-on-nested-array', jsonb_set('{"a":[1]}', '{a,x}', '3');
+select 'set-index-too-big', jsonb_set('[1]', '{2147483648}', '3');
+select 'set-digit-key-on-object', jsonb_set('{"0":1}', '{0}', '2');
+select 'set-scalar-doc', jsonb_set('1', '{a}', '2');
+select 'set-scalar-doc-empty-path', jsonb_set('"x"', '{}', '2');
+select 'set-empty-path', jsonb_set('{"a":1}', '{}', '2');
+select 'set-empty-doc-no-create', jsonb_set('[]', '{x}', '1', 0);
+select 'set-empty-doc', jsonb_set('{}', '{a}', '1');
+select 'set-quoted-key', jsonb_set('{"a b":1,"x,y":2}', '{"a b"}', '3');
+select 'set-escaped-key', jsonb_set('{"x,y":2}', '{x\,y}', '3');
+select 'set-key-with-escape', jsonb_set('{"q\"t":1}', '{q\"t}', '2');
+select 'set-object-value', jsonb_set('{"a":1}', '{a}', '{"b":[true,null]}');
+select 'set-sql-integer', jsonb_set('{"a":1}', '{a}', 42);
+select 'set-repeated-key', jsonb_set('{"a":1,"a":2}', '{a}', '3');
+select 'set-bad-path', jsonb_set('{"a":1}', 'a', '2');
+select 'set-null-element', jsonb_set('{"a":1}', '{a,NULL}', '2');
+select 'set-unclosed-path', jsonb_set('{"a":1}', '{a', '2');
+select 'set-bad-doc', jsonb_set('{"a":', '{a}', '2');
+select 'set-bad-value', jsonb_set('{"a":1}', '{a}', 'two');
+select 'set-null-doc', jsonb_set(NULL, '{a}', '2') is null;
+select 'set-null-path', jsonb_set('{}', NULL, '2') is null;
+select 'set-null-value', jsonb_set('{}', '{a}', NULL) is null;
+select 'set-null-flag', jsonb_set('{}', '{a}', '1', NULL) is null;
+select 'set-is-json', json_array(jsonb_set('{"a":1}', '{a}', '2'));
+-- jsonb_insert(doc, path, value [, insert_after])
+select 'insert-before', jsonb_insert('{"a":[0,1,2]}', '{a,1}', '"new"');
+select 'insert-after', jsonb_insert('{"a":[0,1,2]}', '{a,1}', '"new"', 1);
+select 'insert-negative', jsonb_insert('[0,1,2]', '{-1}', '"new"');
+select 'insert-negative-after', jsonb_insert('[0,1,2]', '{-1}', '"new"', 1);
+select 'insert-past-end', jsonb_insert('[0,1,2]', '{9}', '"new"');
+select 'insert-at-end', jsonb_insert('[0,1,2]', '{3}', '"new"');
+select 'insert-before-start', jsonb_insert('[0,1,2]', '{-9}', '"new"', 1);
+select 'insert-empty-array', jsonb_insert('[]', '{5}', '"new"');
+select 'insert-new-key', jsonb_insert('{"a":1}', '{b}', '2');
+select 'insert-existing-key', jsonb_insert('{"a":1}', '{a}', '2');
+select 'insert-missing-middle', jsonb_insert('{"a":1}', '{b,0}', '2');
+select 'insert-key-on-array', jsonb_insert('[]', '{a}', '2');
+select 'insert-scalar-doc', jsonb_insert('true', '{0}', '2');
+select 'insert-empty-path', jsonb_insert('[1]', '{}', '2');
+select 'insert-null-flag', jsonb_insert('[1]', '{0}', '2', NULL) is null;
+select 'insert-null-value', jsonb_insert('[1]', '{0}', NULL) is null;
+-- jsonb_delete_path(doc, path): doc #- path
+select 'delete-path-member', jsonb_delete_path('{"a":{"b":1,"c":2}}', '{a,b}');
+select 'delete-path-element', jsonb_delete_path('["a",{"b":1}]', '{1,b}');
+select 'delete-path-negative', jsonb_delete_path('[1,2,3]', '{-1}');
+select 'delete-path-out-of-range', jsonb_delete_path('[1,2,3]', '{3}');
+select 'delete-path-before-start', jsonb_delete_path('[1,2,3]', '{-4}');
+select 'delete-path-missing', jsonb_delete_path('{"a":1}', '{b,c}');
+select 'delete-path-through-scalar', jsonb_delete_path('{"a":1}', '{a,b}');
+select 'delete-path-key-on-array', jsonb_delete_path('[1]', '{a}');
+select 'delete-path-key-on-empty-array', jsonb_delete_path('[]', '{a}');
+select 'delete-path-scalar-doc', jsonb_delete_path('null', '{a}');
+select 'delete-path-empty-path', jsonb_delete_path('{"a":1}', '{}');
+select 'delete-path-whole-element', jsonb_delete_path('{"a":[1,[2,3]]}', '{a,1}');
+select 'delete-path-null', jsonb_delete_path('{}', NULL) is null;
+-- the path is compiled once and serves every row; a path per row works too;
+-- a key on an array fails the statement at that row
+create table t(j text, p text);
+insert into t values ('{"a":[1,2]}', '{a,0}'), ('{"a":[]}', '{a}'), ('{"b":0}', '{b}'), ('[5]', '{0}');
+select 'rows', rowid, jsonb_set(j, '{a,0}', '9'), jsonb_insert(j, '{a,0}', '8'),
+       jsonb_delete_path(j, '{a,0}') from t where rowid < 4 order by rowid;
+select 'rows-key-on-array', rowid, jsonb_set(j, '{a,0}', '9') from t where rowid = 4;
+select 'rows-path', rowid, jsonb_set(j, p, '"x"'), jsonb_delete_path(j, p) from t order by rowid;
