@@ -316,35 +316,37 @@ int run_change(change_kind kind, command_line &cl) {
     if (!cl.read.dialect_given) cl.read.compat = JLPCA_COMPAT_MYSQL;
     change_request rq;
     if (!parse_request(info, cl, rq)) return EXIT_TROUBLE;
-    const std::unique_ptr<session> sp = open_session(cl.read);
-    if (!sp) return EXIT_TROUBLE;
-    session &s = *sp;
-    s.ctx()->scalar_top = 1; // a value may be a scalar
-    change_runner runner(rq, s);
-    return run_documents(cl, s, [&](std::string_view text, const std::string &name, uint64_t line) {
-        json_node *doc = nullptr;
-        read_failure why;
-        if (s.read(text, &doc, why) != 0) return refused(cl, name, line, why);
-        if (!doc) return doc_result::ok;
-        change_result result;
-        int32_t rc = runner.apply(doc, &result);
-        if (rc != 0) {
-            const bool oom = rc == VXJSON_ERR_NOMEM;
-            if (!cl.quiet || oom)
-                report_failure(
-                    name, line,
-                    {rc, 1,
-                     std::string(info.name) + ": " +
-                         (runner.value_error().empty() ? code_message(rc) : runner.value_error()),
-                     oom});
-            return oom ? doc_result::fatal : doc_result::bad;
-        }
-        rc = print_result(s, cl, result);
-        if (rc == 0) rc = s.append("\n");
-        if (rc == 0) return doc_result::ok;
-        report_failure(name, line, {rc, 1, std::string("cannot write: ") + code_message(rc), true});
-        return doc_result::fatal;
-    });
+    cl.read.scalar_top = true; // a value may be a scalar
+    // The request is only read while lines run on several threads; each
+    // document gets a runner over its thread's session.
+    return run_documents(
+        cl, cl.read,
+        [&](session &s, std::string_view text, const std::string &name, uint64_t line) {
+            change_runner runner(rq, s);
+            json_node *doc = nullptr;
+            read_failure why;
+            if (s.read(text, &doc, why) != 0) return refused(cl, name, line, why);
+            if (!doc) return doc_result::ok;
+            change_result result;
+            int32_t rc = runner.apply(doc, &result);
+            if (rc != 0) {
+                const bool oom = rc == VXJSON_ERR_NOMEM;
+                if (!cl.quiet || oom)
+                    report_failure(name, line,
+                                   {rc, 1,
+                                    std::string(info.name) + ": " +
+                                        (runner.value_error().empty() ? code_message(rc)
+                                                                      : runner.value_error()),
+                                    oom});
+                return oom ? doc_result::fatal : doc_result::bad;
+            }
+            rc = print_result(s, cl, result);
+            if (rc == 0) rc = s.append("\n");
+            if (rc == 0) return doc_result::ok;
+            report_failure(name, line,
+                           {rc, 1, std::string("cannot write: ") + code_message(rc), true});
+            return doc_result::fatal;
+        });
 }
 
 } // namespace vxcli
