@@ -340,12 +340,7 @@ int run_change(change_kind kind, command_line &cl) {
                                     oom});
                 return oom ? doc_result::fatal : doc_result::bad;
             }
-            rc = print_result(s, cl, result);
-            if (rc == 0) rc = s.append("\n");
-            if (rc == 0) return doc_result::ok;
-            report_failure(name, line,
-                           {rc, 1, std::string("cannot write: ") + code_message(rc), true});
-            return doc_result::fatal;
+            return end_output_line(s, print_result(s, cl, result), name, line);
         });
 }
 

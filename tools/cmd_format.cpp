@@ -12,12 +12,7 @@ int run_format(command_line &cl) {
             read_failure why;
             if (s.read(text, &root, why) != 0) return refused(cl, name, line, why);
             if (!root) return doc_result::ok; // an empty text writes nothing
-            int32_t rc = s.write(root, cl.write);
-            if (rc == 0) rc = s.append("\n");
-            if (rc == 0) return doc_result::ok;
-            report_failure(name, line,
-                           {rc, 1, std::string("cannot write: ") + code_message(rc), true});
-            return doc_result::fatal;
+            return end_output_line(s, s.write(root, cl.write), name, line);
         });
 }
 

@@ -51,10 +51,7 @@ doc_result answer(session &s, const command_line &cl, query_request &q, json_nod
         ++q.no_value;
         if (!cl.lines) return doc_result::ok; // nothing to print
     }
-    if (rc == 0) rc = s.append("\n");
-    if (rc == 0) return doc_result::ok;
-    report_failure(name, line, {rc, 1, std::string("cannot write: ") + code_message(rc), true});
-    return doc_result::fatal;
+    return end_output_line(s, rc, name, line);
 }
 
 } // namespace

@@ -34,6 +34,9 @@ enum class doc_result { ok, bad, fatal };
 // always told) and says what that means for the run.
 doc_result refused(const command_line &cl, const std::string &name, uint64_t line,
                    const read_failure &why);
+// Ends a document's output with a line feed: ok, or fatal with the failure
+// told.  rc: how writing the document's text went (0 or a code).
+doc_result end_output_line(session &s, int32_t rc, const std::string &name, uint64_t line);
 using doc_action =
     std::function<doc_result(std::string_view text, const std::string &name, uint64_t line)>;
 

@@ -31,12 +31,7 @@ void run_whole(const input_spec &in, session &s, const doc_action &act, tally &t
 
 void run_lines(const input_spec &in, session &s, const doc_action &act, tally &t) {
     line_source src;
-    std::string error;
-    if (!src.open(in, error)) {
-        tool_error(error);
-        t.trouble = true;
-        return;
-    }
+    if (!t.open(src, in)) return;
     std::string_view line;
     while (!t.fatal && src.next(line)) {
         if (is_blank_line(line)) continue;
@@ -102,6 +97,13 @@ doc_result refused(const command_line &cl, const std::string &name, uint64_t lin
     // A document over --max-memory is refused like a bad one; the next
     // may fit.  Without a limit, running out of memory ends the run.
     return why.out_of_memory && cl.read.max_memory == 0 ? doc_result::fatal : doc_result::bad;
+}
+
+doc_result end_output_line(session &s, int32_t rc, const std::string &name, uint64_t line) {
+    if (rc == 0) rc = s.append("\n");
+    if (rc == 0) return doc_result::ok;
+    report_failure(name, line, {rc, 1, std::string("cannot write: ") + code_message(rc), true});
+    return doc_result::fatal;
 }
 
 int run_documents(const command_line &cl, session &s, const doc_action &act) {

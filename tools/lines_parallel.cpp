@@ -155,12 +155,7 @@ bool is_blank_line(std::string_view line) {
 void run_lines_parallel(const input_spec &in, const read_options &opts, unsigned jobs,
                         const doc_job &job, tally &t) {
     line_source src;
-    std::string error;
-    if (!src.open(in, error)) {
-        tool_error(error);
-        t.trouble = true;
-        return;
-    }
+    if (!t.open(src, in)) return;
     line_pool pool(opts, job, in.name);
     pool.start(jobs);
     auto b = std::make_unique<batch>();

@@ -5,6 +5,7 @@
 #define VXJSON_TOOL_LINES_PARALLEL_H
 
 #include "commands.h"
+#include "input.h"
 
 namespace vxcli {
 
@@ -15,6 +16,14 @@ struct tally {
     bool trouble = false; // an input could not be read
     bool fatal = false;   // stop everything
 
+    // Opens `in` as lines into src, or tells why not and marks the trouble.
+    bool open(line_source &src, const input_spec &in) {
+        std::string error;
+        if (src.open(in, error)) return true;
+        tool_error(error);
+        trouble = true;
+        return false;
+    }
     void count(doc_result r) {
         ++docs;
         if (r != doc_result::ok) ++bad;
