@@ -2,7 +2,9 @@
 // text-array paths, array append and insert.  Each row of
 // tests/data/change/*.tsv is run on a fresh read of its inputs; after the
 // change the tree's links must still be whole, and after a failure the tree
-// must still write (the text it writes is the row's expectation).
+// must still write (the text it writes is the row's expectation).  Each row
+// again with the heap, and apart the allocator, exhausted at each of its
+// calls: its own code or -503, the links whole, every temporary given back.
 #include <gtest/gtest.h>
 
 #include "change_run.h"
@@ -19,10 +21,52 @@ TEST_P(Change, CodeAndText) {
     EXPECT_EQ(o.text, r.f[6]);
     EXPECT_EQ(o.problem, "");
 }
-INSTANTIATE_TEST_SUITE_P(Remove, Change, rows_of("change/remove.tsv"), data_row_namer());
-INSTANTIATE_TEST_SUITE_P(Set, Change, rows_of("change/set.tsv"), data_row_namer());
-INSTANTIATE_TEST_SUITE_P(PgSet, Change, rows_of("change/pg_set.tsv"), data_row_namer());
-INSTANTIATE_TEST_SUITE_P(ArrayAdd, Change, rows_of("change/array_add.tsv"), data_row_namer());
+
+// The change with the heap (heap true) or the allocator failing after n
+// calls of its own: the calls it made, *rc its code.
+uint64_t run_limited(const ChangeInput &in, bool heap, uint64_t n, int32_t *rc) {
+    VxEnv env(dialect(change_is_pg(in.op) ? JLPCA_COMPAT_PG : JLPCA_COMPAT_MYSQL));
+    ChangeSetup s(env, in);
+    EXPECT_EQ(s.code, 0);
+    const uint64_t arrays = env.alloc_state.outstanding;
+    const uint64_t before = heap ? mem_heap_alloc_count(env.heap) : env.alloc_state.calls;
+    if (heap) mem_heap_set_call_limit(env.heap, n);
+    else vx_allocator_set_call_limit(&env.alloc_state, n);
+    std::string text;
+    *rc = s.run(env, in.op, &text);
+    const uint64_t calls = (heap ? mem_heap_alloc_count(env.heap) : env.alloc_state.calls) - before;
+    EXPECT_EQ(env.alloc_state.outstanding, arrays) << "limit " << n;
+    mem_heap_set_call_limit(env.heap, UINT64_MAX);
+    vx_allocator_set_call_limit(&env.alloc_state, UINT64_MAX);
+    EXPECT_EQ(tree_problem(s.doc), "") << "limit " << n;
+    std::string after;
+    EXPECT_EQ(env.write(s.doc, &after), 0) << "limit " << n;
+    return calls;
+}
+
+class ChangeFaults : public ::testing::TestWithParam<DataRow> {};
+TEST_P(ChangeFaults, AtEveryAllocation) {
+    const DataRow &r = GetParam();
+    const ChangeInput in{r.f[1], r.f[2], r.f[3], r.f[4]};
+    const int32_t code = int32_t(r.num(5));
+    for (bool heap : {true, false}) {
+        int32_t rc = 0;
+        const uint64_t needed = run_limited(in, heap, UINT64_MAX, &rc);
+        for (uint64_t n = 0; n <= needed; n++) {
+            run_limited(in, heap, n, &rc);
+            if (n == needed) EXPECT_EQ(rc, code) << "limit " << n;
+            else EXPECT_TRUE(rc == code || rc == VXJSON_ERR_NOMEM) << "limit " << n << ": " << rc;
+        }
+    }
+}
+
+#define CHANGE_FILES(Suite)                                                                        \
+    INSTANTIATE_TEST_SUITE_P(Remove, Suite, rows_of("change/remove.tsv"), data_row_namer());      \
+    INSTANTIATE_TEST_SUITE_P(Set, Suite, rows_of("change/set.tsv"), data_row_namer());            \
+    INSTANTIATE_TEST_SUITE_P(PgSet, Suite, rows_of("change/pg_set.tsv"), data_row_namer());       \
+    INSTANTIATE_TEST_SUITE_P(ArrayAdd, Suite, rows_of("change/array_add.tsv"), data_row_namer())
+CHANGE_FILES(Change);
+CHANGE_FILES(ChangeFaults);
 
 TEST(ChangeFiles, EveryFileHasItsRows) {
     expect_row_counts({{"change/remove.tsv", 27},
@@ -157,18 +201,17 @@ TEST_P(SetParent, PutsNodeInPlace) {
     EXPECT_EQ(env.text_of(c), r.text);
     EXPECT_EQ(node->parent, r.code == 0 ? c : nullptr);
 }
-INSTANTIATE_TEST_SUITE_P(
-    Places, SetParent,
-    rows<SetParentRow>({
-        {"element", "[1,2]", "$[1]", 0, "[1,true]"},
-        {"first_of_duplicates", R"({"a":1,"a":2})", "$.a", 0, R"({"a":true,"a":2})"},
-        {"missing_member_changes_nothing", R"({"a":1})", "$.b", 0, R"({"a":1})"},
-        {"field_step_on_array", "[1]", "$.a", -3113, "[1]"},
-        {"subscript_on_object", R"({"a":1})", "$[0]", -3113, R"({"a":1})"},
-        {"position_out_of_range", "[1]", "$[3]", -3113, "[1]"},
-        {"scalar_container", "1", "$[0]", -3113, "1"},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Places, SetParent, rows<SetParentRow>({
+    {"element", "[1,2]", "$[1]", 0, "[1,true]"},
+    {"first_of_duplicates", R"({"a":1,"a":2})", "$.a", 0, R"({"a":true,"a":2})"},
+    {"missing_member_changes_nothing", R"({"a":1})", "$.b", 0, R"({"a":1})"},
+    {"field_step_on_array", "[1]", "$.a", -3113, "[1]"},
+    {"subscript_on_object", R"({"a":1})", "$[0]", -3113, R"({"a":1})"},
+    {"position_out_of_range", "[1]", "$[3]", -3113, "[1]"},
+    {"scalar_container", "1", "$[0]", -3113, "1"},
+}), by_id);
+// clang-format on
 
 // Reports leave a trail with the fixed sites of the changes.
 TEST(ChangeReports, FailuresReportTheirSites) {

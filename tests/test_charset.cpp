@@ -27,29 +27,29 @@ TEST_P(Mblen, Length) {
         r.expect);
 }
 
-INSTANTIATE_TEST_SUITE_P(Sets, Mblen,
-                         rows<MblenRow>({
-                             {"utf8_ascii", U8, "a", 0, 1},
-                             {"utf8_two", U8, "\xC3\xA9", 0, 2},
-                             {"utf8_three", U8, "\xE4\xB8\xAD", 0, 3},
-                             {"utf8_four", U8, "\xF0\x9F\x98\x80", 0, 4},
-                             {"utf8_lone_continuation", U8, "\x80", 0, 1},
-                             {"utf8_overlong", U8, "\xC0\xAF", 0, 1},
-                             {"utf8_truncated_by_nul", U8, std::string("\xE4\xB8\0", 3), 0, 1},
-                             {"utf8_truncated_by_avail", U8, "\xE4\xB8\xAD", 2, 1},
-                             {"utf8_surrogate_encoded", U8, "\xED\xA0\x80", 0, 1},
-                             {"utf8_beyond_unicode", U8, "\xF4\x90\x80\x80", 0, 1},
-                             {"gb_two", GB18030, "\xD6\xD0", 0, 2},
-                             {"gb_trail_backslash", GB18030, "\x81\x5C", 0, 2},
-                             {"gb_four", GB18030, "\x81\x30\x81\x30", 0, 4},
-                             {"gb_single", GB18030, "A", 0, 1},
-                             {"gb_lead_at_end", GB18030, "\x81", 1, 1},
-                             {"euckr_two", EUC, "\xB0\xA1", 0, 2},
-                             {"euckr_single", EUC, "z", 0, 1},
-                             {"euckr_c1_is_single", EUC, "\x91\x8A", 0, 1},
-                             {"none_high_byte", NONE, "\xE9", 0, 1},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Sets, Mblen, rows<MblenRow>({
+    {"utf8_ascii", U8, "a", 0, 1},
+    {"utf8_two", U8, "\xC3\xA9", 0, 2},
+    {"utf8_three", U8, "\xE4\xB8\xAD", 0, 3},
+    {"utf8_four", U8, "\xF0\x9F\x98\x80", 0, 4},
+    {"utf8_lone_continuation", U8, "\x80", 0, 1},
+    {"utf8_overlong", U8, "\xC0\xAF", 0, 1},
+    {"utf8_truncated_by_nul", U8, std::string("\xE4\xB8\0", 3), 0, 1},
+    {"utf8_truncated_by_avail", U8, "\xE4\xB8\xAD", 2, 1},
+    {"utf8_surrogate_encoded", U8, "\xED\xA0\x80", 0, 1},
+    {"utf8_beyond_unicode", U8, "\xF4\x90\x80\x80", 0, 1},
+    {"gb_two", GB18030, "\xD6\xD0", 0, 2},
+    {"gb_trail_backslash", GB18030, "\x81\x5C", 0, 2},
+    {"gb_four", GB18030, "\x81\x30\x81\x30", 0, 4},
+    {"gb_single", GB18030, "A", 0, 1},
+    {"gb_lead_at_end", GB18030, "\x81", 1, 1},
+    {"euckr_two", EUC, "\xB0\xA1", 0, 2},
+    {"euckr_single", EUC, "z", 0, 1},
+    {"euckr_c1_is_single", EUC, "\x91\x8A", 0, 1},
+    {"none_high_byte", NONE, "\xE9", 0, 1},
+}), by_id);
+// clang-format on
 
 struct ConvRow {
     const char *id;
@@ -76,23 +76,23 @@ TEST_P(Conversion, BothWays) {
     EXPECT_EQ(std::string(back, size_t(len)), r.local);
 }
 
-INSTANTIATE_TEST_SUITE_P(Sets, Conversion,
-                         rows<ConvRow>({
-                             {"utf8_e_acute", U8, "\xC3\xA9", {0xE9}},
-                             {"utf8_cjk", U8, "\xE4\xB8\xAD", {0x4E2D}},
-                             {"utf8_emoji_pair", U8, "\xF0\x9F\x98\x80", {0xD83D, 0xDE00}},
-                             {"utf8_invalid", U8, "\xFF", {}},
-                             {"utf8_truncated", U8, "\xE4\xB8", {}},
-                             {"gb_cjk", GB18030, "\xD6\xD0", {0x4E2D}},
-                             {"gb_e_acute", GB18030, "\xA8\xA6", {0xE9}},
-                             {"gb_four_byte", GB18030, "\x81\x30\x86\x30", {0xB8}},
-                             {"gb_truncated", GB18030, "\xD6", {}},
-                             {"euckr_ga", EUC, "\xB0\xA1", {0xAC00}},
-                             {"euckr_invalid", EUC, "\xFF\xFF", {}},
-                             {"euckr_c1_bytes", EUC, "\x91\x8A", {0x91, 0x8A}},
-                             {"none_latin1", NONE, "\xE9", {0xE9}},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Sets, Conversion, rows<ConvRow>({
+    {"utf8_e_acute", U8, "\xC3\xA9", {0xE9}},
+    {"utf8_cjk", U8, "\xE4\xB8\xAD", {0x4E2D}},
+    {"utf8_emoji_pair", U8, "\xF0\x9F\x98\x80", {0xD83D, 0xDE00}},
+    {"utf8_invalid", U8, "\xFF", {}},
+    {"utf8_truncated", U8, "\xE4\xB8", {}},
+    {"gb_cjk", GB18030, "\xD6\xD0", {0x4E2D}},
+    {"gb_e_acute", GB18030, "\xA8\xA6", {0xE9}},
+    {"gb_four_byte", GB18030, "\x81\x30\x86\x30", {0xB8}},
+    {"gb_truncated", GB18030, "\xD6", {}},
+    {"euckr_ga", EUC, "\xB0\xA1", {0xAC00}},
+    {"euckr_invalid", EUC, "\xFF\xFF", {}},
+    {"euckr_c1_bytes", EUC, "\x91\x8A", {0x91, 0x8A}},
+    {"none_latin1", NONE, "\xE9", {0xE9}},
+}), by_id);
+// clang-format on
 
 // Lone surrogates fail in every set; a character the set lacks fails; the
 // buffer must hold the result.

@@ -54,34 +54,26 @@ TEST_P(DecimalOrder, OrderCodeAndReports) {
     EXPECT_EQ(json_scalar_value_equal(a, b), r.rc == 0 && r.order == 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, DecimalOrder,
-                         rows<TextRow>({
-                             {"Less", "1.5", "2.5", 0, -1},
-                             {"Greater", "2.5", "1.5", 0, 1},
-                             {"LengthsDiffer", "2.5", "10.25", 0, -1},
-                             {"ExponentCase", "1e5", "1E5", 0, 0},
-                             {"EqualByValue", "1.50", "1.5", 0, 0},
-                             {"BothEmpty", "", "", 0, 0},
-                             {"EmptyIsZero", "", "0.0", 0, 0},
-                             {"EmptyBelowOne", "", "1.0", 0, -1},
-                             {"TinyIsNotOverflow", "1e-400", "0.0", 0, 0},
-                             // Equal texts never reach the conversion, so they stay equal even
-                             // past the double range; any other pairing with them fails.
-                             {"OverflowingTextsEqualOnlyByText", "1e400", "1E400", 0, 0},
-                             {"OverflowFirst",
-                              "1e400",
-                              "1.0e400",
-                              kOverflow,
-                              0,
-                              {{kOverflow, kLineToDouble}, {kOverflow, kLineCmpFirst}}},
-                             {"OverflowSecond",
-                              "1.0",
-                              "-1e400",
-                              kOverflow,
-                              0,
-                              {{kOverflow, kLineToDouble}, {kOverflow, kLineCmpSecond}}},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Texts, DecimalOrder, rows<TextRow>({
+    {"Less", "1.5", "2.5", 0, -1},
+    {"Greater", "2.5", "1.5", 0, 1},
+    {"LengthsDiffer", "2.5", "10.25", 0, -1},
+    {"ExponentCase", "1e5", "1E5", 0, 0},
+    {"EqualByValue", "1.50", "1.5", 0, 0},
+    {"BothEmpty", "", "", 0, 0},
+    {"EmptyIsZero", "", "0.0", 0, 0},
+    {"EmptyBelowOne", "", "1.0", 0, -1},
+    {"TinyIsNotOverflow", "1e-400", "0.0", 0, 0},
+    // Equal texts never reach the conversion, so they stay equal even
+    // past the double range; any other pairing with them fails.
+    {"OverflowingTextsEqualOnlyByText", "1e400", "1E400", 0, 0},
+    {"OverflowFirst", "1e400", "1.0e400", kOverflow, 0,
+        {{kOverflow, kLineToDouble}, {kOverflow, kLineCmpFirst}}},
+    {"OverflowSecond", "1.0", "-1e400", kOverflow, 0,
+        {{kOverflow, kLineToDouble}, {kOverflow, kLineCmpSecond}}},
+}), by_id);
+// clang-format on
 
 TEST(DecimalToDouble, ValuesAndOverflow) {
     VxEnv env;
@@ -125,18 +117,18 @@ TEST_P(DecimalToXdec, Converts) {
     EXPECT_EQ(std::memcmp(&got, &want, sizeof got), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, DecimalToXdec,
-                         rows<XdecRow>({
-                             {"Exact", "12.50", 0, "12.50"},
-                             {"Long38Exact", "12345678901234567890123456789012345678.5", 0,
-                              "12345678901234567890123456789012345678.5"},
-                             {"Empty", "", 0, nullptr},
-                             {"Overflow", "1e400", kOverflow, nullptr},
-                             // Refused by the exact reader, read by strtod instead.
-                             {"FallsBackToDouble", "0x1A", 0, "26"},
-                             {"FallbackOverflow", "inf", kOverflow, nullptr},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Texts, DecimalToXdec, rows<XdecRow>({
+    {"Exact", "12.50", 0, "12.50"},
+    {"Long38Exact", "12345678901234567890123456789012345678.5", 0,
+        "12345678901234567890123456789012345678.5"},
+    {"Empty", "", 0, nullptr},
+    {"Overflow", "1e400", kOverflow, nullptr},
+    // Refused by the exact reader, read by strtod instead.
+    {"FallsBackToDouble", "0x1A", 0, "26"},
+    {"FallbackOverflow", "inf", kOverflow, nullptr},
+}), by_id);
+// clang-format on
 
 TEST(ScalarEquality, DatesNeverCompareEqual) {
     VxEnv env;

@@ -56,37 +56,36 @@ TEST_P(ErrorPlace, TreeReaderAndCheckAgree) {
 
 const ReadSwitches MYSQL = dialect(JLPCA_COMPAT_MYSQL);
 
-INSTANTIATE_TEST_SUITE_P(
-    Texts, ErrorPlace,
-    rows<PlaceRow>({
-        {"missing_comma", "[1 2]", lax(), 3, 1, 4, -2007, "syntax error"},
-        {"second_line", "{\"a\":1,\n \"b\" 2}", lax(), 13, 2, 6, -2007, "syntax error"},
-        {"crlf_lines", "[1,\r\n\r\n2 3]", lax(), 9, 3, 3, -2007, "syntax error"},
-        {"raw_tab_in_string", "[1,\n\t\"a\tb\"]", lax(), 7, 2, 4, -5, "charactor need escape"},
-        {"unterminated_dq", "[\n  \"abc", lax(), 4, 2, 3, -5, "Unterminated quoted identifier"},
-        {"unterminated_sq", "['abc", lax(), 1, 1, 2, -4, "Unterminated quoted string"},
-        {"strict_single_quote", "{'a':1}", strict(), 1, 1, 2, -5,
-         "json strict only support double quotation"},
-        {"strict_bare_name", "{ab:1}", strict(), 1, 1, 2, -5,
-         "json strict only support double quotation"},
-        {"bad_escape_letter", "[\"a\\qb\"]", lax(), 3, 1, 4, -5, "escape error"},
-        {"bad_unicode_escape", "[\"\\u12G4\"]", lax(), 2, 1, 3, -5, "escape error"},
-        {"quote_escape_in_sq", "['it\\'s']", lax(), 4, 1, 5, -5, "charactor not support"},
-        {"strict_leading_zero", "[7,\n01]", strict(), 4, 2, 1, -3105, "invalid json number"},
-        {"overflow_mysql", "[0, 1e400]", MYSQL, 4, 1, 5, -6102, "number overflow"},
-        {"strict_trailing_comma", "[1,]", strict(), 3, 1, 4, -2007, "syntax error"},
-        {"strict_keyword_name", "{true:1}", strict(), 1, 1, 2, -2007, "syntax error"},
-        {"ends_early", "[1,2", lax(), 4, 1, 5, -2007, "syntax error"},
-        {"nul_ends_text", "[1,\0]"s, lax(), 3, 1, 4, -2007, "syntax error"},
-        {"word_after_document", "[1] x", lax(), 4, 1, 5, -2007, "syntax error"},
-        {"lexical_after_document", "[1] \"x", lax(), 4, 1, 5, -5, "Unterminated quoted identifier"},
-        {"duplicate_key", "{\"a\":1,\n\"a\":2}", unique(lax()), 8, 2, 1, -3105, "duplicate key"},
-        {"scalar_document", "  42", lax(), 2, 1, 3, -3105, "scalar at top level", -2007,
-         "syntax error"},
-        {"empty_in_dialect", "", MYSQL, 0, 1, 1, -3105, "empty document"},
-        {"too_deep", std::string(5000, '['), lax(), 4999, 1, 5000, -2007, "memory exhausted"},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Texts, ErrorPlace, rows<PlaceRow>({
+    {"missing_comma", "[1 2]", lax(), 3, 1, 4, -2007, "syntax error"},
+    {"second_line", "{\"a\":1,\n \"b\" 2}", lax(), 13, 2, 6, -2007, "syntax error"},
+    {"crlf_lines", "[1,\r\n\r\n2 3]", lax(), 9, 3, 3, -2007, "syntax error"},
+    {"raw_tab_in_string", "[1,\n\t\"a\tb\"]", lax(), 7, 2, 4, -5, "charactor need escape"},
+    {"unterminated_dq", "[\n  \"abc", lax(), 4, 2, 3, -5, "Unterminated quoted identifier"},
+    {"unterminated_sq", "['abc", lax(), 1, 1, 2, -4, "Unterminated quoted string"},
+    {"strict_single_quote", "{'a':1}", strict(), 1, 1, 2, -5,
+        "json strict only support double quotation"},
+    {"strict_bare_name", "{ab:1}", strict(), 1, 1, 2, -5,
+        "json strict only support double quotation"},
+    {"bad_escape_letter", "[\"a\\qb\"]", lax(), 3, 1, 4, -5, "escape error"},
+    {"bad_unicode_escape", "[\"\\u12G4\"]", lax(), 2, 1, 3, -5, "escape error"},
+    {"quote_escape_in_sq", "['it\\'s']", lax(), 4, 1, 5, -5, "charactor not support"},
+    {"strict_leading_zero", "[7,\n01]", strict(), 4, 2, 1, -3105, "invalid json number"},
+    {"overflow_mysql", "[0, 1e400]", MYSQL, 4, 1, 5, -6102, "number overflow"},
+    {"strict_trailing_comma", "[1,]", strict(), 3, 1, 4, -2007, "syntax error"},
+    {"strict_keyword_name", "{true:1}", strict(), 1, 1, 2, -2007, "syntax error"},
+    {"ends_early", "[1,2", lax(), 4, 1, 5, -2007, "syntax error"},
+    {"nul_ends_text", "[1,\0]"s, lax(), 3, 1, 4, -2007, "syntax error"},
+    {"word_after_document", "[1] x", lax(), 4, 1, 5, -2007, "syntax error"},
+    {"lexical_after_document", "[1] \"x", lax(), 4, 1, 5, -5, "Unterminated quoted identifier"},
+    {"duplicate_key", "{\"a\":1,\n\"a\":2}", unique(lax()), 8, 2, 1, -3105, "duplicate key"},
+    {"scalar_document", "  42", lax(), 2, 1, 3, -3105, "scalar at top level", -2007,
+        "syntax error"},
+    {"empty_in_dialect", "", MYSQL, 0, 1, 1, -3105, "empty document"},
+    {"too_deep", std::string(5000, '['), lax(), 4999, 1, 5000, -2007, "memory exhausted"},
+}), by_id);
+// clang-format on
 
 TEST(ErrorPlace, NothingFailedNothingPlaced) {
     VxEnv env;

@@ -29,62 +29,39 @@ json_node *make(VxEnv &env, shape s) {
     return nullptr;
 }
 
-struct WrapRow {
+// A result's shape through JSON_QUERY's wrapping rule under each wrapper
+// clause (1 without, 2 with, 3 conditional) and JSON_VALUE's scalar rule.
+struct ShapeRow {
     const char *id;
     shape result;
-    uint32_t wrapper; // the path's clause: 1 without, 2 with, 3 conditional
-    int32_t rc;
-    uint32_t wrap; // the caller's wrap afterwards, UNTOUCHED when left alone
+    int32_t value_rc;                      // json_fun_value_check
+    std::pair<int32_t, uint32_t> query[3]; // per clause: code, the caller's wrap afterwards
 };
 
-class QueryCheck : public ::testing::TestWithParam<WrapRow> {};
-TEST_P(QueryCheck, CodeAndWrap) {
-    const WrapRow &r = GetParam();
+class ShapeCheck : public ::testing::TestWithParam<ShapeRow> {};
+TEST_P(ShapeCheck, QueryWrapAndValueCode) {
+    const ShapeRow &r = GetParam();
     VxEnv env;
-    jpath path{};
-    path.wrapper = r.wrapper;
-    uint32_t wrap = UNTOUCHED;
-    EXPECT_EQ(json_fun_query_check(&path, make(env, r.result), &wrap), r.rc);
-    EXPECT_EQ(wrap, r.wrap);
+    for (uint32_t wrapper : {1u, 2u, 3u}) {
+        jpath path{};
+        path.wrapper = wrapper;
+        uint32_t wrap = UNTOUCHED;
+        EXPECT_EQ(json_fun_query_check(&path, make(env, r.result), &wrap), r.query[wrapper - 1].first)
+            << wrapper;
+        EXPECT_EQ(wrap, r.query[wrapper - 1].second) << wrapper;
+    }
+    EXPECT_EQ(json_fun_value_check(make(env, r.result)), r.value_rc);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, QueryCheck,
-                         rows<WrapRow>({
-                             {"ObjectWithout", shape::object, 1, 0, UNTOUCHED},
-                             {"ObjectWith", shape::object, 2, 0, UNTOUCHED},
-                             {"ObjectConditional", shape::object, 3, 0, 1},
-                             {"ArrayWithout", shape::document_array, 1, 0, UNTOUCHED},
-                             {"ArrayWith", shape::document_array, 2, 0, UNTOUCHED},
-                             {"ArrayConditional", shape::document_array, 3, 0, 1},
-                             {"SeveralWithout", shape::virtual_array, 1, kScalar, UNTOUCHED},
-                             {"SeveralWith", shape::virtual_array, 2, 0, 1},
-                             {"SeveralConditional", shape::virtual_array, 3, 0, 1},
-                             {"ScalarWithout", shape::scalar, 1, kScalar, UNTOUCHED},
-                             {"ScalarWith", shape::scalar, 2, 0, UNTOUCHED},
-                             {"ScalarConditional", shape::scalar, 3, 0, 2},
-                         }),
-                         by_id);
-
-struct ValueRow {
-    const char *id;
-    shape result;
-    int32_t rc;
-};
-
-class ValueCheck : public ::testing::TestWithParam<ValueRow> {};
-TEST_P(ValueCheck, Code) {
-    VxEnv env;
-    EXPECT_EQ(json_fun_value_check(make(env, GetParam().result)), GetParam().rc);
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, ValueCheck,
-                         rows<ValueRow>({
-                             {"Object", shape::object, VXJSON_ERR_VALUE_NOT_SCALAR},
-                             {"DocumentArray", shape::document_array, VXJSON_ERR_VALUE_NOT_SCALAR},
-                             {"Several", shape::virtual_array, VXJSON_ERR_VALUE_MANY},
-                             {"Scalar", shape::scalar, 0},
-                         }),
-                         by_id);
+constexpr uint32_t U = UNTOUCHED;
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Table, ShapeCheck, rows<ShapeRow>({
+    {"Object", shape::object, VXJSON_ERR_VALUE_NOT_SCALAR, {{0, U}, {0, U}, {0, 1}}},
+    {"DocumentArray", shape::document_array, VXJSON_ERR_VALUE_NOT_SCALAR, {{0, U}, {0, U}, {0, 1}}},
+    {"Several", shape::virtual_array, VXJSON_ERR_VALUE_MANY, {{kScalar, U}, {0, 1}, {0, 1}}},
+    {"Scalar", shape::scalar, 0, {{kScalar, U}, {0, U}, {0, 2}}},
+}), by_id);
+// clang-format on
 
 // ---- ON ERROR ----
 
@@ -131,21 +108,20 @@ TEST_P(OnError, BothActions) {
     EXPECT_EQ(trail(), reports(r.status, r.line_text));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Actions, OnError,
-    rows<OnErrorRow>({
-        {"NotGivenIsNull", 0, -3106, 0, 0, 0, "NULL", 0, 0},
-        {"Null", 1, -3106, 0, 0, 0, "NULL", 0, 0},
-        {"Error", 2, -3106, -3106, 7, -3106, "NULL", kLineValue, kLineText},
-        {"EmptyOnlyForText", 3, -3107, 0, 0, 0, "[]", 0, 0},
-        {"Default", 4, -3111, 100, 7, 100, "NULL", 0, 0},
-        {"OutOfRangeIsNull", 7, -3111, 0, 0, 0, "NULL", 0, 0},
-        // Out of memory passes every clause.
-        {"NoMemoryUnderNull", 1, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
-        {"NoMemoryUnderEmpty", 3, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
-        {"NoMemoryUnderDefault", 4, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Actions, OnError, rows<OnErrorRow>({
+    {"NotGivenIsNull", 0, -3106, 0, 0, 0, "NULL", 0, 0},
+    {"Null", 1, -3106, 0, 0, 0, "NULL", 0, 0},
+    {"Error", 2, -3106, -3106, 7, -3106, "NULL", kLineValue, kLineText},
+    {"EmptyOnlyForText", 3, -3107, 0, 0, 0, "[]", 0, 0},
+    {"Default", 4, -3111, 100, 7, 100, "NULL", 0, 0},
+    {"OutOfRangeIsNull", 7, -3111, 0, 0, 0, "NULL", 0, 0},
+    // Out of memory passes every clause.
+    {"NoMemoryUnderNull", 1, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
+    {"NoMemoryUnderEmpty", 3, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
+    {"NoMemoryUnderDefault", 4, -503, -503, 7, -503, "NULL", kLineValue, kLineText},
+}), by_id);
+// clang-format on
 
 TEST(OnErrorEmpty, TextOnTheHeapOrNoMemory) {
     VxEnv env;
@@ -201,19 +177,19 @@ TEST_P(EvaluationStep, HandledAndNode) {
     EXPECT_EQ(text ? std::string(text, len) : "NULL", r.text);
 }
 
-INSTANTIATE_TEST_SUITE_P(Step, EvaluationStep,
-                         rows<StepRow>({
-                             {"Match", 0, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
-                             {"NoMatchToOnError", 0, "$.b", 0, 2, 2, -3104, 1, false, "NULL"},
-                             {"NoMatchEmptyText", 0, "$.b", 0, 3, 2, 0, 1, false, "[]"},
-                             {"NoMatchEmptyNumberIsNull", 0, "$.b", 0, 3, 9, 0, 1, false, "NULL"},
-                             {"NoMatchDefault", 0, "$.b", 0, 4, 14, 100, 1, false, "NULL"},
-                             {"NullOnEmpty", 0, "$.b", 1, 2, 2, 0, 1, false, "NULL"},
-                             {"ErrorOnEmpty", 0, "$.b", 2, 4, 2, -3104, 1, false, "NULL"},
-                             {"MysqlMatch", 2, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
-                             {"MysqlNoMatchIsNull", 2, "$.b", 0, 4, 2, 0, 1, false, "NULL"},
-                             {"MysqlErrorOnEmpty", 2, "$.b", 3, 1, 9, -3104, 1, false, "NULL"},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Step, EvaluationStep, rows<StepRow>({
+    {"Match", 0, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
+    {"NoMatchToOnError", 0, "$.b", 0, 2, 2, -3104, 1, false, "NULL"},
+    {"NoMatchEmptyText", 0, "$.b", 0, 3, 2, 0, 1, false, "[]"},
+    {"NoMatchEmptyNumberIsNull", 0, "$.b", 0, 3, 9, 0, 1, false, "NULL"},
+    {"NoMatchDefault", 0, "$.b", 0, 4, 14, 100, 1, false, "NULL"},
+    {"NullOnEmpty", 0, "$.b", 1, 2, 2, 0, 1, false, "NULL"},
+    {"ErrorOnEmpty", 0, "$.b", 2, 4, 2, -3104, 1, false, "NULL"},
+    {"MysqlMatch", 2, "$.a", 0, 2, 2, 0, 0, true, "NULL"},
+    {"MysqlNoMatchIsNull", 2, "$.b", 0, 4, 2, 0, 1, false, "NULL"},
+    {"MysqlErrorOnEmpty", 2, "$.b", 3, 1, 9, -3104, 1, false, "NULL"},
+}), by_id);
+// clang-format on
 
 } // namespace

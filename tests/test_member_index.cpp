@@ -97,15 +97,15 @@ TEST_P(MemberIndex, QuarterMillionMembers) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Policies, MemberIndex,
-                         rows<Policy>({
-                             {"none", 0, 0, 0},
-                             {"unique", 1, 0, 0},
-                             {"last_wins", 0, 1, 0},
-                             {"sorted", 0, 0, 1},
-                             {"sorted_last_wins", 0, 1, 1},
-                             {"sorted_unique", 1, 0, 1},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Policies, MemberIndex, rows<Policy>({
+    {"none", 0, 0, 0},
+    {"unique", 1, 0, 0},
+    {"last_wins", 0, 1, 0},
+    {"sorted", 0, 0, 1},
+    {"sorted_last_wins", 0, 1, 1},
+    {"sorted_unique", 1, 0, 1},
+}), by_id);
+// clang-format on
 
 } // namespace

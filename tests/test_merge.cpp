@@ -195,15 +195,14 @@ TEST_P(OutOfMemory, EveryFailingCallIsReported) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Operations, OutOfMemory,
-    rows<OomRow>({
-        {"MergePreserve", kDocA, kDocB, 0, {3539, 3547}},
-        {"MergePatch", kDocA, kDocB, 1, {3539, 3547}},
-        {"ConcatObjects", kDocA, kDocB, 2, {1842, 1856}},
-        {"ConcatArrays", "[{\"x\":\"a long enough string\"},2,3]", kDocB, 2, {1794, 1804}},
-        {"ConcatScalars", "\"a string\"", "[1,2,3,4,5,6,7,8,9]", 2, {1794, 1804}},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Operations, OutOfMemory, rows<OomRow>({
+    {"MergePreserve", kDocA, kDocB, 0, {3539, 3547}},
+    {"MergePatch", kDocA, kDocB, 1, {3539, 3547}},
+    {"ConcatObjects", kDocA, kDocB, 2, {1842, 1856}},
+    {"ConcatArrays", "[{\"x\":\"a long enough string\"},2,3]", kDocB, 2, {1794, 1804}},
+    {"ConcatScalars", "\"a string\"", "[1,2,3,4,5,6,7,8,9]", 2, {1794, 1804}},
+}), by_id);
+// clang-format on
 
 } // namespace

@@ -61,55 +61,52 @@ TEST_P(PathScan, Tokens) {
 
 using namespace std::string_literals;
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, PathScan,
-    rows<ScanRow>({
-        // names, numbers, punctuation
-        {"s01_name", "$.ab_1", 0, UTF8, "$ . NAME:ab_1 END"},
-        {"s02_digit_then_name", "$.1a", 0, UTF8, "$ . INT:1 NAME:a END"},
-        {"s03_underscore_name", "$._9", 0, UTF8, "$ . NAME:_9 END"},
-        {"s04_punct", "$()[]{},.:;~", 0, UTF8, "$ ( ) [ ] { } , . : ; ~ END"},
-        {"s05_other_bytes", "$*-+/@\xC3", 0, UTF8, "$ * - + / @ \\xC3 END"},
-        {"s06_blanks_skipped", " \t\r\f\n$ .\n a", 0, UTF8, "$ . NAME:a END"},
-        {"s07_vertical_tab_token", "$\v.a", 0, UTF8, "$ \\x0B . NAME:a END"},
-        {"s08_nul_ends", "$.a\0.b"s, 0, UTF8, "$ . NAME:a END"},
-        {"s09_int_max", "[2147483647]", 0, UTF8, "[ INT:2147483647 ] END"},
-        {"s10_bigint", "[2147483648]", 0, UTF8, "[ BIG:2147483648 ] END"},
-        {"s11_nineteen_digits", "[1000000000000000000]", 0, UTF8,
-         "[ DEC:1000000000000000000 ] END"},
-        {"s12_leading_zeros_lax", "[007]", 0, UTF8, "[ INT:7 ] END"},
-        {"s13_leading_zeros_strict", "[007]", 2, UTF8, "[ ERR(-3105,invalid json number,1)"},
-        {"s14_keyword_is_name", "$.true.NULL", 0, UTF8, "$ . NAME:true . NAME:NULL END"},
-        // quoted names
-        {"q01_plain", "$.\"a b\"", 0, UTF8, "$ . DQ:a b END"},
-        {"q02_escaped_quote", "$.\"a\\\"b\"", 0, UTF8, "$ . DQ:a\"b END"},
-        {"q03_escaped_tab", "$.\"a\\tb\"", 0, UTF8, "$ . DQ:a\\x09b END"},
-        {"q04_raw_tab", "$.\"a\tb\"", 0, UTF8, "$ . ERR(-5,charactor need escape,1)"},
-        {"q05_raw_slash", "$.\"a/b\"", 0, UTF8, "$ . ERR(-5,charactor need escape,1)"},
-        {"q06_escaped_slash", "$.\"a\\/b\"", 0, UTF8, "$ . DQ:a/b END"},
-        {"q07_escaped_backslash", "$.\"a\\\\b\"", 0, UTF8, "$ . DQ:a\\b END"},
-        {"q08_raw_control_accepted", "$.\"a\x01\x0B\x1F\"", 0, UTF8, "$ . DQ:a\\x01\\x0B\\x1F END"},
-        {"q09_unterminated", "$.\"ab", 0, UTF8, "$ . ERR(-5,Unterminated quoted identifier,1)"},
-        {"q10_unterminated_escape", "$.\"ab\\", 0, UTF8,
-         "$ . ERR(-5,Unterminated quoted identifier,1)"},
-        {"q11_bad_escape", "$.\"a\\x\"", 0, UTF8, "$ . ERR(-5,escape error,1)"},
-        {"q12_short_u", "$.\"\\u00\"", 0, UTF8, "$ . ERR(-5,escape error,1)"},
-        {"q13_u_escape_run", "$.\"\\u0041bc\"", 0, UTF8, "$ . DQ:Abc END"},
-        {"q14_u0000_cuts", "$.\"a\\u0000b\"", 0, UTF8, "$ . DQ:a END"},
-        {"q15_raw_nul_cuts", "$.\"a\0b\""s, 0, UTF8, "$ . DQ:a END"},
-        {"q16_escaped_raw_tab", "$.\"\\\t\"", 0, UTF8, "$ . ERR(-5,charactor need escape,1)"},
-        {"q17_lines_counted", "$\n.\n\"a\nb\"", 0, UTF8, "$ . ERR(-5,charactor need escape,4)"},
-        {"q18_escaped_lf_line", "$\n.\"\\\n\"", 0, UTF8, "$ . ERR(-5,charactor need escape,3)"},
-        {"q19_empty", "$.\"\"", 0, UTF8, "$ . DQ: END"},
-        {"q20_utf8_content", "$.\"\xC3\xA9\"", 0, UTF8, "$ . DQ:\\xC3\\xA9 END"},
-        // GB18030: a second byte that is a backslash or slash is content.
-        {"g01_backslash_trail", "$.\"\x81\\\"", 0, GB, "$ . DQ:\\x81\\ END"},
-        // In UTF-8 no trailing byte is ASCII: the backslash escapes the quote.
-        {"g02_utf8_lead_then_backslash", "$.\"\xC3\\\"", 0, UTF8,
-         "$ . ERR(-5,Unterminated quoted identifier,1)"},
-        {"g03_backslash_after_full_char", "$.\"\xC3\xA9\\t\"", 0, UTF8,
-         "$ . DQ:\\xC3\\xA9\\x09 END"},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Rows, PathScan, rows<ScanRow>({
+    // names, numbers, punctuation
+    {"s01_name", "$.ab_1", 0, UTF8, "$ . NAME:ab_1 END"},
+    {"s02_digit_then_name", "$.1a", 0, UTF8, "$ . INT:1 NAME:a END"},
+    {"s03_underscore_name", "$._9", 0, UTF8, "$ . NAME:_9 END"},
+    {"s04_punct", "$()[]{},.:;~", 0, UTF8, "$ ( ) [ ] { } , . : ; ~ END"},
+    {"s05_other_bytes", "$*-+/@\xC3", 0, UTF8, "$ * - + / @ \\xC3 END"},
+    {"s06_blanks_skipped", " \t\r\f\n$ .\n a", 0, UTF8, "$ . NAME:a END"},
+    {"s07_vertical_tab_token", "$\v.a", 0, UTF8, "$ \\x0B . NAME:a END"},
+    {"s08_nul_ends", "$.a\0.b"s, 0, UTF8, "$ . NAME:a END"},
+    {"s09_int_max", "[2147483647]", 0, UTF8, "[ INT:2147483647 ] END"},
+    {"s10_bigint", "[2147483648]", 0, UTF8, "[ BIG:2147483648 ] END"},
+    {"s11_nineteen_digits", "[1000000000000000000]", 0, UTF8, "[ DEC:1000000000000000000 ] END"},
+    {"s12_leading_zeros_lax", "[007]", 0, UTF8, "[ INT:7 ] END"},
+    {"s13_leading_zeros_strict", "[007]", 2, UTF8, "[ ERR(-3105,invalid json number,1)"},
+    {"s14_keyword_is_name", "$.true.NULL", 0, UTF8, "$ . NAME:true . NAME:NULL END"},
+    // quoted names
+    {"q01_plain", "$.\"a b\"", 0, UTF8, "$ . DQ:a b END"},
+    {"q02_escaped_quote", "$.\"a\\\"b\"", 0, UTF8, "$ . DQ:a\"b END"},
+    {"q03_escaped_tab", "$.\"a\\tb\"", 0, UTF8, "$ . DQ:a\\x09b END"},
+    {"q04_raw_tab", "$.\"a\tb\"", 0, UTF8, "$ . ERR(-5,charactor need escape,1)"},
+    {"q05_raw_slash", "$.\"a/b\"", 0, UTF8, "$ . ERR(-5,charactor need escape,1)"},
+    {"q06_escaped_slash", "$.\"a\\/b\"", 0, UTF8, "$ . DQ:a/b END"},
+    {"q07_escaped_backslash", "$.\"a\\\\b\"", 0, UTF8, "$ . DQ:a\\b END"},
+    {"q08_raw_control_accepted", "$.\"a\x01\x0B\x1F\"", 0, UTF8, "$ . DQ:a\\x01\\x0B\\x1F END"},
+    {"q09_unterminated", "$.\"ab", 0, UTF8, "$ . ERR(-5,Unterminated quoted identifier,1)"},
+    {"q10_unterminated_escape", "$.\"ab\\", 0, UTF8,
+        "$ . ERR(-5,Unterminated quoted identifier,1)"},
+    {"q11_bad_escape", "$.\"a\\x\"", 0, UTF8, "$ . ERR(-5,escape error,1)"},
+    {"q12_short_u", "$.\"\\u00\"", 0, UTF8, "$ . ERR(-5,escape error,1)"},
+    {"q13_u_escape_run", "$.\"\\u0041bc\"", 0, UTF8, "$ . DQ:Abc END"},
+    {"q14_u0000_cuts", "$.\"a\\u0000b\"", 0, UTF8, "$ . DQ:a END"},
+    {"q15_raw_nul_cuts", "$.\"a\0b\""s, 0, UTF8, "$ . DQ:a END"},
+    {"q16_escaped_raw_tab", "$.\"\\\t\"", 0, UTF8, "$ . ERR(-5,charactor need escape,1)"},
+    {"q17_lines_counted", "$\n.\n\"a\nb\"", 0, UTF8, "$ . ERR(-5,charactor need escape,4)"},
+    {"q18_escaped_lf_line", "$\n.\"\\\n\"", 0, UTF8, "$ . ERR(-5,charactor need escape,3)"},
+    {"q19_empty", "$.\"\"", 0, UTF8, "$ . DQ: END"},
+    {"q20_utf8_content", "$.\"\xC3\xA9\"", 0, UTF8, "$ . DQ:\\xC3\\xA9 END"},
+    // GB18030: a second byte that is a backslash or slash is content.
+    {"g01_backslash_trail", "$.\"\x81\\\"", 0, GB, "$ . DQ:\\x81\\ END"},
+    // In UTF-8 no trailing byte is ASCII: the backslash escapes the quote.
+    {"g02_utf8_lead_then_backslash", "$.\"\xC3\\\"", 0, UTF8,
+        "$ . ERR(-5,Unterminated quoted identifier,1)"},
+    {"g03_backslash_after_full_char", "$.\"\xC3\xA9\\t\"", 0, UTF8, "$ . DQ:\\xC3\\xA9\\x09 END"},
+}), by_id);
+// clang-format on
 
 } // namespace

@@ -42,24 +42,23 @@ TEST_P(PathText, EveryNode) {
     EXPECT_EQ(got, r.paths);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, PathText,
-    rows<TextRow>({
-        {"t01_member_and_positions", R"({"a":[1,2,{"b":0}]})",
-         "$ | $.a | $.a[0] | $.a[1] | $.a[2] | $.a[2].b"},
-        {"t02_bare_names", R"({"abc":1,"a1":2,"A9z":3,"_":4})", "$ | $.abc | $.a1 | $.A9z | $._"},
-        // "_" first: bare whatever follows; a letter first: quoted at any "_".
-        {"t03_underscore_asymmetry", R"({"_x y":1,"a_b":2,"Z_":3})",
-         "$ | $._x y | $.\"a_b\" | $.\"Z_\""},
-        {"t04_quoted_names", "{\"1a\":1,\"\":2,\"a b\":3,\"\xC3\xA9\":4}",
-         "$ | $.\"1a\" | $.\"\" | $.\"a b\" | $.\"\xC3\xA9\""},
-        // Nothing inside a quoted name is escaped.
-        {"t05_quote_unescaped", R"({"a\"b":1,"c\\d":2})", "$ | $.\"a\"b\" | $.\"c\\d\""},
-        {"t06_scalar_root", "1", "$"},
-        {"t07_nested_arrays", "[[[]],[]]", "$ | $[0] | $[0][0] | $[1]"},
-        {"t08_duplicate_names", R"({"a":1,"a":2})", "$ | $.a | $.a"},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Rows, PathText, rows<TextRow>({
+    {"t01_member_and_positions", R"({"a":[1,2,{"b":0}]})",
+        "$ | $.a | $.a[0] | $.a[1] | $.a[2] | $.a[2].b"},
+    {"t02_bare_names", R"({"abc":1,"a1":2,"A9z":3,"_":4})", "$ | $.abc | $.a1 | $.A9z | $._"},
+    // "_" first: bare whatever follows; a letter first: quoted at any "_".
+    {"t03_underscore_asymmetry", R"({"_x y":1,"a_b":2,"Z_":3})",
+        "$ | $._x y | $.\"a_b\" | $.\"Z_\""},
+    {"t04_quoted_names", "{\"1a\":1,\"\":2,\"a b\":3,\"\xC3\xA9\":4}",
+        "$ | $.\"1a\" | $.\"\" | $.\"a b\" | $.\"\xC3\xA9\""},
+    // Nothing inside a quoted name is escaped.
+    {"t05_quote_unescaped", R"({"a\"b":1,"c\\d":2})", "$ | $.\"a\"b\" | $.\"c\\d\""},
+    {"t06_scalar_root", "1", "$"},
+    {"t07_nested_arrays", "[[[]],[]]", "$ | $[0] | $[0][0] | $[1]"},
+    {"t08_duplicate_names", R"({"a":1,"a":2})", "$ | $.a | $.a"},
+}), by_id);
+// clang-format on
 
 // A member step names the first member that holds the node; an element the
 // first position that holds it (a node shared by two slots).
@@ -166,13 +165,12 @@ TEST_P(PathTextBack, CompilesToTheSameNode) {
     EXPECT_GT(checked, 1u);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, PathTextBack,
-    rows<BackRow>({
-        {"b01_mixed", R"({"a":[1,{"b c":[true,null]},"x"],"_y":{"Z9":{}},"":[[0]]})"},
-        {"b02_awkward_names", R"({"a_b":{"1":[2]},"\u00e9t\u00e9":[{"x y":0}],"TO":[]})"},
-        {"b03_arrays", "[[],[[1,2],[3]],{\"k\":[4,[5]]}]"},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Rows, PathTextBack, rows<BackRow>({
+    {"b01_mixed", R"({"a":[1,{"b c":[true,null]},"x"],"_y":{"Z9":{}},"":[[0]]})"},
+    {"b02_awkward_names", R"({"a_b":{"1":[2]},"\u00e9t\u00e9":[{"x y":0}],"TO":[]})"},
+    {"b03_arrays", "[[],[[1,2],[3]],{\"k\":[4,[5]]}]"},
+}), by_id);
+// clang-format on
 
 } // namespace

@@ -72,16 +72,15 @@ TEST_P(DeepDocument, EvaluatesWithBoundedStack) {
 const std::string ARRAYS_4000 = std::string(4000, '[') + "1" + std::string(4000, ']');
 const std::string OBJECTS_2499 = repeat(R"({"a":)", 2499) + "1" + std::string(2499, '}');
 
-INSTANTIATE_TEST_SUITE_P(
-    Depth, DeepDocument,
-    rows<DeepRow>({
-        {"arrays_by_position", ARRAYS_4000, "$" + repeat("[0]", 4000), 0, "1"},
-        {"arrays_by_every_element", ARRAYS_4000, "$" + repeat("[*]", 4000), 1, "1"},
-        {"arrays_mysql", ARRAYS_4000, "$" + repeat("[0]", 4000), 2, "1"},
-        {"objects_by_name", OBJECTS_2499, "$" + repeat(".a", 2499), 0, "1"},
-        {"objects_by_wildcard_mysql", OBJECTS_2499, "$" + repeat(".*", 2499), 2, "1"},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Depth, DeepDocument, rows<DeepRow>({
+    {"arrays_by_position", ARRAYS_4000, "$" + repeat("[0]", 4000), 0, "1"},
+    {"arrays_by_every_element", ARRAYS_4000, "$" + repeat("[*]", 4000), 1, "1"},
+    {"arrays_mysql", ARRAYS_4000, "$" + repeat("[0]", 4000), 2, "1"},
+    {"objects_by_name", OBJECTS_2499, "$" + repeat(".a", 2499), 0, "1"},
+    {"objects_by_wildcard_mysql", OBJECTS_2499, "$" + repeat(".*", 2499), 2, "1"},
+}), by_id);
+// clang-format on
 
 struct WideRow {
     const char *id;
@@ -126,16 +125,16 @@ TEST_P(WideArray, EvaluatesEveryElementOnce) {
     EXPECT_EQ(env.text_of(several ? out->items[out->count - 1] : out), r.last);
 }
 
-INSTANTIATE_TEST_SUITE_P(Million, WideArray,
-                         rows<WideRow>({
-                             {"every_element", "$[*]", 0, 1000000, R"({"a":999999})"},
-                             {"every_member_a", "$.a", 0, 1000000, "999999"},
-                             {"every_element_then_a", "$[*].a", 1, 1000000, "999999"},
-                             {"every_member", "$.*", 0, 1000000, "999999"},
-                             {"range", "$[10 to 999999]", 0, 999990, R"({"a":999999})"},
-                             {"last_position", "$[999999].a", 0, 1, "999999"},
-                             {"every_element_then_a_mysql", "$[*].a", 2, 1000000, "999999"},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Million, WideArray, rows<WideRow>({
+    {"every_element", "$[*]", 0, 1000000, R"({"a":999999})"},
+    {"every_member_a", "$.a", 0, 1000000, "999999"},
+    {"every_element_then_a", "$[*].a", 1, 1000000, "999999"},
+    {"every_member", "$.*", 0, 1000000, "999999"},
+    {"range", "$[10 to 999999]", 0, 999990, R"({"a":999999})"},
+    {"last_position", "$[999999].a", 0, 1, "999999"},
+    {"every_element_then_a_mysql", "$[*].a", 2, 1000000, "999999"},
+}), by_id);
+// clang-format on
 
 } // namespace

@@ -1,6 +1,6 @@
 // Path evaluation below json_query: the member-name test across function
-// kinds, the subscript walks over entries no compiler makes, the PostgreSQL
-// subscript rules, and JSON_CONTAINS_PATH.
+// kinds, the subscript walks over entries no compiler makes, and the
+// PostgreSQL subscript rules.
 #include <gtest/gtest.h>
 
 #include "path_text.h"
@@ -50,23 +50,22 @@ TEST_P(KeyvalEqual, ComparesAsTheFunctionKindsAsk) {
     EXPECT_EQ(env.alloc_state.outstanding, before) << "the decoded name is given back";
 }
 
-INSTANTIATE_TEST_SUITE_P(Names, KeyvalEqual,
-                         rows<NameRow>({
-                             {"same_kind_plain", "ab", 0, "ab", 1, 1, 1},
-                             {"same_kind_escapes_compared_as_stored", R"(a\"b)", 1, R"(a"b)", 1, 1,
-                              0},
-                             {"same_kind_stored_form_matches", R"(a\"b)", 1, R"(a\"b)", 0, 0, 1},
-                             {"other_kind_plain_bytewise", "ab", 0, "ab", 1, 0, 1},
-                             {"other_kind_plain_differs", "ab", 0, "ac", 1, 0, 0},
-                             {"other_kind_escapes_decoded", R"(a\"b)", 1, R"(a"b)", 1, 0, 1},
-                             {"other_kind_unicode_decoded", R"(\u0041)", 1, "A", 0, 1, 1},
-                             {"other_kind_decoded_differs", R"(a\"b)", 1, R"(a"c)", 1, 0, 0},
-                             // A name no longer than the key cannot be the escaped form of it.
-                             {"other_kind_not_longer_never_equal", "ab", 1, "ab", 1, 0, 0},
-                             {"other_kind_undecodable", R"(ab\)", 1, "ab", 1, 0, 0},
-                             {"other_kind_empty_key", R"(\u0041)", 1, "", 1, 0, 0},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Names, KeyvalEqual, rows<NameRow>({
+    {"same_kind_plain", "ab", 0, "ab", 1, 1, 1},
+    {"same_kind_escapes_compared_as_stored", R"(a\"b)", 1, R"(a"b)", 1, 1, 0},
+    {"same_kind_stored_form_matches", R"(a\"b)", 1, R"(a\"b)", 0, 0, 1},
+    {"other_kind_plain_bytewise", "ab", 0, "ab", 1, 0, 1},
+    {"other_kind_plain_differs", "ab", 0, "ac", 1, 0, 0},
+    {"other_kind_escapes_decoded", R"(a\"b)", 1, R"(a"b)", 1, 0, 1},
+    {"other_kind_unicode_decoded", R"(\u0041)", 1, "A", 0, 1, 1},
+    {"other_kind_decoded_differs", R"(a\"b)", 1, R"(a"c)", 1, 0, 0},
+    // A name no longer than the key cannot be the escaped form of it.
+    {"other_kind_not_longer_never_equal", "ab", 1, "ab", 1, 0, 0},
+    {"other_kind_undecodable", R"(ab\)", 1, "ab", 1, 0, 0},
+    {"other_kind_empty_key", R"(\u0041)", 1, "", 1, 0, 0},
+}), by_id);
+// clang-format on
 
 TEST(KeyvalEqual, AStepWithoutAPathComparesBytes) {
     VxEnv env;
@@ -141,28 +140,27 @@ TEST_P(SubscriptWalk, ListsEachElementOnce) {
     EXPECT_EQ(got, r.matches);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Entries, SubscriptWalk,
-    rows<EntryRow>({
-        {"single", 0, {{3, 0}}, "3"},
-        {"ranges_ascending", 0, {{0, 1}, {3, 9}}, "0 1 3 4"},
-        {"reversed_range_skipped", 0, {{3, 1}, {4, 0}}, "4"},
-        {"negative_ends_the_walk", 0, {{-1, 0}, {2, 0}}, ""},
-        {"past_the_end_ends_the_walk", 0, {{5, 0}, {1, 0}}, ""},
-        {"descending_by_hand_listed_once", 0, {{2, 0}, {1, 0}, {3, 0}}, "2 3"},
-        {"overlapping_by_hand_listed_once", 0, {{0, 2}, {1, 3}}, "0 1 2 3"},
-        {"repeated_by_hand_listed_once", 0, {{1, 0}, {1, 0}}, "1"},
-        {"no_entries", 0, {}, ""},
-        {"pg_first_entry_only", 1, {{1, 3}, {4, 0}}, "1"},
-        {"pg_negative_from_the_end", 1, {{-1, 0}}, "4"},
-        {"pg_most_negative", 1, {{-5, 0}}, "0"},
-        {"pg_before_the_first", 1, {{-6, 0}}, ""},
-        {"pg_past_the_end", 1, {{5, 0}}, ""},
-        {"pg_no_entries", 1, {}, ""},
-        // Only the low 32 bits of a pg position count, as a signed number.
-        {"pg_position_taken_as_32_bits", 1, {{(int64_t(1) << 32) + 2, 0}}, "2"},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Entries, SubscriptWalk, rows<EntryRow>({
+    {"single", 0, {{3, 0}}, "3"},
+    {"ranges_ascending", 0, {{0, 1}, {3, 9}}, "0 1 3 4"},
+    {"reversed_range_skipped", 0, {{3, 1}, {4, 0}}, "4"},
+    {"negative_ends_the_walk", 0, {{-1, 0}, {2, 0}}, ""},
+    {"past_the_end_ends_the_walk", 0, {{5, 0}, {1, 0}}, ""},
+    {"descending_by_hand_listed_once", 0, {{2, 0}, {1, 0}, {3, 0}}, "2 3"},
+    {"overlapping_by_hand_listed_once", 0, {{0, 2}, {1, 3}}, "0 1 2 3"},
+    {"repeated_by_hand_listed_once", 0, {{1, 0}, {1, 0}}, "1"},
+    {"no_entries", 0, {}, ""},
+    {"pg_first_entry_only", 1, {{1, 3}, {4, 0}}, "1"},
+    {"pg_negative_from_the_end", 1, {{-1, 0}}, "4"},
+    {"pg_most_negative", 1, {{-5, 0}}, "0"},
+    {"pg_before_the_first", 1, {{-6, 0}}, ""},
+    {"pg_past_the_end", 1, {{5, 0}}, ""},
+    {"pg_no_entries", 1, {}, ""},
+    // Only the low 32 bits of a pg position count, as a signed number.
+    {"pg_position_taken_as_32_bits", 1, {{(int64_t(1) << 32) + 2, 0}}, "2"},
+}), by_id);
+// clang-format on
 
 TEST(SubscriptStep, PgLastPositionAppliesToANonArray) {
     for (int32_t compat : {0, 1}) {
@@ -177,52 +175,6 @@ TEST(SubscriptStep, PgLastPositionAppliesToANonArray) {
         EXPECT_EQ(jpath_filter_array_item(env.ctx.get(), root, &step, &out), compat ? 0 : NO_MATCH);
         EXPECT_EQ(out, compat ? root : nullptr);
     }
-}
-
-struct ContainsRow {
-    const char *id;
-    const char *doc;
-    const char *path;
-    int32_t found;
-};
-
-class ContainsPath : public ::testing::TestWithParam<ContainsRow> {};
-TEST_P(ContainsPath, FindsAtLeastOneValue) {
-    const ContainsRow &r = GetParam();
-    VxEnv env(dialect(JLPCA_COMPAT_MYSQL));
-    json_node *root = env.tree(r.doc);
-    jpath path{};
-    ASSERT_EQ(compile_path(env.ctx.get(), r.path, &path), 0);
-    int32_t found = -1;
-    EXPECT_EQ(jpath_json_contains_path(root, &path, env.ctx.get(), &found), 0);
-    EXPECT_EQ(found, r.found);
-}
-
-INSTANTIATE_TEST_SUITE_P(Paths, ContainsPath,
-                         rows<ContainsRow>({
-                             {"member", R"({"a":1})", "$.a", 1},
-                             {"missing_member", R"({"a":1})", "$.b", 0},
-                             {"null_value_is_a_value", R"({"a":null})", "$.a", 1},
-                             {"wildcard_allowed", R"({"a":1})", "$.*", 1},
-                             {"wildcard_on_empty", "{}", "$.*", 0},
-                             {"range_allowed", "[1,2,3]", "$[1 to 5]", 1},
-                             {"past_the_end", "[1,2,3]", "$[3]", 0},
-                             {"scalar_position_zero", "7", "$[0]", 1},
-                             {"member_of_document_array", R"([{"a":1}])", "$.a", 0},
-                             {"member_of_every_element", R"([{"a":1}])", "$[*].a", 1},
-                             {"root", "[]", "$", 1},
-                         }),
-                         by_id);
-
-TEST(ContainsPath, AFailureLeavesFoundZero) {
-    VxEnv env(dialect(JLPCA_COMPAT_MYSQL));
-    json_node *root = env.tree("[[1],[2]]");
-    root->items[1]->is_virtual = 1;
-    jpath path{};
-    ASSERT_EQ(compile_path(env.ctx.get(), "$[*][*]", &path), 0);
-    int32_t found = -1;
-    EXPECT_EQ(jpath_json_contains_path(root, &path, env.ctx.get(), &found), VXJSON_ERR_PATH);
-    EXPECT_EQ(found, 0);
 }
 
 } // namespace

@@ -100,35 +100,34 @@ TEST_P(RoundTrip, CompactIsAFixedPointInEveryConfiguration) {
     EXPECT_GT(accepted, 0) << "no configuration reads this document";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Docs, RoundTrip,
-    rows<DocRow>({
-        {"example", R"({"a":1,"b":[1,"x"]})"},
-        {"empties", R"({"a":{},"b":[],"c":[[],{}],"":""})"},
-        {"scalars", R"([true,false,null,0,-1,2147483647,2147483648,-9223372036854775808])"},
-        {"numbers_keep_their_text",
-         R"([1.50E+3,-0.0,1e5,2.5e-10,1234567890123456789012345,1000000000000000000])"},
-        {"lax_numbers", "[+1, 007, -007, 000, 1., .5, -.5, 5d, 2.0F, 1e400]"},
-        {"top_level_string", R"("just \"text\"")"},
-        {"top_level_number", "-12.50"},
-        {"escapes", R"(["\"\\\/\b\f\n\r\t", "a\u0041\u00e9\u4e2d", "\u0001\u001f\u007f"])"},
-        {"escape_only", R"(["\n","\\","\"","\u0008"])"},
-        {"control_bytes_raw", "[\"a\x01\x02\x0b\x1f b\"]"},
-        {"nul_escape", R"(["a\u0000b"])"},
-        {"escaped_names", R"({"a\"b":1,"c\\d":2,"\n":3,"\u00e9":4})"},
-        {"duplicate_names", R"({"b":1,"a":2,"b":3,"ab":4})"},
-        {"utf8_raw", "{\"\xC3\xA9t\xC3\xA9\":[\"\xE4\xB8\xAD\xE6\x96\x87\",\"\xF0\x9F\x98\x80\"]}"},
-        {"gb18030_trail_backslash",
-         "[\"\x81\x5C\",\"\x81\x5C\\n\",{\"\x81\x5C\":\"\x81\x22\x30\x30\"}]"},
-        {"euckr_pairs", "[\"\xB0\xA1\xB0\xA2\",\"x\xC7\xD1\\t\"]"},
-        {"lax_quotes_and_names", "{a:'x', 'b c':TRUE, true:Null, _d:[1,2,],}"},
-        {"single_quoted_escapes", R"(['a\"b', 'c\\d', 'e\/f'])"},
-        {"blanks_everywhere", " \t\n{ \"a\" :\r\n [ 1 , 2 ] , \"b\" : { } }\n "},
-        {"long_string_many_escapes",
-         "[\"" + std::string(300, 'x') + "\\n\\\"" + std::string(17, 'y') + "\\\\\"]"},
-        {"deep", std::string(3000, '[') + "1" + std::string(3000, ']')},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Docs, RoundTrip, rows<DocRow>({
+    {"example", R"({"a":1,"b":[1,"x"]})"},
+    {"empties", R"({"a":{},"b":[],"c":[[],{}],"":""})"},
+    {"scalars", R"([true,false,null,0,-1,2147483647,2147483648,-9223372036854775808])"},
+    {"numbers_keep_their_text",
+        R"([1.50E+3,-0.0,1e5,2.5e-10,1234567890123456789012345,1000000000000000000])"},
+    {"lax_numbers", "[+1, 007, -007, 000, 1., .5, -.5, 5d, 2.0F, 1e400]"},
+    {"top_level_string", R"("just \"text\"")"},
+    {"top_level_number", "-12.50"},
+    {"escapes", R"(["\"\\\/\b\f\n\r\t", "a\u0041\u00e9\u4e2d", "\u0001\u001f\u007f"])"},
+    {"escape_only", R"(["\n","\\","\"","\u0008"])"},
+    {"control_bytes_raw", "[\"a\x01\x02\x0b\x1f b\"]"},
+    {"nul_escape", R"(["a\u0000b"])"},
+    {"escaped_names", R"({"a\"b":1,"c\\d":2,"\n":3,"\u00e9":4})"},
+    {"duplicate_names", R"({"b":1,"a":2,"b":3,"ab":4})"},
+    {"utf8_raw", "{\"\xC3\xA9t\xC3\xA9\":[\"\xE4\xB8\xAD\xE6\x96\x87\",\"\xF0\x9F\x98\x80\"]}"},
+    {"gb18030_trail_backslash",
+        "[\"\x81\x5C\",\"\x81\x5C\\n\",{\"\x81\x5C\":\"\x81\x22\x30\x30\"}]"},
+    {"euckr_pairs", "[\"\xB0\xA1\xB0\xA2\",\"x\xC7\xD1\\t\"]"},
+    {"lax_quotes_and_names", "{a:'x', 'b c':TRUE, true:Null, _d:[1,2,],}"},
+    {"single_quoted_escapes", R"(['a\"b', 'c\\d', 'e\/f'])"},
+    {"blanks_everywhere", " \t\n{ \"a\" :\r\n [ 1 , 2 ] , \"b\" : { } }\n "},
+    {"long_string_many_escapes",
+        "[\"" + std::string(300, 'x') + "\\n\\\"" + std::string(17, 'y') + "\\\\\"]"},
+    {"deep", std::string(3000, '[') + "1" + std::string(3000, ']')},
+}), by_id);
+// clang-format on
 
 // The reference documents, read in every dialect and escape mode in UTF-8
 // and in the standard one in the other character sets.
@@ -196,59 +195,31 @@ TEST_P(ByDesign, WrittenTextIsAsStated) {
     EXPECT_EQ(r.read(row.written) != nullptr, row.rereads);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, ByDesign,
-    rows<LossRow>({
-        // A string that never held an escape is written as it is, so a raw
-        // double quote inside single quotes breaks the text.
-        {"raw_quote_in_single_quotes", {0, 0, 0, UTF8}, 0, "['a\"b']", "[\"a\"b\"]", false},
-        {"raw_quote_in_single_quotes_kept",
-         {1, 0, 0, UTF8},
-         0,
-         "['a\"b\\n']",
-         "[\"a\"b\\n\"]",
-         false},
-        // Keep mode writes escapes as they stood, except the ones the reader
-        // normalises.
-        {"keep_mode_normalises_slash_and_backspace",
-         {1, 0, 0, UTF8},
-         0,
-         R"(["\/\b\u0041\u001f"])",
-         R"(["/\u0008A\u001F"])",
-         true},
-        {"keep_mode_backspace_in_a_dialect", {1, 1, 1, UTF8}, 0, R"(["\b"])", R"(["\b"])", true},
-        // Keep mode stores \u0022 and \u005c as the bare byte, which then
-        // breaks the written text.
-        {"keep_mode_u005c_is_a_bare_backslash",
-         {1, 0, 0, UTF8},
-         0,
-         R"(["\n\u005c"])",
-         R"(["\n\"])",
-         false},
-        {"keep_mode_u005c_joins_the_next_escape",
-         {1, 0, 0, UTF8},
-         0,
-         R"(["\u005c\/"])",
-         R"(["\/"])",
-         true},
-        {"keep_mode_u0022_is_a_bare_quote", {1, 0, 0, UTF8}, 0, R"(["\u0022"])", R"(["""])", false},
-        // Only the first UTF-16 unit of a character beyond the BMP is written.
-        {"ascii_flag_beyond_bmp",
-         {0, 0, 0, UTF8},
-         1,
-         "[\"\xF0\x9F\x98\x80\"]",
-         "[\"\\uD83D\"]",
-         false},
-        // \u0080 reads back as the single byte 0x80, not as the character.
-        {"ascii_flag_u0080", {0, 0, 0, GB}, 1, "[\"\x81\x30\x81\x30\"]", "[\"\\u0080\"]", true},
-        // Lax input becomes standard JSON.
-        {"lax_input_normalised",
-         {0, 0, 0, UTF8},
-         0,
-         "{a:+1,'b':TRUE,}",
-         R"({"a":1,"b":true})",
-         true},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Rows, ByDesign, rows<LossRow>({
+    // A string that never held an escape is written as it is, so a raw
+    // double quote inside single quotes breaks the text.
+    {"raw_quote_in_single_quotes", {0, 0, 0, UTF8}, 0, "['a\"b']", "[\"a\"b\"]", false},
+    {"raw_quote_in_single_quotes_kept", {1, 0, 0, UTF8}, 0, "['a\"b\\n']", "[\"a\"b\\n\"]", false},
+    // Keep mode writes escapes as they stood, except the ones the reader
+    // normalises.
+    {"keep_mode_normalises_slash_and_backspace", {1, 0, 0, UTF8}, 0, R"(["\/\b\u0041\u001f"])",
+        R"(["/\u0008A\u001F"])", true},
+    {"keep_mode_backspace_in_a_dialect", {1, 1, 1, UTF8}, 0, R"(["\b"])", R"(["\b"])", true},
+    // Keep mode stores \u0022 and \u005c as the bare byte, which then
+    // breaks the written text.
+    {"keep_mode_u005c_is_a_bare_backslash", {1, 0, 0, UTF8}, 0, R"(["\n\u005c"])", R"(["\n\"])",
+        false},
+    {"keep_mode_u005c_joins_the_next_escape", {1, 0, 0, UTF8}, 0, R"(["\u005c\/"])", R"(["\/"])",
+        true},
+    {"keep_mode_u0022_is_a_bare_quote", {1, 0, 0, UTF8}, 0, R"(["\u0022"])", R"(["""])", false},
+    // Only the first UTF-16 unit of a character beyond the BMP is written.
+    {"ascii_flag_beyond_bmp", {0, 0, 0, UTF8}, 1, "[\"\xF0\x9F\x98\x80\"]", "[\"\\uD83D\"]", false},
+    // \u0080 reads back as the single byte 0x80, not as the character.
+    {"ascii_flag_u0080", {0, 0, 0, GB}, 1, "[\"\x81\x30\x81\x30\"]", "[\"\\u0080\"]", true},
+    // Lax input becomes standard JSON.
+    {"lax_input_normalised", {0, 0, 0, UTF8}, 0, "{a:+1,'b':TRUE,}", R"({"a":1,"b":true})", true},
+}), by_id);
+// clang-format on
 
 } // namespace

@@ -81,27 +81,19 @@ TEST_P(KeyPolicy, MembersFollowTheContextSwitches) {
     EXPECT_EQ(values, r.values);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Policies, KeyPolicy,
-    rows<KeyRow>({
-        {"duplicates_kept", 0, 0, 0, {"a", "a"}, 0, {"a", "a"}, {0, 1}},
-        {"last_wins_in_first_place", 0, 1, 0, {"a", "b", "a"}, 0, {"a", "b"}, {2, 1}},
-        {"unique_rejects", 1, 0, 0, {"a", "b", "a"}, -3105, {"a", "b"}, {0, 1}},
-        {"unique_wins_over_replace", 1, 1, 0, {"a", "a"}, -3105, {"a"}, {0}},
-        {"sorted_by_length_then_bytes",
-         0,
-         0,
-         1,
-         {"bb", "a", "ab"},
-         0,
-         {"a", "ab", "bb"},
-         {1, 2, 0}},
-        {"sorted_newcomer_before_equal", 0, 0, 1, {"b", "a", "b"}, 0, {"a", "b", "b"}, {1, 2, 0}},
-        {"sorted_replace", 0, 1, 1, {"b", "a", "b"}, 0, {"a", "b"}, {1, 2}},
-        {"empty_name", 0, 1, 1, {"", "x", ""}, 0, {"", "x"}, {2, 1}},
-        {"bytes_not_case_folded", 0, 1, 0, {"A", "a"}, 0, {"A", "a"}, {0, 1}},
-    }),
-    by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Policies, KeyPolicy, rows<KeyRow>({
+    {"duplicates_kept", 0, 0, 0, {"a", "a"}, 0, {"a", "a"}, {0, 1}},
+    {"last_wins_in_first_place", 0, 1, 0, {"a", "b", "a"}, 0, {"a", "b"}, {2, 1}},
+    {"unique_rejects", 1, 0, 0, {"a", "b", "a"}, -3105, {"a", "b"}, {0, 1}},
+    {"unique_wins_over_replace", 1, 1, 0, {"a", "a"}, -3105, {"a"}, {0}},
+    {"sorted_by_length_then_bytes", 0, 0, 1, {"bb", "a", "ab"}, 0, {"a", "ab", "bb"}, {1, 2, 0}},
+    {"sorted_newcomer_before_equal", 0, 0, 1, {"b", "a", "b"}, 0, {"a", "b", "b"}, {1, 2, 0}},
+    {"sorted_replace", 0, 1, 1, {"b", "a", "b"}, 0, {"a", "b"}, {1, 2}},
+    {"empty_name", 0, 1, 1, {"", "x", ""}, 0, {"", "x"}, {2, 1}},
+    {"bytes_not_case_folded", 0, 1, 0, {"A", "a"}, 0, {"A", "a"}, {0, 1}},
+}), by_id);
+// clang-format on
 
 TEST(AddOneNode, ReplaceMovesTheMemberLastUnlessSorted) {
     for (int32_t sorted : {0, 1}) {
@@ -173,14 +165,14 @@ TEST_P(ArrayAddOne, OnAFullArrayOfThree) {
     EXPECT_EQ(env.alloc_state.outstanding, 1u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Modes, ArrayAddOne,
-                         rows<ArrayOpRow>({
-                             {"insert_front_grows_by_five", 0, 0, "[9,1,2,3]", 8},
-                             {"insert_middle", 2, 0, "[1,2,9,3]", 8},
-                             {"append", -1, 0, "[1,2,3,9]", 8},
-                             {"replace_does_not_grow", 1, 1, "[1,9,3]", 3},
-                         }),
-                         by_id);
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Modes, ArrayAddOne, rows<ArrayOpRow>({
+    {"insert_front_grows_by_five", 0, 0, "[9,1,2,3]", 8},
+    {"insert_middle", 2, 0, "[1,2,9,3]", 8},
+    {"append", -1, 0, "[1,2,3,9]", 8},
+    {"replace_does_not_grow", 1, 1, "[1,9,3]", 3},
+}), by_id);
+// clang-format on
 
 TEST(ArrayAddOne, GrowthFailureLeavesTheArrayUnchanged) {
     VxEnv env;

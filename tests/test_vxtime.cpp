@@ -112,17 +112,4 @@ TEST(vxtime, NullTextAndUnknownType) {
     EXPECT_EQ(vxtime_from_char_ex2("2024-01-01", 10, 3, &t), VXTIME_ERR_ARG);
 }
 
-// Seconds and a negative fraction, as a cast of -1.5 seconds hands them
-// over, land on the instant 1.5 s before the epoch.
-TEST(vxtime, NegativeFractionBeforeEpoch) {
-    vxtime t{};
-    ASSERT_EQ(vxtime_from_unix_time(VXTIME_FROM_UNIX_UTC, -1, &t), 0);
-    ASSERT_EQ(vxtime_set_msec(&t, -500000000), 0);
-    EXPECT_EQ(text_of(t, VXTIME_FMT_ISO), "1969-12-31T23:59:58.5");
-    int64_t secs = 0;
-    ASSERT_EQ(vxtime_unix_timestamp(VXTIME_UNIX_SECONDS, &t, &secs), 0);
-    EXPECT_EQ(secs, -2);
-    EXPECT_EQ(vxtime_get_msec(&t), 500000000);
-}
-
 } // namespace

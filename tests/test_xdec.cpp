@@ -7,16 +7,9 @@
 #include <string>
 
 #include "data_rows.h"
-#include "xdec.h"
+#include "sql_values.h"
 
 namespace {
-
-// Text of `d`, or "<status>" when it cannot be written.
-std::string text_of(const xdec &d) {
-    char buf[XDEC_TEXT_MAX];
-    int32_t n = xdec_to_char(&d, buf, sizeof buf);
-    return n < 0 ? "<" + std::to_string(n) + ">" : std::string(buf, size_t(n));
-}
 
 // Reads `s` from a buffer with a digit right behind it, so a reader that
 // looks past `len` gets a different answer.
@@ -40,7 +33,7 @@ TEST_P(XdecParse, StatusTextAndRoundTrip) {
     xdec d{};
     ASSERT_EQ(parse(r.f[1], &d), r.num(2));
     if (r.num(2) != 0) return;
-    std::string text = text_of(d);
+    std::string text = decimal_text(d);
     EXPECT_EQ(text, r.f[3]);
     // The text reads back as the very same record.
     EXPECT_TRUE(same_record(parsed(text), d)) << text;
@@ -69,7 +62,7 @@ TEST_P(XdecArith, MatchesDecimalModule) {
         EXPECT_TRUE(same_record(out, sentinel)) << "a failed operation wrote its result";
         return;
     }
-    EXPECT_EQ(text_of(out), r.f[5]);
+    EXPECT_EQ(decimal_text(out), r.f[5]);
     // The result may overwrite either operand.
     xdec in_a = a, in_b = b;
     EXPECT_EQ(op(&in_a, &in_a, &b), 0);
@@ -90,7 +83,7 @@ TEST_P(XdecScale, FormatAndTruncate) {
                                     : xdec_trunc_scale(&d, scale);
     ASSERT_EQ(rc, r.num(5));
     if (rc == 0) {
-        EXPECT_EQ(text_of(d), r.f[6]);
+        EXPECT_EQ(decimal_text(d), r.f[6]);
     } else {
         EXPECT_TRUE(same_record(d, a)) << "a refused value was changed";
     }
@@ -114,7 +107,7 @@ TEST_P(XdecConvert, IntegersAndDoubles) {
                                   : xdec_from_double(&d, std::strtod(r.f[2].c_str(), nullptr));
     ASSERT_EQ(rc, r.num(3));
     if (rc == 0) {
-        EXPECT_EQ(text_of(d), r.f[4]);
+        EXPECT_EQ(decimal_text(d), r.f[4]);
     }
 }
 
@@ -153,32 +146,6 @@ TEST(xdec, ZeroCopyAndNullText) {
     EXPECT_EQ(xdec_fill_zero(&z), 0);
     EXPECT_TRUE(same_record(z, parsed("0")));
     EXPECT_EQ(xdec_from_char(&z, nullptr, 0), XDEC_NOT_NUMBER);
-}
-
-// Seconds and a fraction: the steps that turn a number into Unix time.
-TEST(xdec, SplitsSecondsAndNanoseconds) {
-    struct {
-        const char *value;
-        int64_t secs, nanos;
-    } rows[] = {{"12.5", 12, 500000000},
-                {"-1.5", -1, -500000000},
-                {"1.25", 1, 250000000},
-                {"0.0000004", 0, 0},
-                {"-0.0000005", 0, -1000}};
-    for (const auto &row : rows) {
-        xdec d = parsed(row.value), t, f, billion, n;
-        ASSERT_EQ(xdec_copy(&t, &d), 0);
-        ASSERT_EQ(xdec_trunc_scale(&t, 0), 0);
-        int64_t secs = 0, nanos = 0;
-        ASSERT_EQ(xdec_get_int64(&t, &secs), 0);
-        ASSERT_EQ(xdec_sub(&f, &d, &t), 0);
-        ASSERT_EQ(xdec_format(&f, 6, 6), 0);
-        ASSERT_EQ(xdec_from_int64(&billion, 1000000000), 0);
-        ASSERT_EQ(xdec_mul(&n, &f, &billion), 0);
-        ASSERT_EQ(xdec_get_int64(&n, &nanos), 0);
-        EXPECT_EQ(secs, row.secs) << row.value;
-        EXPECT_EQ(nanos, row.nanos) << row.value;
-    }
 }
 
 } // namespace
