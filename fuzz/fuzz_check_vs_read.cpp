@@ -3,6 +3,9 @@
 // off (with them jcheck_flex runs the tree grammar itself) and so is
 // scalar_top, which only the tree grammar consults.
 //
+// Standard strings (a selector bit) go through the same scanner rules in
+// both, surrogate pairs and UTF-8 checks included.
+//
 // Tokens near the end of a text are scanned byte by byte and the others in
 // wider steps, so the text is also read with blanks behind it: the same
 // acceptance, and the same tree written out.

@@ -21,6 +21,7 @@ struct FuzzModes {
     uint8_t number_mode;
     uint32_t array_spare;
     uint32_t write_flags; // compact, ascii, or one of the pretty layouts
+    int32_t std_strings;  // standard JSON strings (jlpca_set_std_strings)
 };
 
 // Two selector bytes; they are consumed from the front of the input.
@@ -41,7 +42,8 @@ inline FuzzModes take_modes(const uint8_t *&data, size_t &size) {
                      (b & 3) == 3 ? 1 : b & 3,
                      uint8_t((b >> 2) & 1 ? 2 : 0),
                      (b >> 3) & 1u,
-                     kFlags[(b >> 4) & 3]};
+                     kFlags[(b >> 4) & 3],
+                     (b >> 6) & 1};
 }
 
 struct FuzzEnv {
@@ -71,6 +73,7 @@ struct FuzzEnv {
         ctx->scalar_top = m.scalar_top;
         ctx->number_mode = m.number_mode;
         ctx->array_spare = m.array_spare;
+        if (jlpca_set_std_strings(ctx.get(), m.std_strings) != 0) std::abort();
     }
     ~FuzzEnv() { vx_session_close(&session); }
     FuzzEnv(const FuzzEnv &) = delete;

@@ -76,6 +76,11 @@ extern "C" {
 #define JSON_FMT_ASCII    1 /* non-ASCII text written as \uXXXX */
 #define JSON_FMT_PRETTY_A 2 /* " : " separator, nested containers on new lines */
 #define JSON_FMT_PRETTY_B 4 /* ": " separator, only when the whole word is 4 */
+/* With JSON_FMT_ASCII: a character beyond U+FFFF is written as its UTF-16
+ * surrogate pair (\uD83D\uDE00) rather than its high surrogate alone.  The
+ * json_to_string family adds it by itself when the context reads standard
+ * strings (jlpca_set_std_strings). */
+#define JSON_FMT_ASCII_PAIRS 8
 
 /* Conversion requests for string text. */
 #define JSON_CONV_NONE  0 /* written as stored */
@@ -126,6 +131,9 @@ extern "C" {
 #define VXJSON_NO_VALUE             100     /* no value: caller substitutes NULL or DEFAULT */
 #define VXJSON_ERR_UNTERMINATED_SQ  (-4)    /* 'abc */
 #define VXJSON_ERR_LEX              (-5)    /* "abc  or  a raw tab inside a string */
+/* Only while the context reads standard strings (jlpca_set_std_strings): */
+#define VXJSON_ERR_SURROGATE        (-6)    /* ["\ud83d"]  a lone or reversed surrogate escape */
+#define VXJSON_ERR_UTF8             (-7)    /* ["\xC0\xAF"]  invalid UTF-8 in the text */
 #define VXJSON_ERR_NOMEM            (-503)  /* any allocation failed */
 #define VXJSON_ERR_SYNTAX           (-2007) /* [1 2]  (inside a grammar) */
 #define VXJSON_ERR_LONE_BACKSLASH   (-2206) /* MySQL escaping of  abc\  */
@@ -262,6 +270,8 @@ typedef struct jlpca_ctx {
     /* path under construction (path grammar) */
     jpath *cur_path;          /* the path jpath_flex compiles into */
     jpath_filter *cur_filter; /* its current step: subscripts go here */
+    /* opt-in modes (zero after jlpca_init: the engine's own behaviour) */
+    int32_t std_strings; /* 1 = standard JSON strings: see jlpca_set_std_strings */
 } jlpca_ctx;
 
 /* ================================================================== */
@@ -395,6 +405,39 @@ VXJSON_API int32_t jkeyword_lookup(const char *word, jlpca_ctx *ctx);
 VXJSON_API VXJSON_CHECK int32_t jlpca_error_position(const jlpca_ctx *ctx, uint32_t *offset,
                                                      uint32_t *line, uint32_t *column,
                                                      const char **message);
+
+/* Switch ctx's strings to standard JSON (RFC 8259), or back to the
+ * engine's own reading, for every later json_flex, jcheck_flex and
+ * json_flex_next_token and for writing through the json_to_string family.
+ * By default (and after jlpca_init) each \u escape is converted on its own,
+ * so an escaped surrogate pair is refused ("escape error"), and bytes that
+ * are no UTF-8 are kept as they stand.  With on = 1:
+ *   - an escaped surrogate pair (\ud83d\ude00) becomes its one character
+ *     (four bytes in UTF-8, or the character set's own bytes);
+ *   - a high surrogate escape not followed by a low one, a low one alone
+ *     and a low one before a high one are lexical errors -6 (err_code),
+ *     with the messages "unpaired high surrogate escape", "unpaired low
+ *     surrogate escape" and "surrogate escapes in reverse order";
+ *   - in the UTF-8 character set, text that is no UTF-8 (in strings and
+ *     bare names) is a lexical error -7: "invalid UTF-8: continuation byte
+ *     without a lead byte", "...: byte that never occurs in UTF-8",
+ *     "...: sequence cut short", "...: overlong encoding", "...: encoded
+ *     surrogate", "...: beyond U+10FFFF";
+ *   - written with JSON_FMT_ASCII, a character beyond U+FFFF becomes its
+ *     surrogate pair (JSON_FMT_ASCII_PAIRS).
+ * Like every lexical error these fail json_flex and jcheck_flex with
+ * -3105, and jlpca_error_position gives their code, message and place
+ * (the backslash of the escape, the first byte of the bad sequence).
+ * Other character sets are not checked for UTF-8.  Quoted names in path
+ * texts (jpath_flex) take surrogate pairs the same way; path texts are
+ * not checked for UTF-8.
+ * ctx: an initialised context (NULL: nothing is set); on: 1 standard
+ * strings, 0 the engine's own.  0, or -3105 for a NULL ctx or an `on`
+ * other than 0 and 1 (ctx is then unchanged). */
+VXJSON_API VXJSON_CHECK int32_t jlpca_set_std_strings(jlpca_ctx *ctx, int32_t on);
+/* 1 when ctx reads standard strings (jlpca_set_std_strings), else 0 (also
+ * for a NULL ctx). */
+VXJSON_API int32_t jlpca_std_strings(const jlpca_ctx *ctx);
 
 #ifdef __cplusplus
 }

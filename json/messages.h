@@ -30,6 +30,16 @@ enum msg_id : uint8_t {
     DUPLICATE_KEY,   // a repeated member name when names must be unique
     SCALAR_DOCUMENT, // a scalar as the whole document in the standard dialect
     EMPTY_DOCUMENT,  // an empty text where a document is required
+    // Standard strings only (jlpca_set_std_strings).
+    LONE_HIGH_SURROGATE, // "\ud83d" not followed by a low surrogate escape
+    LONE_LOW_SURROGATE,  // "\ude00" without a high surrogate before it
+    REVERSED_SURROGATES, // "\ude00\ud83d"
+    UTF8_STRAY,          // a continuation byte 0x80-0xBF where a character starts
+    UTF8_NEVER,          // 0xF8-0xFF, bytes no UTF-8 text holds
+    UTF8_CUT_SHORT,      // a lead byte without all its continuation bytes
+    UTF8_OVERLONG,       // C0 AF: a character in more bytes than it needs
+    UTF8_SURROGATE,      // ED A0 80: a surrogate encoded as a character
+    UTF8_TOO_HIGH,       // F4 90 80 80: beyond U+10FFFF
     COUNT
 };
 
@@ -54,12 +64,23 @@ inline constexpr msg_entry TABLE[] = {
     {DUPLICATE_KEY, VXJSON_ERR_INVALID_JSON, "duplicate key"},
     {SCALAR_DOCUMENT, VXJSON_ERR_INVALID_JSON, "scalar at top level"},
     {EMPTY_DOCUMENT, VXJSON_ERR_INVALID_JSON, "empty document"},
+    {LONE_HIGH_SURROGATE, VXJSON_ERR_SURROGATE, "unpaired high surrogate escape"},
+    {LONE_LOW_SURROGATE, VXJSON_ERR_SURROGATE, "unpaired low surrogate escape"},
+    {REVERSED_SURROGATES, VXJSON_ERR_SURROGATE, "surrogate escapes in reverse order"},
+    {UTF8_STRAY, VXJSON_ERR_UTF8, "invalid UTF-8: continuation byte without a lead byte"},
+    {UTF8_NEVER, VXJSON_ERR_UTF8, "invalid UTF-8: byte that never occurs in UTF-8"},
+    {UTF8_CUT_SHORT, VXJSON_ERR_UTF8, "invalid UTF-8: sequence cut short"},
+    {UTF8_OVERLONG, VXJSON_ERR_UTF8, "invalid UTF-8: overlong encoding"},
+    {UTF8_SURROGATE, VXJSON_ERR_UTF8, "invalid UTF-8: encoded surrogate"},
+    {UTF8_TOO_HIGH, VXJSON_ERR_UTF8, "invalid UTF-8: beyond U+10FFFF"},
 };
 
 constexpr bool is_known_code(int32_t code) {
     switch (code) {
     case VXJSON_ERR_UNTERMINATED_SQ:
     case VXJSON_ERR_LEX:
+    case VXJSON_ERR_SURROGATE:
+    case VXJSON_ERR_UTF8:
     case VXJSON_ERR_NOMEM:
     case VXJSON_ERR_SYNTAX:
     case VXJSON_ERR_INVALID_JSON:

@@ -77,6 +77,9 @@ inline constexpr int32_t READ_NODE = 120;
 inline constexpr int32_t JLPCA_NUMBER_COPY = 418;
 inline constexpr int32_t JLPCA_LIT_GROW = 774;
 inline constexpr int32_t JLPCA_UCHAR_REPORT = 890;
+// std_strings.cpp ("json/jlpca"): a surrogate pair the character set has
+// no character for (standard strings only).
+inline constexpr int32_t JLPCA_PAIR_REPORT = 896;
 
 // scan.cpp ("json_flex"): heap call sites.
 inline constexpr int32_t SCAN_INSTANCE_HEAP = 379;

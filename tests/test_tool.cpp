@@ -150,15 +150,17 @@ INSTANTIATE_TEST_SUITE_P(Ops, Tool, rows_of("tool/ops.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Query, Tool, rows_of("tool/query.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Value, Tool, rows_of("tool/value.tsv"), data_row_namer());
 INSTANTIATE_TEST_SUITE_P(Change, Tool, rows_of("tool/change.tsv"), data_row_namer());
+INSTANTIATE_TEST_SUITE_P(Rfc8259, Tool, rows_of("tool/rfc8259.tsv"), data_row_namer());
 
 TEST(ToolCases, EveryFileHasItsRows) {
     expect_row_counts({{"tool/general.tsv", 41},
                        {"tool/check.tsv", 58},
                        {"tool/format.tsv", 28},
                        {"tool/ops.tsv", 45},
-                       {"tool/query.tsv", 45},
-                       {"tool/value.tsv", 44},
-                       {"tool/change.tsv", 32}});
+                       {"tool/query.tsv", 50},
+                       {"tool/value.tsv", 46},
+                       {"tool/change.tsv", 35},
+                       {"tool/rfc8259.tsv", 47}});
 }
 
 // A JSON Lines stream much larger than the tool's buffers is read in
@@ -166,7 +168,8 @@ TEST(ToolCases, EveryFileHasItsRows) {
 // the stream's size.
 TEST(ToolStream, LinesInBoundedMemory) {
 #if defined(__SANITIZE_ADDRESS__)
-    GTEST_SKIP() << "AddressSanitizer holds freed memory in quarantine; the bound is the plain build's";
+    GTEST_SKIP()
+        << "AddressSanitizer holds freed memory in quarantine; the bound is the plain build's";
 #endif
     std::string line = "{\"id\":0,\"tags\":[";
     for (int i = 0; i < 100; ++i) line += "\"tag" + std::to_string(i) + "\",";
@@ -187,30 +190,71 @@ TEST(ToolStream, LinesInBoundedMemory) {
     EXPECT_LT(r.max_rss_kb - one.max_rss_kb, 8 * 1024) << "peak memory grew with the stream";
 }
 
-// Lines handled on several threads come out in input order, messages too:
-// every --jobs gives the output and messages of --jobs 1.
-TEST(ToolStream, JobsKeepInputOrder) {
-    const std::string path = g_dir + "/mixed.jsonl";
-    {
-        std::ofstream out(path, std::ios::binary);
+// The JSON Lines stream of the --jobs runs: 60,000 lines, several batches
+// for each worker, with a line that strict reading refuses every 7,919.
+const std::string &mixed_lines() {
+    static const std::string path = [] {
+        const std::string p = g_dir + "/mixed.jsonl";
+        std::ofstream out(p, std::ios::binary);
         for (int i = 0; i < 60000; ++i) {
             if (i % 7919 == 0) out << "{\"bad\":" << i << ",}\n";
             else out << "{\"id\":" << i << ",\"v\":[" << i % 13 << ",\"x\"]}\n";
         }
-    }
-    for (const char *command : {"check", "format"}) {
-        const run_result one =
-            run_tool_from({command, "--lines", "--strict", "--jobs", "1", path}, "/dev/null", {});
-        EXPECT_EQ(one.status, 1);
-        for (const char *jobs : {"2", "3", "8"}) {
-            const run_result many = run_tool_from(
-                {command, "--lines", "--strict", "--jobs", jobs, path}, "/dev/null", {});
-            EXPECT_EQ(many.status, one.status) << command << " --jobs " << jobs;
-            EXPECT_EQ(many.out, one.out) << command << " --jobs " << jobs;
-            EXPECT_EQ(many.err, one.err) << command << " --jobs " << jobs;
-        }
+        return p;
+    }();
+    return path;
+}
+
+// A command over the stream ("@F" in its arguments).
+struct JobsRow {
+    const char *id;
+    std::vector<std::string> args; // the command first
+};
+
+// Lines handled on several threads come out in input order, messages too:
+// every --jobs gives the output, messages and status of --jobs 1.
+class ToolJobs : public ::testing::TestWithParam<JobsRow> {};
+TEST_P(ToolJobs, KeepInputOrder) {
+    auto run = [&](const char *jobs) {
+        std::vector<std::string> args{GetParam().args.front(), "--lines", "--jobs", jobs};
+        for (auto a = GetParam().args.begin() + 1; a != GetParam().args.end(); ++a)
+            args.push_back(*a == "@F" ? mixed_lines() : *a);
+        return run_tool_from(args, "/dev/null", {});
+    };
+    const run_result one = run("1");
+    EXPECT_EQ(one.status, 1) << one.err; // the bad lines
+    EXPECT_NE(one.err.find("vxjson: 60000 lines, 8 bad\n"), std::string::npos) << one.err;
+    for (const char *jobs : {"2", "4"}) {
+        const run_result many = run(jobs);
+        EXPECT_EQ(many.status, one.status) << "--jobs " << jobs;
+        EXPECT_TRUE(many.out == one.out) << "--jobs " << jobs << ": the output differs";
+        EXPECT_EQ(many.err, one.err) << "--jobs " << jobs;
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, ToolJobs,
+    rows<JobsRow>({
+        {"check", {"check", "--strict", "@F"}},
+        {"format", {"format", "--strict", "@F"}},
+        {"format_pretty_ascii", {"format", "--strict", "--pretty", "--ascii", "@F"}},
+        {"query", {"query", "--strict", "$.v[0]", "@F"}},
+        {"query_mysql", {"query", "--dialect", "mysql", "$.v[*]", "@F"}},
+        {"json_query", {"query", "--strict", "--wrapper", "with", "$.v", "@F"}},
+        {"value", {"value", "--strict", "$.id", "@F"}},
+        {"value_number", {"value", "--strict", "--returning", "number(5,1)", "$.v[0]", "@F"}},
+        {"contains_path", {"contains-path", "all", "$.v[0]", "$.id", "@F"}},
+        {"set", {"set", "@F", "$.x", "1", "$.v[0]", "[2]"}},
+        {"insert", {"insert", "@F", "$.v[9]", "0"}},
+        {"replace", {"replace", "--pretty", "@F", "$.id", "\"r\""}},
+        {"remove", {"remove", "@F", "$.v[0]"}},
+        {"array_append", {"array-append", "@F", "$.v", "7"}},
+        {"array_insert", {"array-insert", "@F", "$.v[1]", "0"}},
+        {"set_pg", {"set", "--dialect", "pg", "@F", "{v,0}", "5"}},
+        {"remove_pg", {"remove", "--dialect", "pg", "@F", "v"}},
+        {"remove_pg_path", {"remove", "--dialect", "pg", "@F", "{v,1}"}},
+    }),
+    by_id);
 
 // A document over --max-memory is refused without reading it again: the
 // peak under a limit stays below the peak of reading it whole.

@@ -74,6 +74,7 @@ public:
     // code.
     int32_t apply(json_node *doc, change_result *r) {
         r->tree = nullptr;
+        value_error_.clear();
         if (rq_.pg)
             return rq_.info->kind == change_kind::remove ? pg_remove(doc, r)
                                                          : pg_set(doc, &r->text);
@@ -96,7 +97,9 @@ private:
 
     int32_t read_value(const std::string &value, json_node **node) {
         read_failure why;
-        return s_.read(value, node, why);
+        const int32_t rc = s_.read(value, node, why);
+        if (rc != 0) value_error_ = "value '" + value + "': " + why.message;
+        return rc;
     }
 
     // Paths from a JSON array of path strings: one contiguous block.
@@ -251,9 +254,15 @@ private:
         return 0;
     }
 
+public:
+    // Why the last apply failed when a value did not read, else empty.
+    const std::string &value_error() const { return value_error_; }
+
+private:
     const change_request &rq_;
     session &s_;
     jlpca_ctx *ctx_;
+    std::string value_error_;
 };
 
 // The result in the user's layout: the library's compact text as it is,
@@ -307,31 +316,37 @@ int run_change(change_kind kind, command_line &cl) {
     if (!cl.read.dialect_given) cl.read.compat = JLPCA_COMPAT_MYSQL;
     change_request rq;
     if (!parse_request(info, cl, rq)) return EXIT_TROUBLE;
-    const std::unique_ptr<session> sp = open_session(cl.read);
-    if (!sp) return EXIT_TROUBLE;
-    session &s = *sp;
-    s.ctx()->scalar_top = 1; // a value may be a scalar
-    change_runner runner(rq, s);
-    return run_documents(cl, s, [&](std::string_view text, const std::string &name, uint64_t line) {
-        json_node *doc = nullptr;
-        read_failure why;
-        if (s.read(text, &doc, why) != 0) return refused(cl, name, line, why);
-        if (!doc) return doc_result::ok;
-        change_result result;
-        int32_t rc = runner.apply(doc, &result);
-        if (rc != 0) {
-            const bool oom = rc == VXJSON_ERR_NOMEM;
-            if (!cl.quiet || oom)
-                report_failure(name, line,
-                               {rc, 1, std::string(info.name) + ": " + code_message(rc), oom});
-            return oom ? doc_result::fatal : doc_result::bad;
-        }
-        rc = print_result(s, cl, result);
-        if (rc == 0) rc = s.append("\n");
-        if (rc == 0) return doc_result::ok;
-        report_failure(name, line, {rc, 1, std::string("cannot write: ") + code_message(rc), true});
-        return doc_result::fatal;
-    });
+    cl.read.scalar_top = true; // a value may be a scalar
+    // The request is only read while lines run on several threads; each
+    // document gets a runner over its thread's session.
+    return run_documents(
+        cl, cl.read,
+        [&](session &s, std::string_view text, const std::string &name, uint64_t line) {
+            change_runner runner(rq, s);
+            json_node *doc = nullptr;
+            read_failure why;
+            if (s.read(text, &doc, why) != 0) return refused(cl, name, line, why);
+            if (!doc) return doc_result::ok;
+            change_result result;
+            int32_t rc = runner.apply(doc, &result);
+            if (rc != 0) {
+                const bool oom = rc == VXJSON_ERR_NOMEM;
+                if (!cl.quiet || oom)
+                    report_failure(name, line,
+                                   {rc, 1,
+                                    std::string(info.name) + ": " +
+                                        (runner.value_error().empty() ? code_message(rc)
+                                                                      : runner.value_error()),
+                                    oom});
+                return oom ? doc_result::fatal : doc_result::bad;
+            }
+            rc = print_result(s, cl, result);
+            if (rc == 0) rc = s.append("\n");
+            if (rc == 0) return doc_result::ok;
+            report_failure(name, line,
+                           {rc, 1, std::string("cannot write: ") + code_message(rc), true});
+            return doc_result::fatal;
+        });
 }
 
 } // namespace vxcli

@@ -80,11 +80,11 @@ int run_contains_path(command_line &cl) {
         tool_error("contains-path takes one input, after the paths");
         return EXIT_TROUBLE;
     }
-    const std::unique_ptr<session> s = open_session(cl.read);
-    if (!s) return EXIT_TROUBLE;
-    return run_trees(cl, *s, [&](json_node *root, const std::string &name, uint64_t line) {
-        return answer(*s, q, root, name, line);
-    });
+    // The compiled paths are only read while the lines run on several threads.
+    return run_trees(cl, cl.read,
+                     [&](session &s, json_node *root, const std::string &name, uint64_t line) {
+                         return answer(s, q, root, name, line);
+                     });
 }
 
 } // namespace vxcli

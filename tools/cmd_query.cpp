@@ -2,6 +2,8 @@
 // as JSON text; several matches print as one array of them.  The request
 // (the path and, later, the clauses of the SQL/JSON functions) is set up
 // once; each document is read, evaluated and answered in turn.
+#include <atomic>
+
 #include "commands.h"
 #include "query_path.h"
 #include "sql_function.h"
@@ -11,8 +13,8 @@ namespace vxcli {
 namespace {
 
 struct query_request {
-    compiled_path path;
-    uint64_t no_value = 0; // documents in which nothing matched
+    compiled_path path;               // only read while lines run on several threads
+    std::atomic<uint64_t> no_value{}; // documents in which nothing matched
 };
 
 // With a clause switch the command is JSON_QUERY, whose strings keep their
@@ -66,12 +68,9 @@ int run_query(command_line &cl) {
         tool_error(error);
         return EXIT_TROUBLE;
     }
-    const std::unique_ptr<session> s = open_session(cl.read);
-    if (!s) return EXIT_TROUBLE;
-    const int status =
-        run_trees(cl, *s, [&](json_node *root, const std::string &name, uint64_t line) {
-            return answer(*s, cl, q, root, name, line);
-        });
+    const int status = run_trees(cl, cl.read,
+                                 [&](session &s, json_node *root, const std::string &name,
+                                     uint64_t line) { return answer(s, cl, q, root, name, line); });
     return status == EXIT_GOOD && q.no_value ? EXIT_NO_VALUE : status;
 }
 

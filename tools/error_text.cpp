@@ -74,6 +74,24 @@ bool opens_with_scalar(std::string_view text, size_t at) {
     return c == '"' || c == '\'' || c == '-' || is_word(c);
 }
 
+// Is `at` inside a double-quoted string?  Single-quoted strings take no
+// \u escape in any mode.  Quotes are the only bytes that open and close
+// strings, and a backslash inside one takes the byte after it along.
+bool in_double_quotes(std::string_view text, size_t at) {
+    char open = 0;
+    for (size_t i = 0; i < at && i < text.size(); ++i) {
+        const char c = text[i];
+        if (!open) {
+            if (c == '"' || c == '\'') open = c;
+        } else if (c == '\\') {
+            ++i;
+        } else if (c == open) {
+            open = 0;
+        }
+    }
+    return open == '"';
+}
+
 } // namespace
 
 std::string grammar_error_text(std::string_view text, uint32_t offset, std::string_view message,
@@ -87,6 +105,27 @@ std::string grammar_error_text(std::string_view text, uint32_t offset, std::stri
     if (message == "empty document") return "the document is empty";
     if (message == "memory exhausted") return "nesting too deep";
     return std::string(message);
+}
+
+bool escaped_surrogate_pair_at(std::string_view text, uint32_t offset) {
+    // The unit of the escape "\\uXXXX" at `at`, or -1.
+    auto unit_at = [&](size_t at) -> long {
+        if (at + 6 > text.size() || text[at] != '\\' || text[at + 1] != 'u') return -1;
+        long v = 0;
+        for (size_t i = at + 2; i < at + 6; ++i) {
+            const char c = text[i];
+            const int d = c >= '0' && c <= '9'   ? c - '0'
+                          : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                          : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                                 : -1;
+            if (d < 0) return -1;
+            v = v * 16 + d;
+        }
+        return v;
+    };
+    const long high = unit_at(offset), low = unit_at(size_t(offset) + 6);
+    return high >= 0xD800 && high <= 0xDBFF && low >= 0xDC00 && low <= 0xDFFF &&
+           in_double_quotes(text, offset);
 }
 
 std::string size_text(uint64_t bytes) {

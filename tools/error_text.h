@@ -16,6 +16,10 @@ namespace vxcli {
 std::string grammar_error_text(std::string_view text, uint32_t offset, std::string_view message,
                                bool scalar_top);
 
+// Does an escaped surrogate pair (\ud83d\ude00) start at `offset`: the
+// escape the engine refuses by default and --rfc8259 reads?
+bool escaped_surrogate_pair_at(std::string_view text, uint32_t offset);
+
 // "1G", "512M", "1000" for a byte count, as --max-memory takes it.
 std::string size_text(uint64_t bytes);
 

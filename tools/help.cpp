@@ -13,6 +13,11 @@ namespace vxcli {
 
 namespace {
 
+// --jobs in the switch list of every command that takes --lines.
+#define JOBS_HELP                                                                                  \
+    "  --jobs N                     with --lines, N threads (default: the machine's\n"             \
+    "                               cores); output and messages stay in input order\n"
+
 const char GENERAL[] =
     "vxjson - check, format and combine JSON documents with libvxjson\n"
     "\n"
@@ -72,8 +77,7 @@ const char CHECK[] =
     "check switches:\n"
     "  --lines                      JSON Lines: check each line on its own (blank\n"
     "                               lines are skipped) and end with a count\n"
-    "  --jobs N                     with --lines, N threads (default: the machine's\n"
-    "                               cores); messages stay in input order\n"
+    JOBS_HELP
     "  -q, --quiet                  no messages, only the exit status\n";
 
 const char CHECK_EXAMPLES[] = "\n"
@@ -92,8 +96,7 @@ const char FORMAT[] =
     "\n"
     "format switches:\n"
     "  --lines                      JSON Lines in and out, a line at a time\n"
-    "  --jobs N                     with --lines, N threads (default: the machine's\n"
-    "                               cores); output stays in input order\n"
+    JOBS_HELP
     "  -q, --quiet                  no messages for bad inputs\n";
 
 const char FORMAT_EXAMPLES[] =
@@ -217,6 +220,7 @@ const char CHANGE_COMMON[] =
     "\n"
     "change switches:\n"
     "  --lines                      JSON Lines in and out, a line at a time\n"
+    JOBS_HELP
     "  -q, --quiet                  no messages for documents that fail\n";
 
 const char SET[] = "usage: vxjson set [SWITCHES] DOC PATH VALUE [PATH VALUE...]\n"
@@ -321,6 +325,7 @@ const char QUERY[] = "usage: vxjson query [SWITCHES] PATH [INPUT...]\n"
                      "\n"
                      "query switches:\n"
                      "  --lines                      JSON Lines: one result line per good line\n"
+                     JOBS_HELP
                      "  -q, --quiet                  no messages for bad inputs\n";
 
 const char QUERY_EXAMPLES[] =
@@ -343,6 +348,7 @@ const char CONTAINS_PATH[] =
     "\n"
     "contains-path switches:\n"
     "  --lines                      JSON Lines: one answer line per good line\n"
+    JOBS_HELP
     "  -q, --quiet                  no messages for bad inputs\n";
 
 const char CONTAINS_PATH_EXAMPLES[] =
@@ -366,6 +372,7 @@ const char VALUE[] = "usage: vxjson value [SWITCHES] PATH [INPUT...]\n"
                      "\n"
                      "value switches:\n"
                      "  --lines                      JSON Lines: one answer line per good line\n"
+                     JOBS_HELP
                      "  -q, --quiet                  no messages for bad inputs\n";
 
 const char VALUE_EXAMPLES[] =

@@ -25,6 +25,12 @@ const char READ_OPTIONS_HELP[] =
     "  --scalar-top                 accept a scalar as the whole document\n"
     "                               (always so in pg and mysql)\n"
     "  --keep-escapes               keep escape sequences of strings as written\n"
+    "  --rfc8259                    standard JSON strings (RFC 8259): an escaped\n"
+    "                               surrogate pair (\\ud83d\\ude00) is one character;\n"
+    "                               a lone surrogate escape and, in UTF-8, bytes\n"
+    "                               that are no UTF-8 are errors (by default each\n"
+    "                               \\u escape stands alone, so a pair is refused,\n"
+    "                               and other bytes pass through as they are)\n"
     "  --charset utf8|gb18030|euckr the character set of the text (default utf8,\n"
     "                               or VXJSON_CHARSET=0|1|2 in the environment)\n"
     "  --max-memory SIZE            refuse a document that needs more than SIZE\n"
@@ -40,7 +46,8 @@ const char WRITE_OPTIONS_HELP[] =
     "                               on lines of their own\n"
     "  --ascii                      write non-ASCII characters as \\uXXXX (one beyond\n"
     "                               U+FFFF keeps only its first UTF-16 unit, as the\n"
-    "                               server writes it)\n";
+    "                               server writes it; with --rfc8259 both units of\n"
+    "                               its surrogate pair)\n";
 
 namespace {
 
@@ -92,6 +99,7 @@ int flag_switch(const std::string &arg, unsigned groups, command_line &out, std:
     else if (arg == "--sorted-keys") r.sorted_keys = true;
     else if (arg == "--scalar-top") r.scalar_top = true;
     else if (arg == "--keep-escapes") r.keep_escapes = true;
+    else if (arg == "--rfc8259") r.rfc8259 = true;
     else if ((groups & OPT_WRITE) &&
              (arg == "--pretty" || arg == "--pretty=b" || arg == "--pretty=a")) {
         bool given = out.write.layout != 0;

@@ -20,6 +20,7 @@ struct read_options {
     bool sorted_keys = false;   // members kept sorted by name
     bool scalar_top = false;    // a scalar may be the whole document
     bool keep_escapes = false;  // strings keep their escape sequences
+    bool rfc8259 = false;       // standard JSON strings: surrogate pairs, UTF-8 checked
     int32_t charset = -1;       // configuration value 635, -1: leave as is
     uint64_t max_memory = 0;    // heap bytes per document, 0: no limit
 };

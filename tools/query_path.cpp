@@ -20,6 +20,8 @@ void compiled_path::start(const std::string &text, const read_options &opts) {
     (void)jlpca_init_simple(nullptr, ctx_.get(), heap_, nullptr,
                             opts.keep_escapes ? JLPCA_ESCAPE_KEEP : JLPCA_ESCAPE_DECODE,
                             opts.compat);
+    // Quoted names read as the documents' strings do.
+    if (opts.rfc8259) use_std_strings(ctx_.get());
 }
 
 bool compiled_path::compile_prepared(const std::string &text, std::string &error) {
@@ -70,13 +72,14 @@ query_outcome evaluate_path(jlpca_ctx *ctx, json_node *root, const compiled_path
     return r;
 }
 
-int run_trees(const command_line &cl, session &s, const tree_action &answer) {
-    return run_documents(cl, s, [&](std::string_view text, const std::string &name, uint64_t line) {
-        json_node *root = nullptr;
-        read_failure why;
-        if (s.read(text, &root, why) != 0) return refused(cl, name, line, why);
-        return answer(root, name, line);
-    });
+int run_trees(const command_line &cl, const read_options &opts, const tree_job &answer) {
+    return run_documents(
+        cl, opts, [&](session &s, std::string_view text, const std::string &name, uint64_t line) {
+            json_node *root = nullptr;
+            read_failure why;
+            if (s.read(text, &root, why) != 0) return refused(cl, name, line, why);
+            return answer(s, root, name, line);
+        });
 }
 
 } // namespace vxcli

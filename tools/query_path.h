@@ -54,11 +54,14 @@ bool take_path_argument(command_line &cl, const char *command, std::string &text
 
 query_outcome evaluate_path(jlpca_ctx *ctx, json_node *root, const compiled_path &path);
 
-// Runs `answer` over the tree of every document (NULL for an empty one);
-// a document that does not read is reported and counted as bad.
-using tree_action =
-    std::function<doc_result(json_node *root, const std::string &name, uint64_t line)>;
-int run_trees(const command_line &cl, session &s, const tree_action &answer);
+// Runs `answer` over the tree of every document (NULL for an empty one),
+// read in a session opened from `opts`; a document that does not read is
+// reported and counted as bad.  With --lines the lines run on --jobs
+// threads, each with a session of its own, so whatever `answer` shares
+// between documents must be safe to share between threads.
+using tree_job =
+    std::function<doc_result(session &s, json_node *root, const std::string &name, uint64_t line)>;
+int run_trees(const command_line &cl, const read_options &opts, const tree_job &answer);
 
 } // namespace vxcli
 

@@ -85,12 +85,19 @@ void session::init_context() {
     if (opts_.scalar_top) c->scalar_top = 1;
     if (opts_.dup_replace) c->dup_key_replace = 1;
     if (opts_.sorted_keys) c->sorted_keys = 1;
+    if (opts_.rfc8259) use_std_strings(c);
     // pg and mysql read a document as their servers store it (jsonb, the
     // MySQL JSON type): members sorted, the last of repeated names kept.
     if (opts_.compat != JLPCA_COMPAT_STANDARD && !opts_.unique_keys) {
         c->sorted_keys = 1;
         c->dup_key_replace = 1;
     }
+}
+
+void use_std_strings(jlpca_ctx *ctx) {
+    // Cannot fail: the context is there and 1 is a valid setting.
+    const int32_t rc = jlpca_set_std_strings(ctx, 1);
+    (void)rc;
 }
 
 int32_t session::run(std::string_view text, bool tree, json_node **root) {
@@ -148,6 +155,8 @@ int32_t session::refuse(std::string_view text, int32_t rc, read_failure &why) {
         why.message = "the text starts with a byte-order mark (EF BB BF), which JSON text has not";
     } else if (c.err_code < 0) {
         why.message = message[0] ? message : code_message(c.err_code);
+        if (!opts_.rfc8259 && escaped_surrogate_pair_at(text, offset))
+            why.message += " (an escaped surrogate pair: accepted with --rfc8259)";
     } else {
         why.message = grammar_error_text(text, offset, message, c.scalar_top || c.compat != 0);
     }
@@ -184,7 +193,9 @@ int32_t session::write_tree(const json_node *node, const write_options &w) {
     if (int32_t rc =
             json_to_string(c, &out_alloc_, scratch_, node, JSON_FMT_PRETTY_B, 0, 0, JSON_CONV_JSON))
         return rc;
-    return json_string_convert_ascii(nullptr, &out_alloc_, out_, 0, scratch_->buf, scratch_->len);
+    const uint32_t pairs = jlpca_std_strings(c) ? JSON_FMT_ASCII_PAIRS : 0u;
+    return json_string_convert_ascii(nullptr, &out_alloc_, out_, pairs, scratch_->buf,
+                                     scratch_->len);
 }
 
 int32_t session::append(std::string_view bytes) {

@@ -76,6 +76,9 @@ private:
     std::unique_ptr<jlpca_ctx> ctx_;
 };
 
+// Switches a context to standard JSON strings (--rfc8259).
+void use_std_strings(jlpca_ctx *ctx);
+
 // A message for a library status code.
 const char *code_message(int32_t code);
 

@@ -168,19 +168,19 @@ int run_sql_function(const command_line &cl, const std::string &path_text,
         tool_error(error);
         return EXIT_TROUBLE;
     }
-    const std::unique_ptr<session> s = open_session(cl.read);
-    if (!s) return EXIT_TROUBLE;
-    return run_trees(cl, *s, [&](json_node *root, const std::string &name, uint64_t line) {
-        const function_answer a = call_function(s->ctx(), root, path.get(), clauses);
-        if (a.code < 0) {
-            const bool nomem = a.code == VXJSON_ERR_NOMEM;
-            report_failure(name, line, {a.code, 1, code_message(a.code), nomem});
-            return nomem ? doc_result::fatal : doc_result::bad;
-        }
-        if (print_answer(*s, a) == 0) return doc_result::ok;
-        report_failure(name, line, {VXJSON_ERR_NOMEM, 1, "cannot write: out of memory", true});
-        return doc_result::fatal;
-    });
+    // The compiled path is only read while lines run on several threads.
+    return run_trees(
+        cl, cl.read, [&](session &s, json_node *root, const std::string &name, uint64_t line) {
+            const function_answer a = call_function(s.ctx(), root, path.get(), clauses);
+            if (a.code < 0) {
+                const bool nomem = a.code == VXJSON_ERR_NOMEM;
+                report_failure(name, line, {a.code, 1, code_message(a.code), nomem});
+                return nomem ? doc_result::fatal : doc_result::bad;
+            }
+            if (print_answer(s, a) == 0) return doc_result::ok;
+            report_failure(name, line, {VXJSON_ERR_NOMEM, 1, "cannot write: out of memory", true});
+            return doc_result::fatal;
+        });
 }
 
 } // namespace vxcli

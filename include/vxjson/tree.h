@@ -218,8 +218,10 @@ VXJSON_API VXJSON_CHECK int32_t json_string_to_value_remove_escape(void *env,
                                                                    vx_allocator *allocator,
                                                                    const char *text, uint32_t len,
                                                                    char **out, uint32_t *out_len);
-/* Append text to string with every multibyte character written as \uXXXX
- * (flags unused); temporaries from allocator.  0, -503, -3105 (reported). */
+/* Append text to string with every multibyte character written as \uXXXX,
+ * its first UTF-16 unit only; with JSON_FMT_ASCII_PAIRS in flags a
+ * character beyond U+FFFF as both units of its pair (other flags unused).
+ * Temporaries from allocator.  0, -503, -3105 (reported). */
 VXJSON_API VXJSON_CHECK int32_t json_string_convert_ascii(void *env, vx_allocator *allocator,
                                                           vxstr *string, uint32_t flags,
                                                           const char *text, uint32_t len);

@@ -24,6 +24,7 @@
 #include "jlpca_internal.h"
 #include "report.h"
 #include "report_sites.h"
+#include "std_strings.h"
 #include "vx_heap.h"
 
 using namespace vxjson;
@@ -124,6 +125,20 @@ int32_t quoted(path_scanner &s, bool copy) {
             if (is_short_esc(c)) {
                 s.line += c == '\n';
                 return lex_error(s, VXJSON_ERR_LEX, MSG_NEED_ESCAPE);
+            }
+            if (c == 'u' && ctx->std_strings == 1) {
+                // Standard strings: a name may hold a character beyond
+                // U+FFFF as its escaped surrogate pair, as a document may.
+                const std_strings::u_escape u = std_strings::classify_u_escape(p, s.end);
+                if (u.kind == std_strings::u_escape::BAD)
+                    return lex_error(s, msg::code(u.why), msg::text(u.why));
+                if (u.kind == std_strings::u_escape::PAIR) {
+                    s.pos = p + std_strings::PAIR_TAIL;
+                    s.cond = scan_condition::quoted;
+                    if (int32_t rc = std_strings::addlit_surrogate_pair(ctx, u.high, u.low); rc < 0)
+                        return append_failed(s, rc);
+                    continue;
+                }
             }
             const uchar *q = p + 1;
             if (!is_stop(c))

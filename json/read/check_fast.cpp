@@ -211,9 +211,10 @@ key:
 
 bool check_fast(const jlpca_ctx *ctx) {
     // Character sets whose characters may hold a quote or a backslash as a
-    // later byte need the scanner's multibyte measuring.
+    // later byte need the scanner's multibyte measuring; standard strings
+    // need its UTF-8 checks.
     if (ctx->unique_keys || ctx->mb_charset == VX_CHARSET_GB18030 ||
-        ctx->mb_charset == VX_CHARSET_EUCKR)
+        ctx->mb_charset == VX_CHARSET_EUCKR || ctx->std_strings == 1)
         return false;
     const auto *p = reinterpret_cast<const uchar *>(ctx->text);
     return p && scan_text(p, p + ctx->text_len, overflow_is_an_error(ctx));

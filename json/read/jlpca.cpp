@@ -33,14 +33,6 @@ constexpr int32_t UCHAR_BUF = 50;
 // The token-text buffer holds a whole match plus a terminator and slack.
 constexpr uint32_t SCAN_SLACK = 10;
 
-bool is_hex(unsigned char c, uint32_t &v) {
-    if (c >= '0' && c <= '9') v = c - '0';
-    else if (c >= 'A' && c <= 'F') v = c - 'A' + 10;
-    else if (c >= 'a' && c <= 'f') v = c - 'a' + 10;
-    else return false;
-    return true;
-}
-
 // A heap copy of `len` bytes, NUL-terminated.
 char *heap_copy(jlpca_ctx *ctx, const char *text, size_t len, int32_t line) {
     auto *p =
@@ -289,7 +281,7 @@ VXJSON_API int32_t jlpca_uchar(const char *hex4, int32_t n, jlpca_ctx *ctx) {
     if (n < 4) return VXJSON_ERR_INVALID_JSON;
     uint32_t d[4];
     for (int i = 0; i < 4; i++)
-        if (!is_hex(static_cast<unsigned char>(hex4[i]), d[i])) return VXJSON_ERR_INVALID_JSON;
+        if (!hex_digit(static_cast<unsigned char>(hex4[i]), d[i])) return VXJSON_ERR_INVALID_JSON;
     uint32_t code = (d[0] * 16 + d[1]) * 256 + (d[2] * 16 + d[3]);
     return jlpca_addlit_uchar(ctx, hex4, n, code);
 }
@@ -457,7 +449,6 @@ static bool cannot_overflow(const char *t, int32_t len) {
     }
     return whole + exp <= SAFE_DECIMAL_EXPONENT;
 }
-
 
 int32_t classify_number(jlpca_ctx *ctx, number_kind kind, const char *t, int32_t len, bool copy) {
     if (kind == INTEGER && len <= MAX_INTEGER_CHARS) {

@@ -24,6 +24,15 @@ inline bool overflow_is_an_error(const jlpca_ctx *ctx) {
     return ctx->compat == JLPCA_COMPAT_MYSQL || ctx->number_mode == 2;
 }
 
+// The value of a hex digit of a \u escape; false for any other byte.
+inline bool hex_digit(unsigned char c, uint32_t &v) {
+    if (c >= '0' && c <= '9') v = c - '0';
+    else if (c >= 'A' && c <= 'F') v = c - 'A' + 10u;
+    else if (c >= 'a' && c <= 'f') v = c - 'a' + 10u;
+    else return false;
+    return true;
+}
+
 // err_code, err_msg and tok := 0: how every rejected token is raised.
 void set_error(jlpca_ctx *ctx, int32_t code, const char *msg);
 inline void set_error(jlpca_ctx *ctx, msg::msg_id why) {

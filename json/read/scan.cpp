@@ -15,6 +15,7 @@
 #include "number_text.h"
 #include "report.h"
 #include "report_sites.h"
+#include "std_strings.h"
 #include "vx_heap.h"
 
 using namespace vxjson;
@@ -92,6 +93,7 @@ template <scan_mode M, uchar Q> int32_t string_slow(scan_state &s, const uchar *
         uchar c = *p;
         if (!is_stop<Q>(c)) {
             const uchar *e = find_stop<Q>(p, end, ctrl);
+            if (s.check_utf8 && !utf8_ok(s, p, e)) return 0;
             if (add(p, e)) return lex_error(s, msg::NO_MEMORY);
             p = e;
             continue;
@@ -115,20 +117,49 @@ template <scan_mode M, uchar Q> int32_t string_slow(scan_state &s, const uchar *
             return lex_error(s, msg::NEED_ESCAPE, p);
         }
         if constexpr (Q == '"') {
+            if (c == 'u' && s.std_strings) {
+                const std_strings::u_escape u = std_strings::classify_u_escape(p, end);
+                if (u.kind == std_strings::u_escape::BAD) return lex_error(s, u.why, backslash);
+                if (u.kind == std_strings::u_escape::PAIR) {
+                    rc = std_strings::addlit_surrogate_pair(ctx, u.high, u.low);
+                    if (rc < 0) return escape_failed(s, rc, backslash);
+                    p += std_strings::PAIR_TAIL; // the text after it is a run of its own
+                    continue;
+                }
+            }
             // The escape letter goes with the plain text after it.
             const uchar *e = c == '"' || c == '\\' ? p + 1 : find_stop<'"'>(p, end, ctrl);
             rc = escape(p, e);
+            if (rc < 0) return escape_failed(s, rc, backslash);
+            if (s.check_utf8 && !utf8_ok(s, p + 1, e)) return 0;
             p = e;
         } else {
             if (c == '\'') return lex_error(s, msg::NOT_SUPPORT, p - 1);
             rc = escape(p, p + 1);
+            if (rc < 0) return escape_failed(s, rc, backslash);
             ++p;
         }
-        if (rc < 0) return escape_failed(s, rc, backslash);
     }
     ctx->mb_track = 0;
     s.pos = p + 1;
     return finish_literal<M>(s, kind);
+}
+
+bool utf8_ok(scan_state &s, const uchar *p, const uchar *end) {
+    msg::msg_id why;
+    const uchar *bad = std_strings::find_invalid_utf8(p, end, why);
+    if (bad == end) return true;
+    lex_error(s, why, bad);
+    return false;
+}
+
+bool check_run_slow(scan_state &s, const uchar *q, const uchar *r) {
+    if (s.check_utf8 && !utf8_ok(s, q, r)) return false;
+    jlpca_ctx *ctx = s.ctx;
+    if (!s.mb_simple || ctx->mb_pending || ctx->mb_split)
+        ctx->mb_pending =
+            jlpca_encoding_mblen(ctx, reinterpret_cast<const char *>(q), int32_t(r - q));
+    return true;
 }
 
 int32_t string_raw_plain(scan_state &s, const uchar *q, const uchar *r, int32_t kind) {
@@ -185,6 +216,10 @@ int32_t number_slow(scan_state &s, number_kind kind, const char *t, int32_t n) {
 template <scan_mode M> int32_t word_slow(scan_state &s, const char *w, int32_t n) {
     jlpca_ctx *ctx = s.ctx;
     if (ctx->strict) return lex_error(s, msg::STRICT_QUOTE);
+    if (s.check_utf8) {
+        const auto *p = reinterpret_cast<const uchar *>(w);
+        if (!utf8_ok(s, p, p + n)) return 0;
+    }
     if constexpr (M == scan_mode::raw) {
         char *copy = token_copy(ctx, w, size_t(n));
         if (!copy) return lex_error(s, msg::NO_MEMORY);
@@ -200,7 +235,7 @@ template <scan_mode M> int32_t word_slow(scan_state &s, const char *w, int32_t n
 #define VXJSON_SCAN_INSTANTIATE(M)                                                                 \
     template int32_t string_slow<M, '"'>(scan_state &, const uchar *, const uchar *);              \
     template int32_t string_slow<M, '\''>(scan_state &, const uchar *, const uchar *);             \
-    template int32_t number_slow<M>(scan_state &, number_kind, const char *, int32_t);                     \
+    template int32_t number_slow<M>(scan_state &, number_kind, const char *, int32_t);             \
     template int32_t word_slow<M>(scan_state &, const char *, int32_t);
 VXJSON_SCAN_INSTANTIATE(scan_mode::raw)
 VXJSON_SCAN_INSTANTIATE(scan_mode::tree)
@@ -214,7 +249,7 @@ VXJSON_SCAN_INSTANTIATE(scan_mode::check)
 scan_state *json_lex_init_extra(jlpca_ctx *ctx) {
     auto *s = static_cast<scan_state *>(mem_heap_alloc_low(ctx->env, ctx->heap, sizeof(scan_state),
                                                            0, SRC_FLEX, SCAN_INSTANCE_HEAP));
-    if (s) *s = scan_state{ctx, nullptr, nullptr, nullptr, 1, false};
+    if (s) *s = scan_state{ctx, nullptr, nullptr, nullptr, 1, false, false, false, false};
     return s;
 }
 
@@ -247,6 +282,9 @@ void scanner_start(scan_state &s, jlpca_ctx *ctx) {
     s.start = s.pos;
     ctx->err_aux = 0; // the place of an earlier text's error
     s.mb_simple = ctx->mb_charset != VX_CHARSET_GB18030 && ctx->mb_charset != VX_CHARSET_EUCKR;
+    s.std_strings = ctx->std_strings == 1;
+    s.check_utf8 = s.std_strings && ctx->mb_charset == VX_CHARSET_UTF8;
+    s.plain_runs = s.mb_simple && !s.check_utf8;
 }
 
 } // namespace vxjson::scan

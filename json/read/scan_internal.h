@@ -100,6 +100,9 @@ struct scan_state {
     const uchar *start; // start of the token just read, unless it is a punctuation byte
     uint32_t line;      // current line, from 1
     bool mb_simple;     // the charset never leaves a piece inside a character
+    bool std_strings;   // the context reads standard strings: surrogate pairs
+    bool check_utf8;    // ... and its text must be UTF-8
+    bool plain_runs;    // mb_simple and no check_utf8: a run needs no look at all
 };
 
 // Generated-scanner entry points, under the names the server knows.
@@ -134,7 +137,12 @@ template <scan_mode M>
 template <scan_mode M> [[gnu::noinline]] int32_t word_slow(scan_state &s, const char *w, int32_t n);
 // A string closed on its first run in raw mode: literal and heap copy.
 int32_t string_raw_plain(scan_state &s, const uchar *q, const uchar *r, int32_t kind);
-
+// Standard strings: is [p, end) UTF-8?  False after raising the error at
+// the first bad sequence.
+[[gnu::noinline]] bool utf8_ok(scan_state &s, const uchar *p, const uchar *end);
+// The look at a run that check_run cannot skip: the UTF-8 check of
+// standard strings, then multibyte measuring.  False after an error.
+[[gnu::noinline]] bool check_run_slow(scan_state &s, const uchar *q, const uchar *r);
 
 // ------------------------------------------------------------------
 // Runs
@@ -210,14 +218,15 @@ inline int32_t byte_token(scan_state &s, const uchar *p) {
     return *p;
 }
 
-// Multibyte measuring of the first run of a string.  Skipped when the
-// charset cannot end a piece inside a character and nothing is pending:
-// measuring would give 0 and change nothing.
-inline void measure_run(scan_state &s, const uchar *q, const uchar *r) {
+// Multibyte measuring (and for standard strings the UTF-8 check) of the
+// first run of a string.  Skipped when the charset cannot end a piece
+// inside a character, nothing is pending and no check is asked for:
+// measuring would give 0 and change nothing.  False after an error.
+inline bool check_run(scan_state &s, const uchar *q, const uchar *r) {
     jlpca_ctx *ctx = s.ctx;
-    if (q == r) return;
-    if (s.mb_simple && !ctx->mb_pending && !ctx->mb_split) return;
-    ctx->mb_pending = jlpca_encoding_mblen(ctx, reinterpret_cast<const char *>(q), int32_t(r - q));
+    if (q == r) return true;
+    if (s.plain_runs && !ctx->mb_pending && !ctx->mb_split) return true;
+    return check_run_slow(s, q, r);
 }
 
 template <scan_mode M, uchar Q> inline int32_t scan_string(scan_state &s, const uchar *p) {
@@ -227,7 +236,7 @@ template <scan_mode M, uchar Q> inline int32_t scan_string(scan_state &s, const 
     ctx->mb_track = 1;
     bool ctrl = false;
     const uchar *r = find_stop<Q>(q, s.end, ctrl);
-    measure_run(s, q, r);
+    if (!check_run(s, q, r)) return 0;
     if (r == s.end || *r != Q || ctx->mb_pending) [[unlikely]]
         return string_slow<M, Q>(s, q, r);
     ctx->mb_track = 0;

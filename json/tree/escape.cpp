@@ -478,9 +478,11 @@ VXJSON_API int32_t json_string_to_value_remove_escape(void *env, vx_allocator *a
 
 // Each multibyte character becomes \u and the first UTF-16 unit in
 // upper-case hex: a character beyond the Basic Multilingual Plane keeps
-// only its high surrogate, as the server has always written it.
+// only its high surrogate, as the server has always written it, unless
+// the flags ask for the whole pair.  (Three output bytes per input byte
+// hold a pair too: twelve for a four-byte character.)
 VXJSON_API int32_t json_string_convert_ascii(void *env, vx_allocator *allocator, vxstr *string,
-                                             uint32_t /*flags*/, const char *text, uint32_t len) {
+                                             uint32_t flags, const char *text, uint32_t len) {
     if (string->failed) return NOMEM;
     if (len == 0) return 0;
     char *buf = alloc_text(env, allocator, 3 * size_t(len) + 2, ESCAPE_ALLOC_ASCII);
@@ -500,10 +502,13 @@ VXJSON_API int32_t json_string_convert_ascii(void *env, vx_allocator *allocator,
                 unconvertible = true;
                 return false;
             }
-            const unsigned u = units[0];
-            const char esc[6] = {
-                '\\', 'u', HEX[u >> 12], HEX[(u >> 8) & 15], HEX[(u >> 4) & 15], HEX[u & 15]};
-            o = copy_bytes(o, reinterpret_cast<const unsigned char *>(esc), 6);
+            const int32_t written = (flags & JSON_FMT_ASCII_PAIRS) && count == 2 ? 2 : 1;
+            for (int32_t i = 0; i < written; ++i) {
+                const unsigned u = units[i];
+                const char esc[6] = {
+                    '\\', 'u', HEX[u >> 12], HEX[(u >> 8) & 15], HEX[(u >> 4) & 15], HEX[u & 15]};
+                o = copy_bytes(o, reinterpret_cast<const unsigned char *>(esc), 6);
+            }
             return true;
         },
         [&](unsigned char c) {

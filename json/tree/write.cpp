@@ -499,6 +499,9 @@ template <class F> int32_t with_layout(writer &w, F &&f) {
 }
 
 writer make_writer(jlpca_ctx *ctx, vx_allocator *allocator, vxstr *string, uint32_t flags) {
+    // A context that reads standard strings writes them too: a character
+    // beyond U+FFFF keeps both halves of its \u pair.
+    if (ctx && ctx->std_strings == 1 && (flags & JSON_FMT_ASCII)) flags |= JSON_FMT_ASCII_PAIRS;
     return writer{out_buf(ctx ? ctx->env : nullptr, allocator, string), charset_cache{}, flags,
                   ctx && ctx->escape_mode != JLPCA_ESCAPE_DECODE};
 }
