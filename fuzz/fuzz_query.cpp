@@ -78,11 +78,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const uint8_t virtual_every = size ? data[0] & 7 : 0; // 0: none
     const bool other_kind = size && (data[0] & 8);        // names compared across kinds
     if (size) data++, size--;
-    const char *text = reinterpret_cast<const char *>(data);
-    const char *nl = static_cast<const char *>(std::memchr(text, '\n', size));
-    if (!nl) return 0;
-    const std::string path_text(text, size_t(nl - text));
-    const std::string doc(nl + 1, size - size_t(nl - text) - 1);
+    std::string path_text, doc;
+    if (!take_path_and_document(data, size, path_text, doc)) return 0;
 
     FuzzEnv env(modes);
     json_node *root = nullptr;

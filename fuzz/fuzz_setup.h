@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "vx_alloc.h"
@@ -78,6 +79,18 @@ struct FuzzEnv {
     ~FuzzEnv() { vx_session_close(&session); }
     FuzzEnv(const FuzzEnv &) = delete;
 };
+
+// The rest of an input as a path text up to the first line feed and a
+// document after it; false when there is no line feed.
+inline bool take_path_and_document(const uint8_t *data, size_t size, std::string &path,
+                                   std::string &doc) {
+    const char *text = reinterpret_cast<const char *>(data);
+    const char *nl = static_cast<const char *>(std::memchr(text, '\n', size));
+    if (!nl) return false;
+    path.assign(text, size_t(nl - text));
+    doc.assign(nl + 1, size - size_t(nl - text) - 1);
+    return true;
+}
 
 // The written text of a tree; false when writing failed.
 inline bool write_tree(FuzzEnv &env, const json_node *root, uint32_t flags, std::string &out) {

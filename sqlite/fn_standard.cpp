@@ -50,6 +50,7 @@ struct sql_json_call {
     on_clause on_error{};
     int empty_default = -1; // argument positions of the DEFAULT values
     int error_default = -1;
+    jpath found_path{}; // the path's clauses over a value found in the text
 };
 
 // The ON clauses and the positions of their DEFAULT values; false when
@@ -76,8 +77,8 @@ bool read_on_clauses(sql_json_call &c) {
     return true;
 }
 
-// Begin a call of kind `kind`: the path (compiled once per statement) and
-// the document.  false when the call has been answered already.
+// Begin a call of kind `kind`: the path, compiled once per statement.
+// false when the call has been answered already.
 bool begin(sql_json_call &c, call_cache &cache, int32_t kind) {
     if (sqlite3_value_type(c.argv[ARG_DOC]) == SQLITE_NULL ||
         sqlite3_value_type(c.argv[ARG_PATH]) == SQLITE_NULL)
@@ -91,8 +92,41 @@ bool begin(sql_json_call &c, call_cache &cache, int32_t kind) {
     c.path->format = JSON_FMT_COMPACT;
     c.path->on_empty = c.on_empty.value;
     c.path->on_error = c.on_error.value;
+    return true;
+}
+
+// Read the document into a tree; a failure is kept for ON ERROR.
+void read_document(sql_json_call &c) {
     c.incoming = read_arg(c.ctx, c.argv, ARG_DOC, &c.doc);
     if (c.incoming) c.doc = nullptr;
+}
+
+// JSON_VALUE's document: where the library can find the one scalar the
+// path names from the text alone, that scalar stands for the document and
+// a copy of the path without its steps (which gives back its root) for the
+// path, so the function layer answers exactly as over the tree.  Anything
+// else reads the tree.  false when the call has failed.
+bool find_value(sql_json_call &c) {
+    int32_t rc = 0;
+    const std::string_view text = arg_text(c.argv[ARG_DOC], &rc);
+    json_node *found = nullptr;
+    if (rc == 0)
+        rc = json_query_text(c.ctx, text.data(), static_cast<uint32_t>(text.size()), c.path,
+                             &found);
+    else rc = JSON_QUERY_TEXT_USE_TREE; // the tree's reading fails the same way
+    if (rc < 0) {
+        result_code(c.sc, rc);
+        return false;
+    }
+    if (rc == JSON_QUERY_TEXT_USE_TREE) {
+        read_document(c);
+        return true;
+    }
+    c.found_path = *c.path;
+    c.found_path.first_filter = c.found_path.last_filter = nullptr;
+    c.found_path.filter_count = 0;
+    c.path = &c.found_path;
+    c.doc = found;
     return true;
 }
 
@@ -148,6 +182,7 @@ void json_value(sqlite3_context *sc, int argc, sqlite3_value **argv) {
     c.path->ret_len = ret.ret_len;
     c.path->ret_scale = ret.ret_scale;
     c.path->wrapper = JPATH_WRAPPER_WITHOUT;
+    if (!find_value(c)) return;
     if (ret.kind == returning_kind::number) {
         json_number_result r{};
         const int32_t rc = json_value_number(c.ctx, c.doc, c.path, &r, c.incoming);
@@ -183,6 +218,7 @@ void json_query_fn(sqlite3_context *sc, int argc, sqlite3_value **argv) {
     c.path->ret_len = ret.ret_len;
     c.path->ret_scale = 0;
     c.path->wrapper = wrapper;
+    read_document(c);
     char *text = nullptr;
     uint32_t len = 0;
     const int32_t rc = json_fun_varchar(c.ctx, c.doc, c.path, &text, &len, c.incoming);

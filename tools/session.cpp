@@ -59,29 +59,29 @@ const char *code_message(int32_t code) {
     }
 }
 
-session::session(const read_options &opts) : opts_(opts), ctx_(std::make_unique<jlpca_ctx>()) {
+session::session(const read_options &opts) : opts_(opts) {
     heap_first_ = HEAP_FIRST_BLOCK;
-    heap_ = mem_heap_create(heap_first_);
+    const int32_t strict = opts_.strict >= 0 ? opts_.strict : opts_.compat != 0;
+    const vx_session_options o{heap_first_,
+                               1,
+                               opts_.keep_escapes ? JLPCA_ESCAPE_KEEP : JLPCA_ESCAPE_DECODE,
+                               strict,
+                               opts_.unique_keys,
+                               opts_.compat};
     vx_allocator_init(&out_alloc_, &out_state_);
     out_ = vxstr_create(nullptr, &out_alloc_, OUTPUT_INITIAL);
-    if (!heap_) return;
-    if (opts_.max_memory) mem_heap_set_byte_limit(heap_, opts_.max_memory);
-    vx_allocator_init_heap(&tree_alloc_, heap_);
-    init_context();
+    if (vx_session_open(&vs_, &o) != 0) return;
+    if (opts_.max_memory) mem_heap_set_byte_limit(vs_.heap, opts_.max_memory);
+    set_switches();
 }
 
 session::~session() {
-    jlpca_deinit(ctx_.get());
+    vx_session_close(&vs_);
     vx_allocator_release_all(&out_state_);
-    if (heap_) mem_heap_free(heap_);
 }
 
-void session::init_context() {
-    jlpca_ctx *c = ctx_.get();
-    const int32_t strict = opts_.strict >= 0 ? opts_.strict : opts_.compat != 0;
-    (void)jlpca_init(nullptr, c, heap_, &tree_alloc_,
-                     opts_.keep_escapes ? JLPCA_ESCAPE_KEEP : JLPCA_ESCAPE_DECODE, strict,
-                     opts_.unique_keys, opts_.compat);
+void session::set_switches() {
+    jlpca_ctx *c = vs_.ctx;
     if (opts_.scalar_top) c->scalar_top = 1;
     if (opts_.dup_replace) c->dup_key_replace = 1;
     if (opts_.sorted_keys) c->sorted_keys = 1;
@@ -101,7 +101,7 @@ void use_std_strings(jlpca_ctx *ctx) {
 }
 
 int32_t session::run(std::string_view text, bool tree, json_node **root) {
-    jlpca_ctx *c = ctx_.get();
+    jlpca_ctx *c = vs_.ctx;
     if (int32_t rc = jlpca_reinit(c, text.data(), static_cast<uint32_t>(text.size()))) return rc;
     if (tree) return json_flex(c, root);
     return jcheck_flex(c);
@@ -118,7 +118,7 @@ int32_t session::read(std::string_view text, json_node **root, read_failure &why
 // the tree grammar sees repeated names, so those switches need the tree.
 int32_t session::check(std::string_view text, read_failure &why) {
     if (text.size() > TEXT_MAX) return too_large(why);
-    const bool tree = opts_.unique_keys || (ctx_->scalar_top && ctx_->compat == 0);
+    const bool tree = opts_.unique_keys || (vs_.ctx->scalar_top && vs_.ctx->compat == 0);
     json_node *root = nullptr;
     const int32_t rc = run(text, tree, &root);
     return rc == 0 ? 0 : refuse(text, rc, why);
@@ -132,7 +132,7 @@ int32_t session::too_large(read_failure &why) {
 // Where and why the reader stopped, as it recorded it: the text is never
 // read again, so a refusal costs no more memory than the reading did.
 int32_t session::refuse(std::string_view text, int32_t rc, read_failure &why) {
-    const jlpca_ctx &c = *ctx_;
+    const jlpca_ctx &c = *vs_.ctx;
     why = read_failure{};
     uint32_t offset = 0, line = 1, column = 1;
     const char *message = "";
@@ -180,7 +180,7 @@ int32_t session::write(const json_node *node, const write_options &w) {
 // table keeps what it takes for escapes already present, so a decoded
 // backslash would not read back as itself.
 int32_t session::write_tree(const json_node *node, const write_options &w) {
-    jlpca_ctx *c = ctx_.get();
+    jlpca_ctx *c = vs_.ctx;
     const uint32_t flags = w.layout | (w.ascii ? JSON_FMT_ASCII : 0u);
     if (!(w.ascii && w.layout == JSON_FMT_PRETTY_B))
         return json_to_string(c, &out_alloc_, out_, node, flags, 0, 0, JSON_CONV_JSON);
@@ -216,24 +216,24 @@ void session::take_output(std::string &into) {
 }
 
 void session::reset() {
-    const uint64_t used = mem_heap_bytes_used(heap_);
+    const uint64_t used = mem_heap_bytes_used(vs_.heap);
     if (used <= heap_first_ || heap_first_ >= HEAP_FIRST_BLOCK_MAX) {
-        mem_heap_reset(heap_);
+        mem_heap_reset(vs_.heap);
         return;
     }
     size_t first = heap_first_;
     while (first < used && first < HEAP_FIRST_BLOCK_MAX) first *= 2;
     vx_heap *bigger = mem_heap_create(first);
     if (!bigger) {
-        mem_heap_reset(heap_);
+        mem_heap_reset(vs_.heap);
         return;
     }
-    mem_heap_free(heap_);
-    heap_ = bigger;
+    mem_heap_free(vs_.heap);
+    vs_.heap = bigger;
     heap_first_ = first;
-    if (opts_.max_memory) mem_heap_set_byte_limit(heap_, opts_.max_memory);
-    vx_allocator_init_heap(&tree_alloc_, heap_);
-    ctx_->heap = heap_;
+    if (opts_.max_memory) mem_heap_set_byte_limit(bigger, opts_.max_memory);
+    vx_allocator_init_heap(&vs_.alloc, bigger);
+    vs_.ctx->heap = bigger;
 }
 
 } // namespace vxcli

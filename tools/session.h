@@ -10,9 +10,7 @@
 #include <string_view>
 
 #include "options.h"
-#include "vx_alloc.h"
-#include "vx_heap.h"
-#include "vxjson.h"
+#include "vx_session.h"
 #include "vxstr.h"
 
 namespace vxcli {
@@ -34,7 +32,7 @@ public:
     session &operator=(const session &) = delete;
 
     // False when the heap or the output string could not be had.
-    bool ready() const { return heap_ != nullptr && out_ != nullptr; }
+    bool ready() const { return vs_.ctx != nullptr && out_ != nullptr; }
 
     // Reads text into a tree (NULL for an empty text in the standard
     // dialect): 0, or the library's code with `why` filled in.
@@ -56,24 +54,22 @@ public:
     // Forgets every tree; the memory is kept for the next text.
     void reset();
 
-    jlpca_ctx *ctx() { return ctx_.get(); }
+    jlpca_ctx *ctx() { return vs_.ctx; }
 
 private:
-    void init_context();
+    void set_switches();
     int32_t run(std::string_view text, bool tree, json_node **root);
     int32_t too_large(read_failure &why);
     int32_t write_tree(const json_node *node, const write_options &w);
     int32_t refuse(std::string_view text, int32_t rc, read_failure &why);
 
     read_options opts_;
-    vx_heap *heap_ = nullptr;
-    size_t heap_first_ = 0;     // size of the heap's first block
-    vx_allocator tree_alloc_{}; // element arrays: from the heap
+    vx_session vs_{};       // trees and element arrays share its heap
+    size_t heap_first_ = 0; // size of the heap's first block
     vx_alloc_state out_state_{};
     vx_allocator out_alloc_{}; // output strings: malloc, kept across texts
     vxstr *out_ = nullptr;
     vxstr *scratch_ = nullptr; // pretty text before its ASCII pass
-    std::unique_ptr<jlpca_ctx> ctx_;
 };
 
 // Switches a context to standard JSON strings (--rfc8259).

@@ -66,6 +66,28 @@ typedef struct jpath_result_list {
 VXJSON_API VXJSON_CHECK int32_t json_query(jlpca_ctx *ctx, json_node *root, const jpath *path,
                                            json_node **out);
 
+/* json_query without reading the whole document into a tree, for paths of
+ * member steps and single non-negative subscripts after the root
+ * ($.statuses[0].user.id).  text/len: the document (not NUL-terminated).
+ * The text is walked to the place the path names, checked whole with the
+ * check grammar under ctx's switches (nothing built), and only the scalar
+ * found there is read (json_flex over its text): *out is then the node that
+ * json_flex and json_query would give, up to its parent link, on ctx's
+ * heap.  Whenever the tree could answer otherwise than a plain walk -- the
+ * path has other steps; ctx is not the standard dialect, or sorts, replaces
+ * or refuses repeated names; the character set lets a quote byte end a
+ * character; the text does not check; a member name before the match holds
+ * an escape or is not double-quoted; a first match is followed by more
+ * steps and may not stand alone (no object, or no array before a
+ * subscript); a step meets a value of another type; nothing matches; the
+ * place holds an object or array -- it returns
+ * JSON_QUERY_TEXT_USE_TREE with *out NULL, and the caller reads the tree as
+ * usual.  ctx's text is left at text or at the scalar's part of it.
+ * 0, JSON_QUERY_TEXT_USE_TREE, or -503. */
+#define JSON_QUERY_TEXT_USE_TREE 1
+VXJSON_API VXJSON_CHECK int32_t json_query_text(jlpca_ctx *ctx, const char *text, uint32_t len,
+                                                const jpath *path, json_node **out);
+
 /* Turn the matches of a step into its result: -3104 for none; for one,
  * *out := that node (nothing is allocated); for more, *out := a new
  * virtual array on ctx's heap whose items are the listed nodes in order
