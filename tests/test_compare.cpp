@@ -75,79 +75,74 @@ INSTANTIATE_TEST_SUITE_P(Texts, DecimalOrder, rows<TextRow>({
 }), by_id);
 // clang-format on
 
-TEST(DecimalToDouble, ValuesAndOverflow) {
-    VxEnv env;
-    double d = -1;
-    EXPECT_EQ(json_decimal_string_to_double(env.decimal(""), &d), 0);
-    EXPECT_EQ(d, 0.0);
-    EXPECT_EQ(json_decimal_string_to_double(env.decimal("-12.5e1"), &d), 0);
-    EXPECT_EQ(d, -125.0);
-    elog_trail_clear();
-    EXPECT_EQ(json_decimal_string_to_double(env.decimal("-1e400"), &d), kOverflow);
-    EXPECT_EQ(trail(), (Trail{{kOverflow, kLineToDouble}}));
-}
-
-TEST(DecimalToDouble, IntegerAgainstOverflowingTextIsUnequal) {
-    VxEnv env;
-    json_node *big = env.decimal("1e400");
-    json_node *one = env.integer(1);
-    EXPECT_EQ(json_scalar_value_equal(one, big), 0);
-    EXPECT_EQ(json_scalar_value_equal(big, one), 0);
-    EXPECT_EQ(json_cmp(env.array({env.decimal("1e400")}), env.array({env.decimal("1.0e400")}),
-                       JSON_CMP_EQUAL),
-              0);
-}
-
-struct XdecRow {
+// A number text as an exact decimal and as a double: the same code, and
+// an overflow reported once where the double is made.
+struct ConvertRow {
     const char *id;
     std::string text; // JSON_DECIMAL text
     int32_t rc;
-    const char *expect; // read by xdec_from_char when rc is 0; NULL: zero
+    const char *exact; // read by xdec_from_char when rc is 0; NULL: zero
+    double value;
 };
 
-class DecimalToXdec : public ::testing::TestWithParam<XdecRow> {};
-TEST_P(DecimalToXdec, Converts) {
-    const XdecRow &r = GetParam();
+class DecimalConvert : public ::testing::TestWithParam<ConvertRow> {};
+TEST_P(DecimalConvert, ExactAndDouble) {
+    const ConvertRow &r = GetParam();
     VxEnv env;
     xdec got{}, want{};
+    double d = -1;
     EXPECT_EQ(json_decimal_string_to_xdec(env.decimal(r.text), &got), r.rc);
+    elog_trail_clear();
+    EXPECT_EQ(json_decimal_string_to_double(env.decimal(r.text), &d), r.rc);
+    EXPECT_EQ(trail(), (r.rc ? Trail{{r.rc, kLineToDouble}} : Trail()));
     if (r.rc != 0) return;
-    if (r.expect) ASSERT_EQ(xdec_from_char(&want, r.expect, uint32_t(std::strlen(r.expect))), 0);
+    EXPECT_EQ(d, r.value);
+    if (r.exact) ASSERT_EQ(xdec_from_char(&want, r.exact, uint32_t(std::strlen(r.exact))), 0);
     else xdec_fill_zero(&want);
     EXPECT_EQ(std::memcmp(&got, &want, sizeof got), 0);
 }
 
 // clang-format off
-INSTANTIATE_TEST_SUITE_P(Texts, DecimalToXdec, rows<XdecRow>({
-    {"Exact", "12.50", 0, "12.50"},
+INSTANTIATE_TEST_SUITE_P(Texts, DecimalConvert, rows<ConvertRow>({
+    {"Exact", "12.50", 0, "12.50", 12.5},
+    {"Exponent", "-12.5e1", 0, "-125", -125.0},
     {"Long38Exact", "12345678901234567890123456789012345678.5", 0,
-        "12345678901234567890123456789012345678.5"},
-    {"Empty", "", 0, nullptr},
-    {"Overflow", "1e400", kOverflow, nullptr},
+        "12345678901234567890123456789012345678.5", 12345678901234567890123456789012345678.5},
+    {"Empty", "", 0, nullptr, 0.0},
+    {"Overflow", "1e400", kOverflow, nullptr, 0},
+    {"NegativeOverflow", "-1e400", kOverflow, nullptr, 0},
     // Refused by the exact reader, read by strtod instead.
-    {"FallsBackToDouble", "0x1A", 0, "26"},
-    {"FallbackOverflow", "inf", kOverflow, nullptr},
+    {"FallsBackToDouble", "0x1A", 0, "26", 26.0},
+    {"FallbackOverflow", "inf", kOverflow, nullptr, 0},
 }), by_id);
 // clang-format on
 
-TEST(ScalarEquality, DatesNeverCompareEqual) {
+// Nodes no reader makes: dates (which never compare equal, not even to
+// themselves) and number texts beyond the double range.
+TEST(ScalarEquality, HandMadeNodes) {
     VxEnv env;
-    json_node *d1 = json_mem_create(env.ctx.get(), JSON_DATE);
-    json_node *d2 = json_mem_create(env.ctx.get(), JSON_DATE);
-    json_node *t1 = json_mem_create(env.ctx.get(), JSON_DATETIME);
-    d1->dt = d2->dt = t1->dt = vxtime{86400, 0, VXTIME_TYPE_DATE};
-    EXPECT_EQ(json_type_is_same(d1, d2), 1);
-    EXPECT_EQ(json_scalar_value_equal(d1, d2), 0);
-    EXPECT_EQ(json_cmp(d1, d1, JSON_CMP_EQUAL), 0);
-    EXPECT_EQ(json_cmp(t1, t1, JSON_CMP_EQUAL), 0);
+    auto date = [&](uint32_t type) {
+        json_node *d = json_mem_create(env.ctx.get(), type);
+        d->dt = vxtime{86400, 0, VXTIME_TYPE_DATE};
+        return d;
+    };
+    json_node *d1 = date(JSON_DATE), *d2 = date(JSON_DATE), *t1 = date(JSON_DATETIME);
+    json_node *big = env.decimal("1e400"), *one = env.integer(1);
+    struct Row {
+        json_node *a, *b;
+        int32_t same_type, equal; // json_type_is_same, json_scalar_value_equal both ways
+    };
+    for (const Row &r : {Row{d1, d2, 1, 0}, Row{one, big, 1, 0}, Row{one, env.decimal("1.5"), 1, 0},
+                         Row{env.decimal("1"), env.string("1"), 0, 0},
+                         Row{env.array({}), env.object({}), 0, 0}}) {
+        EXPECT_EQ(json_type_is_same(r.a, r.b), r.same_type);
+        if (r.a->type > JSON_ARRAY) {
+            EXPECT_EQ(json_scalar_value_equal(r.a, r.b) + json_scalar_value_equal(r.b, r.a), 0);
+        }
+    }
+    for (json_node *self : {d1, t1}) EXPECT_EQ(json_cmp(self, self, JSON_CMP_EQUAL), 0);
     EXPECT_EQ(json_cmp(env.array({d1}), env.array({d2}), JSON_CMP_EQUAL), 0);
-}
-
-TEST(ScalarEquality, TypeCompatibility) {
-    VxEnv env;
-    EXPECT_EQ(json_type_is_same(env.integer(1), env.decimal("1.5")), 1);
-    EXPECT_EQ(json_type_is_same(env.decimal("1"), env.string("1")), 0);
-    EXPECT_EQ(json_type_is_same(env.array({}), env.object({})), 0);
+    EXPECT_EQ(json_cmp(env.array({big}), env.array({env.decimal("1.0e400")}), JSON_CMP_EQUAL), 0);
 }
 
 // The predicates walk the element list the reader built; a pointer-array

@@ -56,20 +56,12 @@ Clauses parse_clauses(const std::string &text) {
             c.on_empty = word_value(v, {"null", "error"}, 1);
         } else if (key == "error") {
             c.on_error = word_value(v, {"null", "error", "empty", "default"}, 1);
-        } else if (key == "format") {
-            c.format = num();
-        } else if (key == "compat") {
-            c.compat = int32_t(num());
-        } else if (key == "incoming") {
-            c.incoming = std::stoi(v);
-        } else if (key == "option") {
-            c.option = num();
-        } else if (key == "containers") {
-            c.containers = true;
-        } else if (key == "nopath") {
-            c.nopath = true;
-        } else if (key == "nodoc") {
-            c.nodoc = true;
+        } else if (key == "format" || key == "option") {
+            (key == "format" ? c.format : c.option) = num();
+        } else if (key == "compat" || key == "incoming") {
+            (key == "compat" ? c.compat : c.incoming) = std::stoi(v);
+        } else if (key == "containers" || key == "nopath" || key == "nodoc") {
+            (key == "containers" ? c.containers : key == "nopath" ? c.nopath : c.nodoc) = true;
         } else {
             ADD_FAILURE() << "unknown clause " << word;
         }

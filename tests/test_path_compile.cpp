@@ -114,17 +114,22 @@ struct ParseRow {
 
 class PathParse : public ::testing::TestWithParam<ParseRow> {};
 
+int32_t grammar_result(VxEnv &env, const std::string &text, jpath *p) {
+    jpath_init_simple(p, 0);
+    env.start(text);
+    env.ctx->cur_path = p;
+    void *scanner = nullptr;
+    EXPECT_EQ(jpath_flex_scanner_init(env.ctx.get(), &scanner), 0);
+    const int32_t rc = jpath_parse(scanner, env.ctx.get());
+    jpath_flex_scanner_deinit(env.ctx.get(), scanner);
+    return rc;
+}
+
 TEST_P(PathParse, GrammarResult) {
     const ParseRow &r = GetParam();
     VxEnv env(r.compat ? dialect(r.compat) : lax());
     jpath p;
-    jpath_init_simple(&p, 0);
-    env.start(r.text);
-    env.ctx->cur_path = &p;
-    void *scanner = nullptr;
-    ASSERT_EQ(jpath_flex_scanner_init(env.ctx.get(), &scanner), 0);
-    EXPECT_EQ(jpath_parse(scanner, env.ctx.get()), r.result);
-    jpath_flex_scanner_deinit(env.ctx.get(), scanner);
+    EXPECT_EQ(grammar_result(env, r.text, &p), r.result);
 }
 
 // clang-format off
@@ -192,13 +197,7 @@ TEST(PathLimits, SubscriptListBoundByTheStack) {
     EXPECT_EQ(p.last_filter->max_index, 4996);
     jpath q;
     EXPECT_EQ(compile_path(env, list_of(4998), &q), -3102);
-    env.start(list_of(4998));
-    jpath_init_simple(&q, 0);
-    env.ctx->cur_path = &q;
-    void *scanner = nullptr;
-    ASSERT_EQ(jpath_flex_scanner_init(env.ctx.get(), &scanner), 0);
-    EXPECT_EQ(jpath_parse(scanner, env.ctx.get()), 2) << "memory exhausted";
-    jpath_flex_scanner_deinit(env.ctx.get(), scanner);
+    EXPECT_EQ(grammar_result(env, list_of(4998), &q), 2) << "memory exhausted";
 }
 
 TEST(PathLimits, HostileTexts) {

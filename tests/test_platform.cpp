@@ -104,6 +104,7 @@ TEST_F(Allocator, CountsBlocksFailsOnLimitAndReleasesOnlyItsOwn) {
     EXPECT_EQ(st.outstanding, 1u);
     EXPECT_EQ(st.bytes_out, 10u);
     vx_heap *h = mem_heap_create(0);
+    heap_alloc(h, 40); // so that the foreign block has bytes before it
     vx_free(nullptr, &a, heap_alloc(h, 16)); // not ours: left alone
     vx_allocator_set_call_limit(&st, 0);
     EXPECT_EQ(vx_alloc(nullptr, &a, 1, "t", 3), nullptr);

@@ -33,21 +33,18 @@ TEST(Create, TopLevelScalarNeedsADialectOrScalarTop) {
 TEST(Create, ChainsNodesInCreationOrderAndTracksTheCurrentNode) {
     VxEnv env;
     jlpca_ctx *ctx = env.ctx.get();
-    ASSERT_EQ(json_create(ctx, JSON_ARRAY), 0);
-    json_node *array = ctx->cur_node;
-    ASSERT_EQ(json_create(ctx, JSON_INTEGER), 0);
-    json_node *one = ctx->cur_node;
-    jlpa_set_top_json(ctx, array);
-    ASSERT_EQ(json_create(ctx, JSON_NULL), 0);
-    json_node *null_node = ctx->cur_node;
-    EXPECT_EQ(ctx->first_node, array);
-    EXPECT_EQ(ctx->last_node, null_node);
-    EXPECT_EQ(array->chain_next, one);
-    EXPECT_EQ(one->chain_next, null_node);
-    EXPECT_EQ(null_node->chain_next, nullptr);
-    EXPECT_EQ(one->parent, array);
-    EXPECT_EQ(null_node->parent, array);
-    EXPECT_EQ(array->parent, nullptr);
+    std::vector<json_node *> made;
+    for (uint32_t type : {JSON_ARRAY, JSON_INTEGER, JSON_NULL}) {
+        ASSERT_EQ(json_create(ctx, type), 0);
+        made.push_back(ctx->cur_node);
+        if (type == JSON_INTEGER) jlpa_set_top_json(ctx, made[0]);
+    }
+    using Nodes = std::vector<const json_node *>;
+    EXPECT_EQ((Nodes{ctx->first_node, made[0]->chain_next, made[1]->chain_next, ctx->last_node}),
+              (Nodes{made[0], made[1], made[2], made[2]}));
+    EXPECT_EQ(made[2]->chain_next, nullptr);
+    EXPECT_EQ((Nodes{made[0]->parent, made[1]->parent, made[2]->parent}),
+              (Nodes{nullptr, made[0], made[0]}));
 }
 
 struct KeyRow {

@@ -286,4 +286,53 @@ TEST(OutOfMemory, EveryAllocationFailsCleanly) {
     }
 }
 
+
+// Compact text of a container is written by a loop of its own, the
+// object and array entries by the recursive writer.  Both must agree on
+// the text, the result and the error trail, also when each allocation
+// fails in turn and for nesting beyond the loop's stack.
+TEST(CompactLoop, AgreesWithTheRecursiveWriter) {
+    VxEnv t;
+    json_node *deep = t.integer(7);
+    for (int i = 0; i < 70; i++)
+        deep = i % 2 ? t.array({deep, t.scalar(JSON_NULL)})
+                     : t.object({{"k", deep}, {"e", t.array({})}});
+    t.ctx->first_node = nullptr; // no output reserved from the text read
+    const std::vector<std::pair<const char *, json_node *>> docs = {
+        {"mixed", t.object({{"a", t.array({t.integer(-5), t.decimal("2.5"), t.object({}),
+                                           t.string("q\"\n", 1), t.scalar(JSON_BOOLEAN, 1)})},
+                            {"n\\", t.scalar(JSON_NULL)},
+                            {"d", datetime(t, JSON_DATE, "1999-12-31")}})},
+        {"deep", deep},
+        {"bad_inner", t.array({t.object({{"x", t.array({t.integer(1), t.scalar(9)})}})})},
+        {"bad_deep", t.array({deep, t.scalar(9)})},
+    };
+    for (const auto &[id, doc] : docs) {
+        SCOPED_TRACE(id);
+        for (uint64_t calls = 0; calls < 400; ++calls) {
+            std::string text[2];
+            int32_t rc[2];
+            Trail trails[2];
+            for (int recursive = 0; recursive < 2; recursive++) {
+                OutString o(1);
+                o.fail_after(calls);
+                elog_trail_clear();
+                auto *entry = doc->type == JSON_ARRAY ? json_array_to_string
+                                                      : json_object_to_string;
+                rc[recursive] =
+                    recursive ? entry(t.ctx.get(), &o.alloc, o.s, doc, JSON_FMT_COMPACT, 0)
+                              : json_to_string(t.ctx.get(), &o.alloc, o.s, doc, JSON_FMT_COMPACT,
+                                               0, 0, JSON_CONV_JSON);
+                o.fail_after(UINT64_MAX);
+                text[recursive] = o.str();
+                trails[recursive] = trail();
+            }
+            ASSERT_EQ(rc[0], rc[1]) << calls;
+            EXPECT_EQ(text[0], text[1]) << calls;
+            EXPECT_EQ(trails[0], trails[1]) << calls;
+            if (rc[0] != VXJSON_ERR_NOMEM) break;
+        }
+    }
+}
+
 } // namespace

@@ -95,11 +95,8 @@ inline const uchar *skip_string(const uchar *p, const uchar *end) {
             if (end - p < 6) return nullptr;
             uint32_t code = 0;
             for (int i = 2; i < 6; i++) {
-                const uchar h = p[i];
                 uint32_t d;
-                if (h >= '0' && h <= '9') d = h - '0';
-                else if ((h | 0x20) >= 'a' && (h | 0x20) <= 'f') d = (h | 0x20) - 'a' + 10;
-                else return nullptr;
+                if (!hex_digit(p[i], d)) return nullptr;
                 code = code * 16 + d;
             }
             if (code > 0x80) return nullptr;

@@ -199,7 +199,11 @@ VXJSON_API char *jlpca_startlit(jlpca_ctx *ctx) {
 
 VXJSON_API int32_t jlpca_addlit(const char *bytes, int32_t n, jlpca_ctx *ctx) {
     if (n <= 0) return 0;
-    if (ctx->mb_track == 1) ctx->mb_pending = jlpca_encoding_mblen(ctx, bytes, n);
+    // In a charset that never leaves a piece inside a character, with
+    // nothing pending, measuring gives 0 and changes nothing.
+    const bool simple = ctx->mb_charset != VX_CHARSET_GB18030 &&
+                        ctx->mb_charset != VX_CHARSET_EUCKR && !ctx->mb_pending && !ctx->mb_split;
+    if (ctx->mb_track == 1 && !simple) ctx->mb_pending = jlpca_encoding_mblen(ctx, bytes, n);
     return lit_append(ctx, bytes, uint32_t(n));
 }
 

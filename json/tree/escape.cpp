@@ -172,6 +172,17 @@ char *escape_std_words(const unsigned char *in, size_t n, char *out, charset_cac
 }
 
 #if defined(__SSE2__)
+namespace {
+// The sign bit of each lane while bytes above 127 need a look.  In UTF-8
+// (bytes above 127 never stand for a quote or backslash, and a character
+// cut off by the end measures as one byte) and in the single-byte set they
+// are copied as they are, so once either is known they need none.
+inline __m128i high_bytes_to_check(const charset_cache &cs) {
+    return cs.code == VX_CHARSET_UTF8 || cs.code == VX_CHARSET_NONE ? _mm_setzero_si128()
+                                                                     : _mm_set1_epi8(char(0x80));
+}
+} // namespace
+
 // Sixteen bytes at a time, as the word version; the mask has a bit per
 // byte that needs a look: at most 13 (the escaped controls and a few
 // harmless ones), a quote, a backslash, or above 127 (its own sign bit).
@@ -181,6 +192,7 @@ char *escape_std_vectors(const unsigned char *in, size_t n, char *out, charset_c
     const __m128i quote = _mm_set1_epi8('"');
     const __m128i backslash = _mm_set1_epi8('\\');
     const __m128i thirteen = _mm_set1_epi8(13);
+    __m128i high = high_bytes_to_check(cs);
     while (p < e) {
         const size_t rem = static_cast<size_t>(e - p);
         __m128i v;
@@ -200,13 +212,18 @@ char *escape_std_vectors(const unsigned char *in, size_t n, char *out, charset_c
         }
         unsigned m = static_cast<unsigned>(_mm_movemask_epi8(
             _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, quote), _mm_cmpeq_epi8(v, backslash)),
-                         _mm_or_si128(_mm_cmpeq_epi8(_mm_min_epu8(v, thirteen), v), v))));
+                         _mm_or_si128(_mm_cmpeq_epi8(_mm_min_epu8(v, thirteen), v),
+                                      _mm_and_si128(v, high)))));
         m &= step == 16 ? 0xFFFFu : (1u << step) - 1;
         _mm_storeu_si128(reinterpret_cast<__m128i *>(out), v);
         if (m) step = static_cast<unsigned>(std::countr_zero(m));
         p += step;
         out += step;
-        if (m && !escape_one(p, e, out, cs)) break;
+        if (m) {
+            const bool was_high = *p >= 0x80;
+            if (!escape_one(p, e, out, cs)) break;
+            if (was_high) high = high_bytes_to_check(cs);
+        }
     }
     return out;
 }

@@ -236,6 +236,202 @@ int32_t value(writer &w, const json_node *node, uint32_t level, uint32_t newline
     }
 }
 
+// ------------------------------------------------------------------
+// Compact text without recursion
+// ------------------------------------------------------------------
+
+// The compact layout of a container, the common case, in one loop with the
+// output cursor in locals and the open containers on a small stack.  It
+// writes the same bytes as value<compact>, asks the output for room in the
+// same amounts and order (so a failing allocation strikes at the same
+// place), and reports failures at the same sites, innermost first.
+// Containers nested deeper than the stack go to value<compact>.
+class compact_writer {
+public:
+    explicit compact_writer(writer &w) : w_(w), p_(w.o.p), end_(w.o.end) {}
+
+    int32_t run(const json_node *root);
+
+private:
+    static constexpr uint32_t DEPTH = 64; // beyond this, value<compact> recurses
+
+    struct frame {
+        const json_node *node;  // the open container
+        const json_keyval *kv;  // object: the member being written
+        uint32_t i;             // array: the element being written
+    };
+
+    bool room(size_t n) {
+        if (size_t(end_ - p_) >= n) [[likely]]
+            return true;
+        return grow(n);
+    }
+    [[gnu::noinline]] bool grow(size_t n) {
+        w_.o.p = p_;
+        const bool ok = w_.o.grow(n);
+        load();
+        return ok;
+    }
+    void load() {
+        p_ = w_.o.p;
+        end_ = w_.o.end;
+    }
+    void put(char c) {
+        if (room(1)) *p_++ = c;
+    }
+    void put(const char *text, size_t n) {
+        if (room(n)) {
+            std::memcpy(p_, text, n);
+            p_ += n;
+        }
+    }
+    // convert_into for text escaped by the standard table or written as
+    // stored, quoted: its room request, its bytes, its failure.
+    int32_t text(const char *t, uint32_t len, uint8_t conv) {
+        const bool esc = conv == JSON_CONV_JSON;
+        if (!room((esc ? 2 * size_t(len) + ESCAPE_SLACK : len) + 2)) return NOMEM;
+        *p_++ = '"';
+        if (esc) {
+            p_ = escape_std(reinterpret_cast<const unsigned char *>(t), len, p_, w_.cs);
+        } else if (len) {
+            std::memcpy(p_, t, len);
+            p_ += len;
+        }
+        *p_++ = '"';
+        return 0;
+    }
+    // A value inside a container: 0, or the failure the container reports.
+    int32_t scalar_value(const json_node *n, uint8_t conv);
+    // A value that another writer writes: the cursor goes over and back.
+    template <class F> int32_t elsewhere(F &&f) {
+        w_.o.p = p_;
+        const int32_t rc = f();
+        load();
+        return rc;
+    }
+
+    writer &w_;
+    char *p_;
+    char *end_;
+};
+
+int32_t compact_writer::scalar_value(const json_node *n, uint8_t conv) {
+    switch (n->type) {
+    case JSON_INTEGER:
+        if (room(20)) p_ = format_int(p_, n->ival);
+        return 0;
+    case JSON_STRING: {
+        // As value<compact> chooses: see there.
+        uint8_t c = conv;
+        if (!n->str_flags || (!w_.keep ? conv == JSON_CONV_PLAIN : conv == JSON_CONV_JSON))
+            c = JSON_CONV_NONE;
+        return text(n->str, n->str_len, c);
+    }
+    case JSON_DECIMAL:
+        if (!room(size_t(n->str_len) + 2)) return NOMEM;
+        if (n->str_len) {
+            std::memcpy(p_, n->str, n->str_len);
+            p_ += n->str_len;
+        }
+        return 0;
+    case JSON_BOOLEAN:
+        if (n->bval) put("true", 4);
+        else put("false", 5);
+        return 0;
+    case JSON_NULL: put("null", 4); return 0;
+    default: return elsewhere([&] { return scalar(w_, n); });
+    }
+}
+
+int32_t compact_writer::run(const json_node *root) {
+    frame st[DEPTH];
+    uint32_t d = 0;
+    const uint8_t conv = member_conv(w_);
+    const json_node *n = root; // the value to write next
+    int32_t rc = 0;
+
+open: // n is a container
+    if (n->type == JSON_ARRAY) {
+        put('[');
+        if (!n->items || n->count == 0) {
+            put(']');
+            goto written;
+        }
+        st[d++] = frame{n, nullptr, 0};
+        n = n->items[0];
+        goto value;
+    }
+    put('{');
+    if (!n->first_member) {
+        put('}');
+        goto written;
+    }
+    st[d++] = frame{n, n->first_member, 0};
+member:
+    if ((rc = text(st[d - 1].kv->name, st[d - 1].kv->name_len, conv)) < 0) {
+        report_json(rc, LINE_MEMBER);
+        goto unwind;
+    }
+    put(':');
+    n = st[d - 1].kv->value;
+value:
+    if (!n) {
+        rc = VXJSON_ERR_INVALID_JSON;
+        goto failed;
+    }
+    if (n->type == JSON_ARRAY || n->type == JSON_OBJECT) {
+        if (d < DEPTH) goto open;
+        rc = elsewhere([&] { return value<layout::compact>(w_, n, 0, 0, conv); });
+    } else {
+        rc = scalar_value(n, conv);
+    }
+    if (rc < 0) goto failed;
+written: // the value n is complete: on to the next item of its container
+    if (d == 0) {
+        w_.o.p = p_;
+        return 0;
+    }
+    {
+        frame &f = st[d - 1];
+        if (f.node->type == JSON_ARRAY) {
+            if (++f.i < f.node->count) {
+                put(',');
+                n = f.node->items[f.i];
+                goto value;
+            }
+            put(']');
+        } else {
+            if (f.kv->next) {
+                put(',');
+                f.kv = f.kv->next;
+                goto member;
+            }
+            put('}');
+        }
+        --d;
+        goto written;
+    }
+
+failed: // the value in the innermost container failed with rc
+    if (st[d - 1].node->type == JSON_ARRAY) {
+        report_json(rc, LINE_ELEMENT);
+        report_json(rc, LINE_ARRAY);
+    } else {
+        report_json(rc, LINE_MEMBER_VALUE);
+    }
+unwind: // the innermost container has reported; each enclosing one does
+    while (--d > 0) {
+        if (st[d - 1].node->type == JSON_ARRAY) {
+            report_json(rc, LINE_ELEMENT);
+            report_json(rc, LINE_ARRAY);
+        } else {
+            report_json(rc, LINE_MEMBER_VALUE);
+        }
+    }
+    w_.o.p = p_;
+    return rc;
+}
+
 // Bytes that the text of `node` will take at `level`, counting strings as
 // stored and integers at their widest: enough in all but heavily escaped
 // documents, so the output is reserved once instead of growing through
@@ -323,6 +519,10 @@ VXJSON_API int32_t json_to_string(jlpca_ctx *ctx, vx_allocator *allocator, vxstr
     return with_layout(w, [&](auto l) {
         constexpr layout L = decltype(l)::value;
         if (!reserve_for<L>(w, ctx, node, level)) return NOMEM;
+        if constexpr (L == layout::compact) {
+            if (is_container(node) && !(w.flags & JSON_FMT_ASCII))
+                return compact_writer(w).run(node);
+        }
         return value<L>(w, node, level, newline_first, conv);
     });
 }
