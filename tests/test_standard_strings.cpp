@@ -100,6 +100,10 @@ INSTANTIATE_TEST_SUITE_P(
         {"pair_keep_escapes", R"(["\ud83d\ude00\n"])", ON, 0, "[\"" + GRIN_DUMP + "\\x5Cn\"]", 0, 1,
          UTF8, KEEP},
         {"bmp_escape", R"(["\u00e9\u20ac"])", ON, 0, R"(["\xC3\xA9\xE2\x82\xAC"])"},
+        // U+0080 is a character here, not the engine's bare byte 0x80,
+        // so that the text written from it reads back.
+        {"u0080_is_a_character", R"(["\u0080"])", ON, 0, R"(["\xC2\x80"])"},
+        {"u0080_by_default", R"(["\u0080"])", OFF, 0, R"(["\x80"])"},
         {"pair_gb18030", R"(["\ud83d\ude00"])", ON, 0, R"(["\x949\xFC6"])", 0, 1, GB},
         {"pair_single_byte_set", R"(["\ud83d\ude00"])", ON, VXJSON_ERR_LEX, "escape error", 2, 1,
          SINGLE},

@@ -291,8 +291,9 @@ VXJSON_API int32_t jlpca_uchar(const char *hex4, int32_t n, jlpca_ctx *ctx) {
 }
 
 VXJSON_API int32_t jlpca_addlit_uchar(jlpca_ctx *ctx, const char *hex4, int32_t, uint32_t code) {
-    // The bound is inclusive on purpose: U+0080 is kept as the byte 0x80.
-    if (code > 0x80) {
+    // The bound is inclusive on purpose: U+0080 is kept as the byte 0x80,
+    // except in standard strings, whose text must stay valid.
+    if (code > 0x80 || (code == 0x80 && ctx->std_strings == 1)) {
         const uint16_t unit = uint16_t(code);
         char out[UCHAR_BUF];
         int32_t cs = vx_charset_from_config(ini_get_value(0, VX_INI_CHARSET));
