@@ -312,4 +312,16 @@ TEST(StandardStringsWrite, ConvertAsciiFlag) {
     }
 }
 
+// Some two-byte GB18030 characters lie beyond U+FFFF: as a pair they take
+// six output bytes per input byte (0xFE6C is U+215D7).
+TEST(StandardStringsWrite, ConvertAsciiTwoBytePairs) {
+    CharsetScope cs(GB);
+    const std::string text = "\xFE\x6C\xFE\x6C\xFE\x6C";
+    OutString out;
+    ASSERT_EQ(json_string_convert_ascii(nullptr, &out.alloc, out.s, JSON_FMT_ASCII_PAIRS,
+                                        text.data(), uint32_t(text.size())),
+              0);
+    EXPECT_EQ(out.str(), "\\uD845\\uDDD7\\uD845\\uDDD7\\uD845\\uDDD7");
+}
+
 } // namespace

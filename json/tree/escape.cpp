@@ -480,12 +480,14 @@ VXJSON_API int32_t json_string_to_value_remove_escape(void *env, vx_allocator *a
 // upper-case hex: a character beyond the Basic Multilingual Plane keeps
 // only its high surrogate, as the server has always written it, unless
 // the flags ask for the whole pair.  (Three output bytes per input byte
-// hold a pair too: twelve for a four-byte character.)
+// hold one unit; a pair needs six: some two-byte GB18030 characters lie
+// beyond U+FFFF.)
 VXJSON_API int32_t json_string_convert_ascii(void *env, vx_allocator *allocator, vxstr *string,
                                              uint32_t flags, const char *text, uint32_t len) {
     if (string->failed) return NOMEM;
     if (len == 0) return 0;
-    char *buf = alloc_text(env, allocator, 3 * size_t(len) + 2, ESCAPE_ALLOC_ASCII);
+    const size_t per_byte = flags & JSON_FMT_ASCII_PAIRS ? 6 : 3;
+    char *buf = alloc_text(env, allocator, per_byte * size_t(len) + 2, ESCAPE_ALLOC_ASCII);
     if (!buf) return NOMEM;
     static constexpr char HEX[] = "0123456789ABCDEF";
     charset_cache cs;
