@@ -185,16 +185,10 @@ namespace vxjson::path {
 
 void scanner_start(path_scanner &s, jlpca_ctx *ctx) {
     s.ctx = ctx;
-    ctx->scanner = &s;
-    ctx->scan_handle = &s;
-    ctx->mb_track = 0;
-    ctx->mb_pending = 0;
-    ctx->mb_split = 0;
-    jlpca_startlit(ctx);
+    attach_scanner(ctx, &s);
     s.pos = reinterpret_cast<const uchar *>(ctx->text);
     s.end = s.pos + (ctx->text ? ctx->text_len : 0);
     s.line = 1;
-    s.column = 0;
     s.cond = scan_condition::initial;
 }
 

@@ -20,11 +20,10 @@ struct path_scanner {
     const unsigned char *pos; // next byte to read
     const unsigned char *end; // end of the text
     uint32_t line;            // current line, from 1
-    uint32_t column;          // current column, from 0
     scan_condition cond;      // start condition
 };
 
-// Set up s over the context's current text: INITIAL, line 1, column 0,
+// Set up s over the context's current text: INITIAL, line 1,
 // no multibyte character pending, a fresh literal.
 void scanner_start(path_scanner &s, jlpca_ctx *ctx);
 void scanner_stop(path_scanner &s);

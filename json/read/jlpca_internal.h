@@ -39,6 +39,18 @@ inline void set_error(jlpca_ctx *ctx, msg::msg_id why) {
     set_error(ctx, msg::code(why), msg::text(why));
 }
 
+// Hands the context to a scanner starting on a text.  No character is
+// pending at the start of a text: an earlier text that ended inside a
+// multibyte character must not reach into this one.
+inline void attach_scanner(jlpca_ctx *ctx, void *scanner) {
+    ctx->scanner = scanner;
+    ctx->scan_handle = scanner;
+    ctx->mb_track = 0;
+    ctx->mb_pending = 0;
+    ctx->mb_split = 0;
+    jlpca_startlit(ctx);
+}
+
 // Move the literal to a heap buffer with room for n more bytes.
 [[gnu::noinline]] int32_t lit_grow(jlpca_ctx *ctx, uint32_t n);
 

@@ -269,14 +269,7 @@ void json_set_lineno(uint32_t line, scan_state &s) { s.line = line; }
 
 void scanner_start(scan_state &s, jlpca_ctx *ctx) {
     s.ctx = ctx;
-    ctx->scanner = &s;
-    ctx->scan_handle = &s;
-    // No character is pending at the start of a text: an earlier text that
-    // ended inside a multibyte character must not reach into this one.
-    ctx->mb_track = 0;
-    ctx->mb_pending = 0;
-    ctx->mb_split = 0;
-    jlpca_startlit(ctx);
+    attach_scanner(ctx, &s);
     json__scan_bytes(s, ctx->text, ctx->text_len);
     json_set_lineno(1, s);
     s.start = s.pos;
