@@ -2,6 +2,8 @@
 #ifndef VXJSON_BENCH_DATA_H
 #define VXJSON_BENCH_DATA_H
 
+#include <benchmark/benchmark.h>
+
 #include <cstdio>
 #include <fstream>
 #include <sstream>
@@ -36,6 +38,17 @@ inline std::vector<char *> with_default_flags(int argc, char **argv) {
     args.insert(args.end(), argv + 1, argv + argc);
     args.push_back(nullptr);
     return args;
+}
+
+// The main of a benchmark program that needs no table of its own: every
+// registered benchmark under the default flags.
+inline int run_benchmarks(int argc, char **argv) {
+    std::vector<char *> args = with_default_flags(argc, argv);
+    int n = int(args.size()) - 1;
+    benchmark::Initialize(&n, args.data());
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
 }
 
 #endif

@@ -136,11 +136,4 @@ BENCHMARK(BM_JsonValueNumber_ReadAndCall_TwitterStatus);
 
 } // namespace
 
-int main(int argc, char **argv) {
-    std::vector<char *> args = with_default_flags(argc, argv);
-    int n = int(args.size()) - 1;
-    benchmark::Initialize(&n, args.data());
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
+int main(int argc, char **argv) { return run_benchmarks(argc, argv); }

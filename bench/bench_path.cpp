@@ -148,11 +148,4 @@ BENCHMARK(BM_ArrayFlex);
 BENCHMARK(BM_PgArray);
 BENCHMARK(BM_PathGen_Twitter)->Unit(benchmark::kMillisecond);
 
-int main(int argc, char **argv) {
-    std::vector<char *> args = with_default_flags(argc, argv);
-    int n = int(args.size()) - 1;
-    benchmark::Initialize(&n, args.data());
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
+int main(int argc, char **argv) { return run_benchmarks(argc, argv); }
